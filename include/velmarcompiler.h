@@ -1,0 +1,38 @@
+#pragma once
+
+/// What differs between compilers and runtimes. Every other source file is plain C++20.
+
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <source_location>
+
+namespace Velmar {
+
+/// Hands a failed assertion to the runtime's own report, which by its usual rules prints the text, the file and the
+/// line and ends the process. Active in release builds too: hosts rely on hearing of a broken invariant.
+[[gnu::cold]] inline void reportFailedAssertion(const char* text, const std::source_location& where) {
+#ifdef _WIN32
+    constexpr std::size_t longest = 511;
+    wchar_t wide_text[longest + 1] = {};
+    wchar_t wide_file[longest + 1] = {};
+    const auto widen = [](const char* from, wchar_t* to) {
+        for (std::size_t i = 0; i < longest && from[i] != '\0'; ++i)
+            to[i] = static_cast<unsigned char>(from[i]);
+    };
+    widen(text, wide_text);
+    widen(where.file_name(), wide_file);
+    _wassert(wide_text, wide_file, where.line());
+#else
+    __assert_fail(text, where.file_name(), where.line(), where.function_name());
+#endif
+}
+
+/// Asserts that `holds`; otherwise reports `text` with the place of the call.
+inline void assertThat(bool holds, const char* text,
+                       const std::source_location& where = std::source_location::current()) {
+    if (!holds) [[unlikely]]
+        reportFailedAssertion(text, where);
+}
+
+} // namespace Velmar

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "velmarvector.h"
+
+#include <cstdint>
+#include <utility>
+
+namespace Velmar {
+
+/// The one form of hash table of the scene graph: a power-of-two `Vector` of buckets, each a `Vector` of entries in the
+/// order of insertion, an entry count and a mask. Its layout is shared with the renderer library.
+///
+/// `Traits` gives `static std::uint64_t hash(const Key&)` and `static bool equal(const Key&, const Key&)`.
+template <class Key, class Value, class Traits>
+class HashTable {
+  public:
+    struct Entry {
+        Key key;
+        Value value;
+    };
+
+    HashTable() { buckets.resize(initial_buckets); }
+
+    Value* find(const Key& key) { return const_cast<Value*>(std::as_const(*this).find(key)); }
+
+    /// The value of `key`, or null.
+    const Value* find(const Key& key) const {
+        for (const Entry& entry : buckets[bucketOf(key)])
+            if (Traits::equal(entry.key, key)) return &entry.value;
+        return nullptr;
+    }
+
+    /// Adds an entry for a key that must be absent. The table doubles when its count exceeds 8 times its buckets.
+    void insert(const Key& key, const Value& value) {
+        ++entry_count;
+        if (entry_count > most_entries_per_bucket * buckets.size()) grow();
+        buckets[bucketOf(key)].push_back(Entry{key, value});
+    }
+
+    std::uint64_t size() const { return entry_count; }
+    std::uint64_t bucketCount() const { return buckets.size(); }
+
+    /// Calls `visit(key, value)` for each entry, bucket by bucket.
+    template <class Visit>
+    void forEach(Visit visit) const {
+        for (const Vector<Entry>& bucket : buckets)
+            for (const Entry& entry : bucket)
+                visit(entry.key, entry.value);
+    }
+
+  private:
+    static constexpr std::uint64_t initial_buckets = 4;
+    static constexpr std::uint64_t most_entries_per_bucket = 8;
+
+    std::uint64_t bucketOf(const Key& key) const { return Traits::hash(key) & mask; }
+
+    void grow() {
+        Vector<Vector<Entry>> old;
+        old.resize(buckets.size() * 2);
+        old.swap(buckets);
+        mask = buckets.size() - 1;
+        for (const Vector<Entry>& bucket : old)
+            for (const Entry& entry : bucket)
+                buckets[bucketOf(entry.key)].push_back(entry);
+    }
+
+    Vector<Vector<Entry>> buckets;
+    std::uint64_t entry_count = 0;
+    std::uint64_t mask = initial_buckets - 1;
+};
+
+} // namespace Velmar

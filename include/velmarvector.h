@@ -1,0 +1,210 @@
+#pragma once
+
+#include "velmarcompiler.h"
+#include "velmarmemory.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <span>
+#include <type_traits>
+#include <utility>
+
+namespace Velmar {
+
+/// A growing array on the SDK's allocation entry points. Elements are copied, never moved. Its layout is shared with
+/// the renderer library.
+template <class T>
+class Vector {
+  public:
+    Vector() = default;
+
+    /// Allocates exactly the other's size.
+    Vector(const Vector& other) {
+        if (other.size_ == 0) return;
+        Vector copy(ExactCapacity{other.size_});
+        copy.copyConstruct(other.e, other.size_);
+        swap(copy);
+    }
+
+    ~Vector() {
+        assertInvariants();
+        destroyElements(0);
+        sdkFree(e);
+    }
+
+    /// Keeps the present array when the other's elements fit in it.
+    Vector& operator=(const Vector& other) {
+        if (this == &other) return *this;
+        if (other.size_ > capacity_) {
+            // Copied before the old elements go, so that exhausted memory leaves the old contents in place.
+            Vector copy(other);
+            swap(copy);
+        } else {
+            clear();
+            copyConstruct(other.e, other.size_);
+        }
+        return *this;
+    }
+
+    /// Checked access.
+    T& operator[](std::size_t index) {
+        assertIndex(index);
+        return e[index];
+    }
+    const T& operator[](std::size_t index) const {
+        assertIndex(index);
+        return e[index];
+    }
+
+    void push_back(const T& x) {
+        assertThat(capacity_ >= size_, "capacity_ >= size_");
+        if (size_ == capacity_) [[unlikely]] {
+            // A copy first: x may be an element of this vector.
+            const T copy(x);
+            reserve(grownCapacity(size_ + 1));
+            new (static_cast<void*>(e + size_)) T(copy);
+        } else {
+            new (static_cast<void*>(e + size_)) T(x);
+        }
+        ++size_;
+        assertInvariants();
+    }
+
+    /// Appends all of `elements`, which must not lie in this vector, with one reallocation at most. The capacity ends
+    /// as that many single `push_back`s would leave it.
+    void append(std::span<const T> elements) {
+        growFor(elements.size());
+        copyConstruct(elements.data(), elements.size());
+        assertInvariants();
+    }
+
+    /// Makes room for exactly `n` elements in all; does nothing when there is room.
+    void reserve(std::size_t n) {
+        assertThat(capacity_ >= size_, "capacity_ >= size_");
+        if (n > capacity_) {
+            Vector grown(ExactCapacity{n});
+            grown.copyConstruct(e, size_);
+            swap(grown);
+        }
+        assertInvariants();
+    }
+
+    /// Makes room for `count` more elements, growing in the steps of that many `push_back`s.
+    void growFor(std::size_t count) {
+        if (count > std::numeric_limits<std::size_t>::max() - size_) throw BadAlloc();
+        const std::size_t needed = size_ + count;
+        std::size_t capacity = capacity_;
+        while (capacity < needed)
+            capacity = std::max(capacity + 1, doubled(capacity));
+        reserve(capacity);
+    }
+
+    /// New elements are default-constructed: zeros for numbers and plain records.
+    void resize(std::size_t n) {
+        shrinkOrMakeRoom(n);
+        if constexpr (std::is_trivially_copyable_v<T> && std::is_trivially_default_constructible_v<T>) {
+            if (n > size_) std::memset(static_cast<void*>(e + size_), 0, (n - size_) * sizeof(T));
+            size_ = n;
+        } else {
+            for (; size_ < n; ++size_)
+                new (static_cast<void*>(e + size_)) T();
+        }
+    }
+
+    /// As `resize`, but leaves new elements of plain types unwritten, for a caller that fills all of them next.
+    void
+    resizeUninitialized(std::size_t n) requires(std::is_trivially_copyable_v<T>&& std::is_trivially_destructible_v<T>) {
+        shrinkOrMakeRoom(n);
+        size_ = n;
+    }
+
+    void clear() {
+        destroyElements(0);
+        size_ = 0;
+    }
+
+    /// Exchanges the arrays; no element is copied.
+    void swap(Vector& other) noexcept {
+        std::swap(e, other.e);
+        std::swap(size_, other.size_);
+        std::swap(capacity_, other.capacity_);
+    }
+
+    std::size_t size() const { return size_; }
+    std::size_t capacity() const { return capacity_; }
+    bool empty() const { return size_ == 0; }
+
+    T* data() { return e; }
+    const T* data() const { return e; }
+    T* begin() { return e; }
+    T* end() { return e + size_; }
+    const T* begin() const { return e; }
+    const T* end() const { return e + size_; }
+
+  private:
+    struct ExactCapacity {
+        std::size_t n;
+    };
+
+    explicit Vector(ExactCapacity capacity) {
+        if (capacity.n > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw BadAlloc();
+        e = static_cast<T*>(sdkMalloc(capacity.n * sizeof(T)));
+        capacity_ = capacity.n;
+    }
+
+    /// Behind the present elements, where there must be room.
+    void copyConstruct(const T* from, std::size_t count) {
+        if constexpr (std::is_trivially_copyable_v<T>) {
+            if (count != 0) std::memcpy(static_cast<void*>(e + size_), from, count * sizeof(T));
+            size_ += count;
+        } else {
+            for (std::size_t i = 0; i < count; ++i, ++size_)
+                new (static_cast<void*>(e + size_)) T(from[i]);
+        }
+    }
+
+    void shrinkOrMakeRoom(std::size_t n) {
+        if (n < size_) {
+            destroyElements(n);
+            size_ = n;
+        } else if (n > capacity_) {
+            reserve(grownCapacity(n));
+        }
+    }
+
+    static std::size_t doubled(std::size_t capacity) {
+        constexpr std::size_t greatest = std::numeric_limits<std::size_t>::max();
+        return capacity > greatest / 2 ? greatest : capacity * 2;
+    }
+
+    std::size_t grownCapacity(std::size_t needed) const { return std::max(needed, doubled(capacity_)); }
+
+    void destroyElements(std::size_t from) {
+        if constexpr (!std::is_trivially_destructible_v<T>) {
+            for (std::size_t i = from; i < size_; ++i)
+                e[i].~T();
+        }
+    }
+
+    void assertIndex(std::size_t index) const {
+        assertThat(capacity_ >= size_, "capacity_ >= size_");
+        assertThat(index < size_, "index < size_");
+    }
+
+    void assertInvariants() const {
+        assertThat(capacity_ >= size_, "capacity_ >= size_");
+        assertThat(size_ > 0 ? (e != nullptr) : true, "size_ > 0 ? (e != NULL) : true");
+    }
+
+    T* e = nullptr;
+    std::uint64_t size_ = 0;
+    std::uint64_t capacity_ = 0;
+};
+
+static_assert(sizeof(Vector<int>) == 24);
+
+} // namespace Velmar
