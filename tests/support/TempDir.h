@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace TestSupport {
+
+/// A fresh empty directory that goes with all its contents when the object does.
+class TempDir {
+  public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    /// The directory's absolute path, in UTF-8, with no separator at its end.
+    const std::string& path() const { return dir; }
+
+    /// The path of `name` in it, with a `\` between.
+    std::string file(std::string_view name) const;
+
+  private:
+    std::string dir;
+};
+
+} // namespace TestSupport

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "velmarexceptions.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Questions to the operating system.
+namespace PlatformUtils {
+
+/// The system's sentence for an error code and the code, or words that say that it is unknown.
+std::string getErrorText(std::uint32_t code);
+
+/// `getErrorText` of this thread's last system error.
+std::string getLastErrorText();
+
+/// This thread's last system error.
+std::uint32_t getLastErrorCode();
+
+/// Path of the directory `name` under the user's application data folder, made when it isn't there (one level).
+/// Throws `PlatformUtilsExcep` when the folder is unknown or the directory can't be made.
+std::string ensureAppDataDirectory(std::string_view name);
+
+/// `ensureAppDataDirectory` of this product's own name, or "dummy_appdata" when that fails. Doesn't throw of it.
+std::string getAppDataDirectory();
+
+/// Sets up the clock; once at library setup, before `getTimeSeconds`.
+void initClock();
+
+/// Seconds since a zero of the system's own choosing; 0 before `initClock`.
+double getTimeSeconds();
+
+} // namespace PlatformUtils
