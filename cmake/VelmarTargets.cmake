@@ -1,0 +1,85 @@
+# How our own targets are compiled and what they export.
+
+find_program(VELMAR_CCACHE ccache)
+if(VELMAR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_C_COMPILER_LAUNCHER "${VELMAR_CCACHE}")
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${VELMAR_CCACHE}")
+endif()
+
+if(MINGW)
+    # The compiler's runtime goes into each binary: a DLL of ours is one file.
+    add_link_options(-static)
+endif()
+if(VELMAR_SANITIZE)
+    # For everything below, GoogleTest too: a container that passes between checked and unchecked code gives false alarms.
+    add_compile_options(-fsanitize=${VELMAR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${VELMAR_SANITIZE})
+endif()
+
+# velmar_sources(<out> <pattern>...): the files of the patterns that belong to this system.
+function(velmar_sources out)
+    list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+    file(GLOB files CONFIGURE_DEPENDS LIST_DIRECTORIES false ${ARGN})
+    if(WIN32)
+        list(FILTER files EXCLUDE REGEX "_posix\\.cp*$")
+    else()
+        list(FILTER files EXCLUDE REGEX "_win\\.cp*$")
+    endif()
+    set(${out} "${files}" PARENT_SCOPE)
+endfunction()
+
+# velmar_own_code(<target>): our rules of compilation; third-party targets don't get them.
+function(velmar_own_code target)
+    target_compile_features(${target} PRIVATE cxx_std_20 c_std_99)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF C_EXTENSIONS OFF
+                          CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    if(WIN32)
+        target_compile_definitions(${target} PRIVATE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601)
+    endif()
+    if(MSVC)
+        target_compile_options(${target} PRIVATE /W4 /permissive- /utf-8 $<$<BOOL:${VELMAR_WARNINGS_AS_ERRORS}>:/WX>)
+        return()
+    endif()
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wconversion -Wshadow $<$<BOOL:${VELMAR_WARNINGS_AS_ERRORS}>:-Werror>
+        # Clang counts sign conversions among -Wconversion, GCC doesn't.
+        $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-sign-conversion>
+        # Objects are constructed in memory that operator new has zeroed, and padding keeps those zeros.
+        $<$<CXX_COMPILER_ID:GNU>:-fno-lifetime-dse>
+        # The same sources give the same binary wherever they lie.
+        "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+endfunction()
+
+# velmar_exports(<library> <file.def>): makes the names of the file the library's exports on every system. A line
+# "Name = target" exports the function `target` as `Name`, so that several names can be one function.
+function(velmar_exports target def)
+    set(def "${CMAKE_CURRENT_SOURCE_DIR}/${def}")
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${def}")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${def}")
+    if(WIN32)
+        target_sources(${target} PRIVATE "${def}")
+        return()
+    endif()
+    # Here the list alone says what is visible, whatever the declarations carry.
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default)
+    set(names "")
+    file(READ "${def}" lines)
+    string(REGEX REPLACE ";[^\n]*" "" lines "${lines}")
+    string(REPLACE "\n" ";" lines "${lines}")
+    foreach(line IN LISTS lines)
+        if(line MATCHES "^[ \t]*(LIBRARY|EXPORTS)([ \t]|$)")
+        elseif(line MATCHES "^[ \t]*([A-Za-z_][A-Za-z0-9_]*)[ \t]*(=[ \t]*([A-Za-z_][A-Za-z0-9_]*))?")
+            string(APPEND names "    ${CMAKE_MATCH_1};\n")
+            if(CMAKE_MATCH_3 AND NOT CMAKE_MATCH_3 STREQUAL CMAKE_MATCH_1)
+                target_link_options(${target} PRIVATE "LINKER:--defsym,${CMAKE_MATCH_1}=${CMAKE_MATCH_3}")
+            endif()
+        endif()
+    endforeach()
+    file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${target}.map" CONTENT "{\nglobal:\n@names@local:\n    *;\n};\n" @ONLY)
+    target_link_options(${target} PRIVATE "LINKER:--version-script,${CMAKE_CURRENT_BINARY_DIR}/${target}.map"
+                                          LINKER:--no-undefined-version)
+    if(NOT VELMAR_SANITIZE)
+        target_link_options(${target} PRIVATE LINKER:-z,defs)
+    endif()
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
+endfunction()

@@ -1,0 +1,28 @@
+# Windows programs that are built elsewhere run through Wine, in a prefix of the build folder, so that neither the
+# user's own prefix nor another build is touched.
+if(NOT (WIN32 AND CMAKE_CROSSCOMPILING))
+    return()
+endif()
+
+find_program(VELMAR_WINE NAMES wine64 wine PATHS /usr/lib/wine NO_CMAKE_FIND_ROOT_PATH)
+find_program(VELMAR_WINESERVER NAMES wineserver64 wineserver PATHS /usr/lib/wine NO_CMAKE_FIND_ROOT_PATH)
+if(NOT VELMAR_WINE OR NOT VELMAR_WINESERVER)
+    if(VELMAR_BUILD_TESTS)
+        message(FATAL_ERROR "Wine is needed to run the tests of the Windows build and wasn't found. Install it "
+                            "(./dev setup does), or configure with -DVELMAR_BUILD_TESTS=OFF.")
+    endif()
+    return()
+endif()
+
+set(VELMAR_WINEPREFIX "${CMAKE_BINARY_DIR}/wineprefix")
+configure_file(cmake/wine.in "${CMAKE_BINARY_DIR}/wine" @ONLY FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+               GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_BINARY_DIR}/wine")
+
+# Made once, before the tests: two that start together in a missing prefix would both try to make it.
+add_custom_command(OUTPUT "${VELMAR_WINEPREFIX}/made"
+    COMMAND "${CMAKE_COMMAND}" -E rm -rf "${VELMAR_WINEPREFIX}"
+    COMMAND "${CMAKE_BINARY_DIR}/wine" wineboot --init
+    COMMAND "${CMAKE_COMMAND}" -E touch "${VELMAR_WINEPREFIX}/made"
+    COMMENT "Making the Wine prefix of this build" VERBATIM)
+add_custom_target(wineprefix ALL DEPENDS "${VELMAR_WINEPREFIX}/made")

@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# Installs the packages that are missing and builds, once, the dependencies that Debian has no binary package for.
+# Silent and quick when there is nothing to do. Written for Debian 12.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+packages=(
+    g++ clang lld libclang-rt-14-dev clang-format clang-tidy cmake ninja-build python3 git # compilers and checks
+    g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev                                        # the Windows build
+    libzstd-dev libxxhash-dev libdouble-conversion-dev libfast-float-dev                   # the library
+    libcli11-dev                                                                           # the command line tool
+    googletest libpugixml-dev libeigen3-dev                                                # the tests
+    libbenchmark-dev libtinyobjloader-dev libassimp-dev                                    # the benchmarks and peers
+    glmark2-data assimp-testmodels                                                         # real models
+)
+
+die() { printf 'setup: %s\n' "$*" >&2; exit 1; }
+say() { printf 'setup: %s\n' "$*" >&2; }
+
+# quietly COMMAND...: its output is shown only when it fails.
+quietly() {
+    local output
+    output=$("$@" 2>&1) || { printf '%s\n' "$output" >&2; return 1; }
+}
+
+# ---- packages -----------------------------------------------------------------------------------------------------------
+
+command -v apt-get dpkg-query >/dev/null || die "this needs Debian's apt; elsewhere install by hand: ${packages[*]}"
+installed=$(dpkg-query -W -f '${Package} ${db:Status-Status}\n' "${packages[@]}" 2>/dev/null || true)
+missing=()
+for package in "${packages[@]}"; do
+    [[ $'\n'$installed$'\n' == *$'\n'"$package installed"$'\n'* ]] || missing+=("$package")
+done
+
+if [ ${#missing[@]} != 0 ]; then
+    root=()
+    if [ "$(id -u)" != 0 ]; then
+        command -v sudo >/dev/null || die "root or sudo is needed to install: ${missing[*]}"
+        root=(sudo)
+    fi
+    apt=("${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=300)
+    say "installing ${missing[*]}"
+    # A fresh machine's lists are empty or old; one that can answer as it is needs no update.
+    quietly "${apt[@]}" install --no-install-recommends "${missing[@]}" 2>/dev/null || {
+        quietly "${apt[@]}" update || die "apt-get update failed"
+        quietly "${apt[@]}" install --no-install-recommends "${missing[@]}" || die "installing failed: ${missing[*]}"
+    }
+fi
+
+# ---- dependencies from source packages --------------------------------------------------------------------------------------
+
+# A change of this file builds them anew.
+stamp="deps/made-by-$(sha256sum <cmake/setup.sh | cut -c1-16)"
+if [ -e "$stamp" ]; then exit 0; fi
+
+mkdir -p deps
+exec 9>deps/lock
+flock 9
+if [ -e "$stamp" ]; then exit 0; fi
+
+root=$PWD
+work=$root/deps/work
+rm -rf "$work" deps/linux deps/windows deps/made-by-*
+mkdir -p "$work/lists" "$work/cache" deps/linux/{include,lib} deps/windows/{include,lib,share/cmake}
+
+# Sources come from the same archives and suites as the machine's packages, through a configuration of our own: the
+# machine's stays as it is. apt checks them against Debian's signatures.
+apt-get indextargets --format 'deb-src $(REPO_URI) $(CODENAME) $(COMPONENT)' 'Created-By: Packages' 'Origin: Debian' |
+    sort -u >"$work/sources.list"
+[ -s "$work/sources.list" ] || die "no Debian archive is configured on this machine"
+own=(-o "Dir::Etc::sourcelist=$work/sources.list" -o Dir::Etc::sourceparts=- -o "Dir::State::Lists=$work/lists"
+    -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=root)
+cd "$work"
+say "fetching the sources of the dependencies"
+quietly apt-get "${own[@]}" update || die "reading Debian's list of sources failed"
+quietly apt-get "${own[@]}" source libzstd xxhash double-conversion pugixml || die "fetching sources failed"
+# The archive is large and two of its files are wanted, so it isn't unpacked whole.
+quietly apt-get "${own[@]}" source --download-only cloudcompare || die "fetching the source of RPly failed"
+
+# for_windows FOLDER [OPTION...]: builds one dependency with its own CMake files into deps/windows.
+for_windows() {
+    local folder=$1
+    shift
+    quietly cmake -S "$folder" -B "build-${folder//\//-}" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-windows.cmake" \
+        -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DCMAKE_INSTALL_PREFIX="$root/deps/windows" \
+        -DCMAKE_INSTALL_LIBDIR=lib -DCMAKE_C_FLAGS="-ffile-prefix-map=$work/=" -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$work/=" "$@" ||
+        die "configuring $folder for Windows failed"
+    quietly cmake --build "build-${folder//\//-}" --target install || die "building $folder for Windows failed"
+}
+
+say "building the dependencies for Windows"
+for_windows "$(echo libzstd-*/)build/cmake" -DZSTD_BUILD_PROGRAMS=OFF -DZSTD_BUILD_SHARED=OFF -DZSTD_MULTITHREAD_SUPPORT=OFF
+for_windows "$(echo xxhash-*/)cmake_unofficial" -DXXHASH_BUILD_XXHSUM=OFF
+for_windows "$(echo double-conversion-*/)"
+for_windows "$(echo pugixml-*/)"
+
+# Headers alone serve both systems; /usr/include as a whole must never be searched by a cross-build.
+cp -r /usr/include/CLI /usr/include/fast_float /usr/include/eigen3 "$root/deps/windows/include/"
+cp -r /usr/share/cmake/CLI11 "$root/deps/windows/share/cmake/"
+
+# RPly has no package of its own; this one carries a copy of its two files.
+tar -xzf cloudcompare_*.orig.tar.gz --wildcards --strip-components=3 '*/libs/qCC_io/rply.[ch]'
+rply() {
+    local compiler=$1 archiver=$2 prefix=$3
+    quietly "$compiler" -O2 -DNDEBUG -fPIC "-ffile-prefix-map=$work/=" -c rply.c -o "rply-$archiver.o" &&
+        quietly "$archiver" rcs "$prefix/lib/librply.a" "rply-$archiver.o" && cp rply.h "$prefix/include/" ||
+        die "building RPly with $compiler failed"
+}
+rply gcc ar "$root/deps/linux"
+rply x86_64-w64-mingw32-gcc-posix x86_64-w64-mingw32-ar "$root/deps/windows"
+
+cd "$root"
+rm -rf "$work"
+touch "$stamp"
+say "done"
