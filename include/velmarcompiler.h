@@ -5,13 +5,13 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
-#include <source_location>
 
 namespace Velmar {
 
 /// Hands a failed assertion to the runtime's own report, which by its usual rules prints the text, the file and the
 /// line and ends the process. Active in release builds too: hosts rely on hearing of a broken invariant.
-[[gnu::cold]] inline void reportFailedAssertion(const char* text, const std::source_location& where) {
+[[gnu::cold]] inline void reportFailedAssertion(const char* text, const char* file, unsigned line,
+                                                [[maybe_unused]] const char* function) {
 #ifdef _WIN32
     constexpr std::size_t longest = 511;
     wchar_t wide_text[longest + 1] = {};
@@ -21,18 +21,20 @@ namespace Velmar {
             to[i] = static_cast<unsigned char>(from[i]);
     };
     widen(text, wide_text);
-    widen(where.file_name(), wide_file);
-    _wassert(wide_text, wide_file, where.line());
+    widen(file, wide_file);
+    _wassert(wide_text, wide_file, line);
 #else
-    __assert_fail(text, where.file_name(), where.line(), where.function_name());
+    __assert_fail(text, file, line, function);
 #endif
 }
 
-/// Asserts that `holds`; otherwise reports `text` with the place of the call.
-inline void assertThat(bool holds, const char* text,
-                       const std::source_location& where = std::source_location::current()) {
+/// Asserts that `holds`; otherwise reports `text` with the place of the call. The place comes from built-ins that GCC,
+/// Clang and MSVC share, because Clang before 16 lacks std::source_location.
+inline void assertThat(bool holds, const char* text, const char* file = __builtin_FILE(),
+                       unsigned line = static_cast<unsigned>(__builtin_LINE()),
+                       const char* function = __builtin_FUNCTION()) {
     if (!holds) [[unlikely]]
-        reportFailedAssertion(text, where);
+        reportFailedAssertion(text, file, line, function);
 }
 
 } // namespace Velmar
