@@ -6,6 +6,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#ifndef _WIN32
+// The header declares it for debug builds only.
+extern "C" [[noreturn]] void __assert_fail(const char* text, const char* file, unsigned line,
+                                           const char* function) noexcept;
+#endif
+
 namespace Velmar {
 
 /// Hands a failed assertion to the runtime's own report, which by its usual rules prints the text, the file and the
