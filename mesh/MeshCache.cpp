@@ -1,0 +1,103 @@
+#include "mesh/MeshCache.h"
+
+#include <bit>
+#include <cstddef>
+#include <limits>
+#include <new>
+#include <span>
+
+namespace Velmar {
+
+struct MeshCacheLayout {
+    static_assert(offsetof(MeshCache, buckets) == 0);
+    static_assert(offsetof(MeshCache, bucket_count) == 8);
+    static_assert(offsetof(MeshCache, empty_key) == 16);
+    static_assert(offsetof(MeshCache, entry_count) == 64);
+    static_assert(offsetof(MeshCache, mask) == 72);
+};
+
+namespace {
+
+constexpr std::uint64_t initial_buckets = 32;
+constexpr std::size_t bucket_alignment = 64;
+
+std::uint64_t fnv1a(const void* data, std::size_t size) {
+    std::uint64_t hash = 0xCBF29CE484222325;
+    for (const unsigned char byte : std::span(static_cast<const unsigned char*>(data), size)) {
+        hash ^= byte;
+        hash *= 0x100000001B3;
+    }
+    return hash;
+}
+
+} // namespace
+
+MeshCache::MeshCache()
+    : buckets(allocateBuckets(initial_buckets)), bucket_count(initial_buckets), mask(initial_buckets - 1) {}
+
+MeshCache::~MeshCache() {
+    freeBuckets(buckets, bucket_count);
+}
+
+Mesh* MeshCache::find(const String& path, double scale) const {
+    return probe(path, scale).mesh.getPointer();
+}
+
+void MeshCache::insert(const String& path, double scale, const Reference<Mesh>& mesh) {
+    if (!isFree(probe(path, scale))) return;
+    if (entry_count + 1 >= bucket_count / 2) grow();
+    const String stored_path(path);
+    Entry& place = probe(path, scale);
+    place.key.path = stored_path;
+    place.key.scale = scale;
+    place.mesh = mesh;
+    ++entry_count;
+}
+
+std::uint64_t MeshCache::hash(const String& path, double scale) {
+    const auto scale_bytes = std::bit_cast<std::uint64_t>(scale);
+    return fnv1a(path.data(), path.size()) ^ fnv1a(&scale_bytes, sizeof scale_bytes);
+}
+
+bool MeshCache::equal(const Key& key, const String& path, double scale) {
+    return key.path == path && !(key.scale < scale) && !(key.scale > scale);
+}
+
+MeshCache::Entry* MeshCache::allocateBuckets(std::uint64_t count) {
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(Entry)) throw BadAlloc();
+    auto* const fresh = static_cast<Entry*>(sdkAlignedMalloc(count * sizeof(Entry), bucket_alignment));
+    for (std::uint64_t i = 0; i < count; ++i)
+        new (static_cast<void*>(fresh + i)) Entry();
+    return fresh;
+}
+
+void MeshCache::freeBuckets(Entry* buckets, std::uint64_t count) {
+    for (std::uint64_t i = 0; i < count; ++i)
+        buckets[i].~Entry();
+    sdkAlignedFree(buckets);
+}
+
+MeshCache::Entry& MeshCache::probe(const String& path, double scale) const {
+    std::uint64_t bucket = hash(path, scale) & mask;
+    while (!isFree(buckets[bucket]) && !equal(buckets[bucket].key, path, scale))
+        bucket = (bucket + 1) & mask;
+    return buckets[bucket];
+}
+
+void MeshCache::grow() {
+    Entry* const old_buckets = buckets;
+    const std::uint64_t old_count = bucket_count;
+    buckets = allocateBuckets(old_count * 2);
+    bucket_count = old_count * 2;
+    mask = bucket_count - 1;
+    for (std::uint64_t i = 0; i < old_count; ++i) {
+        Entry& entry = old_buckets[i];
+        if (isFree(entry)) continue;
+        Entry& place = probe(entry.key.path, entry.key.scale);
+        place.key = entry.key;
+        place.mesh = entry.mesh;
+    }
+    freeBuckets(old_buckets, old_count);
+}
+
+} // namespace Velmar
