@@ -1,0 +1,92 @@
+#include "scene/SceneNodeRoot.h"
+
+#include "scene/XMLPrimitives.h"
+#include "scene/XMLWriteOptions.h"
+#include "utils/OStream.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Velmar {
+
+struct SceneNodeRootLayout {
+    static_assert(offsetof(SceneNodeRoot, child_nodes) == 96);
+    static_assert(offsetof(SceneNodeRoot, uid_to_node) == 120);
+    static_assert(offsetof(SceneNodeRoot, changed_nodes) == 160);
+    static_assert(offsetof(SceneNodeRoot, next_uid) == 200);
+    static_assert(offsetof(SceneNodeRoot, mutex) == 208);
+    static_assert(offsetof(SceneNodeRoot, changed_node_count) == 216);
+    static_assert(offsetof(SceneNodeRoot, changes_pending) == 224);
+    static_assert(sizeof(SceneNodeRoot) == 232);
+};
+
+SceneNodeRoot::SceneNodeRoot() : Destroyable(NodeType::Root) {
+    uid = root_uid;
+    name = "Scene";
+}
+
+void SceneNodeRoot::addChildNode(const Reference<SceneNode>& node) {
+    child_nodes.push_back(node);
+    node->setParent(this);
+
+    if (node->getUID() == invalid_uid)
+        node->setUID(next_uid++);
+    else
+        next_uid = std::max(next_uid, node->getUID() + 1);
+
+    if (SceneNode** const known = uid_to_node.find(node->getUID()))
+        *known = node.getPointer();
+    else
+        uid_to_node.insert(node->getUID(), node.getPointer());
+
+    child_nodes_begin = child_nodes.begin();
+    child_nodes_end = child_nodes.end();
+}
+
+SceneNode* SceneNodeRoot::getNodeByUID(UID wanted) {
+    if (wanted == uid) return this;
+    SceneNode* const* const found = uid_to_node.find(wanted);
+    return found != nullptr ? *found : nullptr;
+}
+
+SceneNode* SceneNodeRoot::getRenderSettingsNode() const {
+    const auto found = std::ranges::find_if(
+        children(), [](const Reference<SceneNode>& child) { return child->getType() == NodeType::RenderSettings; });
+    return found != children().end() ? found->getPointer() : nullptr;
+}
+
+void SceneNodeRoot::addChangedNode(const Reference<SceneNode>& node) {
+    if (std::uint32_t* const known = changed_nodes.find(node))
+        *known = 0;
+    else
+        changed_nodes.insert(node, 0);
+}
+
+Reference<SceneNode>* SceneNodeRoot::cloneInto(Reference<SceneNode>* result) const {
+    return new (static_cast<void*>(result)) Reference<SceneNode>();
+}
+
+void SceneNodeRoot::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    // Reporting at each node would cost more than the writing of small ones.
+    constexpr double least_progress = 0.01;
+
+    writeOpenTag(stream, depth, "scene");
+    float last_reported = 0.0f;
+    const std::size_t count = child_nodes.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        child_nodes[i]->writeXML(stream, depth + 1, options);
+        if (i + 1 < count) stream.write("\n");
+        if (options.progress_listener != nullptr) {
+            const float fraction = static_cast<float>(i) / static_cast<float>(count);
+            if (static_cast<double>(fraction - last_reported) > least_progress) {
+                options.progress_listener->reportProgress(fraction);
+                last_reported = fraction;
+            }
+        }
+    }
+    writeCloseTag(stream, depth, "scene");
+}
+
+void SceneNodeRoot::traverse(TraversalState&) {}
+
+} // namespace Velmar

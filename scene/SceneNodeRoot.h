@@ -1,0 +1,49 @@
+#pragma once
+
+#include "scene/SceneNode.h"
+#include "utils/Locks.h"
+
+namespace Velmar {
+
+/// The scene: owns its nodes in the order of adding, hands out their UIDs and finds them by UID. It only grows;
+/// children are never removed one at a time. Built from one thread at a time.
+class SceneNodeRoot final : public Destroyable<SceneNodeRoot, PlainSceneNode> {
+  public:
+    SceneNodeRoot();
+
+    /// Appends `node`, which must not be null, as the last child. A node without a UID receives the next free one; of
+    /// two nodes with one UID the later is found by it, and both stay children. A node added twice stands twice.
+    void addChildNode(const Reference<SceneNode>& node);
+
+    /// The node, the root itself for its own UID, or null.
+    SceneNode* getNodeByUID(UID wanted);
+
+    /// The first child that is a render settings node, or null.
+    SceneNode* getRenderSettingsNode() const;
+
+    /// Enters the node in the table of changed nodes.
+    void addChangedNode(const Reference<SceneNode>& node);
+    void countChangedNode() { ++changed_node_count; }
+
+    UID getNextUID() const { return next_uid; }
+    const ChangedNodes& getChangedNodes() const { return changed_nodes; }
+    std::uint64_t getChangedNodeCount() const { return changed_node_count; }
+
+    Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
+    void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
+    void traverse(TraversalState& state) override;
+
+  private:
+    friend struct SceneNodeRootLayout;
+
+    Vector<Reference<SceneNode>> child_nodes;
+    NodeUIDMap uid_to_node;
+    ChangedNodes changed_nodes;
+    UID next_uid = 1;
+    /// For the renderer library; never locked on this side.
+    OwnedMutex mutex;
+    std::uint64_t changed_node_count = 0;
+    bool changes_pending = false;
+};
+
+} // namespace Velmar

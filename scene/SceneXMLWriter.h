@@ -1,0 +1,30 @@
+#pragma once
+
+#include "scene/SceneNodeRoot.h"
+#include "scene/XMLWriteOptions.h"
+
+namespace Velmar {
+
+/// What is asked of `writeSceneFile`.
+struct SceneWriteRequest {
+    /// The file to write, UTF-8.
+    String path;
+    /// Where mesh files go; empty for the folder beside the scene.
+    String meshes_dir;
+    /// Whether relative paths are written joined to the scene's directory.
+    bool resolve_relative_paths = true;
+    /// Not owned; null for none.
+    ProgressListener* progress_listener = nullptr;
+};
+
+/// Writes the scene as an XML document, replacing the file, with its meshes as vmmesh files beside it. The memory used
+/// doesn't depend on the size of the scene.
+/// A document that can't be opened or written isn't reported. Throws `VelmarException` with the message of a node that
+/// failed to write itself; what was written till then stays in the file.
+void writeSceneFile(const SceneNodeRoot& root, const SceneWriteRequest& request);
+
+/// `writeSceneFile` with the meshes in the folder beside the scene.
+void writeSceneXML(const SceneNodeRoot& root, const String& path, bool resolve_relative_paths,
+                   ProgressListener* progress_listener);
+
+} // namespace Velmar

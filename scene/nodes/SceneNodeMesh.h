@@ -1,0 +1,50 @@
+#pragma once
+
+#include "mesh/Mesh.h"
+#include "scene/SceneNode.h"
+
+#include <cstdint>
+#include <string>
+
+namespace Velmar {
+
+/// One piece of geometry and its subdivision settings. It holds a mesh in memory or names a file from which one is
+/// loaded. The document names a vmmesh file that is written beside it, once for each distinct content.
+class SceneNodeMesh final : public Destroyable<SceneNodeMesh, PlainSceneNode> {
+  public:
+    SceneNodeMesh();
+
+    /// Null: meshes aren't copied.
+    Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
+
+    /// Writes the element, and the mesh file unless it is there: the checksum in its name vouches for its content.
+    /// `mesh` must be set. Throws `VelmarException` when the file or its folder can't be written.
+    void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
+
+    void traverse(TraversalState& state) override;
+
+    /// Where the mesh file of a scene goes: in `meshes_dir` or, when that is empty, in the folder beside the scene.
+    std::string getMeshFilePath(const String& scene_path, const String& scene_dir, const String& meshes_dir) const;
+
+    /// The mesh file that this node names; what `writeXML` writes is named by its checksum instead.
+    String path;
+    Reference<Mesh> mesh;
+    std::int32_t max_num_subdivisions = 0;
+    std::int32_t num_smoothings = 2;
+    double subdivide_pixel_threshold = 4.0;
+    double subdivide_curvature_threshold = 0.0;
+    double displacement_error_threshold = 0.0;
+    bool view_dependent_subdivision = true;
+    bool subdivision_smoothing = true;
+    bool normal_smoothing = false;
+    /// Applied to the positions by the readers of text formats.
+    double scale = 1.0;
+
+  private:
+    void writeSettings(OStream& stream, std::uint32_t depth) const;
+    /// Returns the path of the mesh file, which is there afterwards.
+    std::string writeMeshFile(const XMLWriteOptions& options) const;
+    void loadMeshFile(TraversalState& state);
+};
+
+} // namespace Velmar
