@@ -8,8 +8,8 @@
 
 #ifndef _WIN32
 // The header declares it for debug builds only.
-extern "C" [[noreturn]] void __assert_fail(const char* text, const char* file, unsigned line,
-                                           const char* function) noexcept;
+extern "C" [[gnu::noreturn]] void __assert_fail(const char* text, const char* file, unsigned line,
+                                                const char* function) noexcept;
 #endif
 
 namespace Velmar {

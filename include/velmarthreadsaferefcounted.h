@@ -24,7 +24,7 @@ class ThreadSafeRefCounted : public SdkAllocated {
     /// Returns the object's address. Concrete classes get it from `Destroyable`.
     virtual void* destroy(unsigned flags) {
         assertUnreferenced();
-        this->~ThreadSafeRefCounted();
+        this->ThreadSafeRefCounted::~ThreadSafeRefCounted();
         if ((flags & 1) != 0) sdkFree(this);
         return this;
     }
