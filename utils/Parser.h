@@ -1,7 +1,10 @@
 #pragma once
 
+#include "utils/FloatScanner.h"
+
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 class MappedFile;
@@ -41,10 +44,29 @@ class Parser {
     /// Passes spaces, tabs, and line continuations: a backslash with all that follows up to and including a line end.
     void skipBlanks();
 
+    static bool isLetter(char c) { return static_cast<unsigned char>((c | 0x20) - 'a') < 26; }
+    static bool isDigit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
+    static bool isLineEnd(char c) { return c == '\n' || c == '\r'; }
+    static bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
     const char* text;
     /// Offset of the cursor.
     std::uint32_t pos = 0;
     std::uint32_t size;
+
+  private:
+    bool parseAnyFloat(float& result);
+    void passContinuation();
+
+    void passFloatSuffix() {
+        if (pos < size && (text[pos] | 0x20) == 'f') ++pos;
+    }
+
+    /// The token from `first` to the cursor; whether it isn't empty.
+    bool takeFrom(std::uint32_t first, Token& token) const {
+        token = {text + first, pos - first};
+        return pos != first;
+    }
 };
 
 static_assert(sizeof(Parser) == 16);
@@ -52,3 +74,78 @@ static_assert(sizeof(Parser) == 16);
 /// A parser over the whole of `file`, which must outlive it.
 /// Throws `Velmar::Exception` for a file of 4 GiB or more, which its offsets can't reach.
 Parser parserOver(const MappedFile& file);
+
+inline bool Parser::parseAlpha(Token& token) {
+    const std::uint32_t first = pos;
+    while (pos < size && isLetter(text[pos]))
+        ++pos;
+    return takeFrom(first, token);
+}
+
+inline bool Parser::parseIdentifier(Token& token) {
+    const std::uint32_t first = pos;
+    if (pos < size && (isLetter(text[pos]) || text[pos] == '_')) do
+            ++pos;
+        while (pos < size && (isLetter(text[pos]) || isDigit(text[pos]) || text[pos] == '_'));
+    return takeFrom(first, token);
+}
+
+inline bool Parser::parseNonBlankToken(Token& token) {
+    const std::uint32_t first = pos;
+    while (pos < size && !isBlank(text[pos]) && !isLineEnd(text[pos]))
+        ++pos;
+    return takeFrom(first, token);
+}
+
+inline bool Parser::parseString(std::string_view literal) {
+    if (literal.empty()) return true;
+    if (literal.size() > size - pos || std::memcmp(text + pos, literal.data(), literal.size()) != 0) return false;
+    pos += static_cast<std::uint32_t>(literal.size());
+    return true;
+}
+
+inline bool Parser::parseInt(std::int32_t& result) {
+    constexpr std::uint32_t greatest_before_digit = 0xCCCCCCC;
+    constexpr std::uint32_t greatest_magnitude = 0x80000000;
+
+    std::uint32_t p = pos;
+    if (p >= size) return false;
+    const bool negative = text[p] == '-';
+    if (negative || text[p] == '+') ++p;
+
+    const std::uint32_t first_digit = p;
+    std::uint32_t magnitude = 0;
+    for (; p < size && isDigit(text[p]); ++p) {
+        if (magnitude > greatest_before_digit) return false;
+        magnitude = magnitude * 10 + static_cast<std::uint32_t>(text[p] - '0');
+    }
+    if (p == first_digit || magnitude > greatest_magnitude - (negative ? 0 : 1)) return false;
+
+    result = static_cast<std::int32_t>(negative ? 0 - magnitude : magnitude);
+    pos = p;
+    return true;
+}
+
+inline bool Parser::parseFloat(float& result) {
+    if (size - pos >= FloatScanner::reach) [[likely]] {
+        const char* const first = text + pos;
+        if (const char* const behind = FloatScanner::scan(first, result)) [[likely]] {
+            pos += static_cast<std::uint32_t>(behind - first);
+            passFloatSuffix();
+            return true;
+        }
+    }
+    return parseAnyFloat(result);
+}
+
+inline void Parser::skipBlanks() {
+    while (pos < size) {
+        const char c = text[pos];
+        if (isBlank(c))
+            ++pos;
+        else if (c == '\\')
+            passContinuation();
+        else
+            return;
+    }
+}

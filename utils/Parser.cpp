@@ -1,0 +1,67 @@
+#include "utils/Parser.h"
+
+#include "velmarexceptions.h"
+
+#include "utils/MappedFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <double-conversion/string-to-double.h>
+#include <limits>
+#include <string>
+
+namespace {
+
+/// `FloatScanner::scan` where fewer bytes than its reach are left, which it sees with zeros behind them.
+const char* scanNearEnd(const char* first, std::size_t left, float& result) {
+    std::array<char, FloatScanner::reach> copy = {};
+    if (left == 0 || left > copy.size()) return nullptr;
+    std::memcpy(copy.data(), first, left);
+    const char* const behind = FloatScanner::scan(copy.data(), result);
+    return behind == nullptr ? nullptr : first + (behind - copy.data());
+}
+
+} // namespace
+
+bool Parser::parseAnyFloat(float& result) {
+    if (pos >= size) return false;
+    const char* const first = text + pos;
+    const std::size_t left = size - pos;
+    if (const char* const behind = scanNearEnd(first, left, result)) {
+        pos += static_cast<std::uint32_t>(behind - first);
+        passFloatSuffix();
+        return true;
+    }
+
+    using Converter = double_conversion::StringToDoubleConverter;
+    constexpr double failure = std::numeric_limits<double>::quiet_NaN();
+    static const Converter converter(Converter::ALLOW_TRAILING_JUNK, failure, failure, nullptr, nullptr);
+    // The library counts in int. No number of that length is cut short by it in any way that shows: the value is
+    // settled after a few hundred digits.
+    const auto length = static_cast<int>(std::min<std::size_t>(left, std::numeric_limits<int>::max()));
+    int processed = 0;
+    const float value = converter.StringToFloat(first, length, &processed);
+    if (std::isnan(value)) return false;
+    result = value;
+    pos += static_cast<std::uint32_t>(processed);
+    passFloatSuffix();
+    return true;
+}
+
+void Parser::passContinuation() {
+    while (pos < size && !isLineEnd(text[pos]))
+        ++pos;
+    if (pos == size) return;
+    const bool may_be_pair = text[pos] == '\r';
+    ++pos;
+    if (may_be_pair && pos < size && text[pos] == '\n') ++pos;
+}
+
+Parser parserOver(const MappedFile& file) {
+    constexpr std::uint64_t limit = std::numeric_limits<std::uint32_t>::max();
+    if (file.getSize() > limit)
+        throw Velmar::Exception("File is too large to be parsed: " + std::to_string(file.getSize()) +
+                                " bytes, at most " + std::to_string(limit) + " are possible.");
+    return Parser(file.getText().data(), static_cast<std::uint32_t>(file.getSize()));
+}
