@@ -9,11 +9,10 @@ if(TARGET velmar)
     install(TARGETS velmar RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 
-# The flat interface is one header; those in the folder of its name are for C++.
-install(FILES include/velmarapi.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
-if(IS_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/include/velmarapi")
-    install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
-endif()
+# The flat interface, and for hosts in C++ the exceptions that leave it, with the headers that those need.
+install(FILES include/velmarapi.h include/velmarexceptions.h include/velmarstring.h include/velmarmemory.h
+              include/velmarcompiler.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/VelmarAPI")
 install(EXPORT VelmarAPI NAMESPACE VelmarAPI:: FILE VelmarAPITargets.cmake DESTINATION "${package_dir}")

@@ -10,7 +10,7 @@ find_program(CMAKE_OBJDUMP x86_64-w64-mingw32-objdump)
 
 # Libraries and headers come from the cross compiler and from deps/windows alone, never from the building system.
 get_filename_component(VELMAR_DEPS "${CMAKE_CURRENT_LIST_DIR}/../deps/windows" ABSOLUTE)
-set(CMAKE_FIND_ROOT_PATH "${VELMAR_DEPS}" /usr/x86_64-w64-mingw32)
+list(APPEND CMAKE_FIND_ROOT_PATH "${VELMAR_DEPS}" /usr/x86_64-w64-mingw32)
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)

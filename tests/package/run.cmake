@@ -1,5 +1,5 @@
-# Installs the build into a fresh folder, moves the tree, builds the host against it there and runs the host.
-# Takes BUILD, SOURCE, WORK, C_COMPILER, and for cross-builds TOOLCHAIN and EMULATOR.
+# Installs the build into a fresh folder, moves the tree, builds the hosts against it there and runs them.
+# Takes BUILD, SOURCE, WORK, C_COMPILER, CXX_COMPILER, and for cross-builds TOOLCHAIN and EMULATOR.
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output
                     WORKING_DIRECTORY "${WORK}")
@@ -14,14 +14,15 @@ run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${WORK}/first")
 # An install tree must work wherever it is unpacked.
 file(RENAME "${WORK}/first" "${WORK}/moved")
 
-set(options -DCMAKE_BUILD_TYPE=Release "-DVelmarAPI_ROOT=${WORK}/moved" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF)
+set(options -DCMAKE_BUILD_TYPE=Release "-DCMAKE_PREFIX_PATH=${WORK}/moved")
 if(TOOLCHAIN)
-    list(APPEND options "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DCMAKE_FIND_ROOT_PATH=${WORK}/moved"
-                        -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH)
+    list(APPEND options "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DCMAKE_FIND_ROOT_PATH=${WORK}/moved")
 else()
-    list(APPEND options "-DCMAKE_C_COMPILER=${C_COMPILER}")
+    list(APPEND options "-DCMAKE_C_COMPILER=${C_COMPILER}" "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}")
 endif()
 run("${CMAKE_COMMAND}" -G Ninja -S "${SOURCE}" -B "${WORK}/host" ${options})
 run("${CMAKE_COMMAND}" --build "${WORK}/host")
-file(GLOB host "${WORK}/host/host" "${WORK}/host/host.exe")
-run(${EMULATOR} ${host})
+foreach(host host_in_c host_in_cpp)
+    file(GLOB program "${WORK}/host/${host}" "${WORK}/host/${host}.exe")
+    run(${EMULATOR} "${program}")
+endforeach()
