@@ -26,8 +26,8 @@ class MappedFile {
     void closeAll() noexcept;
 
     /// System handles; null where there is none or the system needs none beside the mapping.
-    void* file_handle = nullptr;
-    void* mapping_handle = nullptr;
+    [[maybe_unused]] void* file_handle = nullptr;
+    [[maybe_unused]] void* mapping_handle = nullptr;
     const std::uint8_t* data = nullptr;
     std::uint64_t size = 0;
 };
