@@ -8,6 +8,7 @@
 
 #ifndef _WIN32
 // The header declares it for debug builds only.
+// NOLINTNEXTLINE(readability-redundant-declaration,readability-inconsistent-declaration-parameter-name)
 extern "C" [[gnu::noreturn]] void __assert_fail(const char* text, const char* file, unsigned line,
                                                 const char* function) noexcept;
 #endif

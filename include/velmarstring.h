@@ -112,7 +112,7 @@ class BorrowedString {
         }
     }
     // Leaves the String undestroyed: the bytes belong to the lender.
-    ~BorrowedString() {}
+    ~BorrowedString() {} // NOLINT(modernize-use-equals-default)
     BorrowedString(const BorrowedString&) = delete;
     BorrowedString& operator=(const BorrowedString&) = delete;
 

@@ -9,8 +9,8 @@
 VELMAR_API VelmarScene* VelmarScene_Create(void);
 
 /**
- * Appends a node to the scene, which owns it from then on. The order of adding is the order in the document. A node that
- * is added twice stands twice. The seven functions differ in name only: each takes any node.
+ * Appends a node to the scene, which owns it from then on. The order of adding is the order in the document. A node
+ * that is added twice stands twice. The seven functions differ in name only: each takes any node.
  * @param scene  the scene.
  * @param model  the node; must not be null.
  */

@@ -42,7 +42,8 @@ VELMAR_API void VelmarTonemapping_EvAdjust(VelmarTonemapping* tonemapping, doubl
 
 /**
  * Sets the response function of the camera kind.
- * @param path  the file's path, UTF-8. It is written as given: a relative path stays relative to the renderer's own data.
+ * @param path  the file's path, UTF-8. It is written as given: a relative path stays relative to the renderer's own
+ * data.
  * @throws std::bad_alloc
  */
 VELMAR_API void VelmarTonemapping_SetResponseFunctionPath(VelmarTonemapping* tonemapping, const char* path);
