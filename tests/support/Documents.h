@@ -1,0 +1,17 @@
+#pragma once
+
+#include "scene/SceneNode.h"
+#include "scene/XMLWriteOptions.h"
+#include "tests/support/MemoryOStream.h"
+
+#include <string>
+
+namespace TestSupport {
+
+/// The element of a node as it stands at `depth` tabs.
+inline std::string elementOf(const Velmar::SceneNode& node, std::uint32_t depth = 0,
+                             const Velmar::XMLWriteOptions& options = {}) {
+    return textOf([&](Velmar::OStream& stream) { node.writeXML(stream, depth, options); });
+}
+
+} // namespace TestSupport
