@@ -44,7 +44,6 @@ class SceneNodeMesh final : public Destroyable<SceneNodeMesh, PlainSceneNode> {
     void writeSettings(OStream& stream, std::uint32_t depth) const;
     /// Returns the path of the mesh file, which is there afterwards.
     std::string writeMeshFile(const XMLWriteOptions& options) const;
-    void loadMeshFile(TraversalState& state);
 };
 
 } // namespace Velmar

@@ -1,0 +1,113 @@
+#include "scene/nodes/SceneNodeMesh.h"
+
+#include "velmarexceptions.h"
+
+#include "mesh/VmmeshWriter.h"
+#include "scene/DependencyPaths.h"
+#include "scene/XMLPrimitives.h"
+#include "utils/FileUtils.h"
+
+#include <cstddef>
+
+namespace Velmar {
+
+static_assert(offsetof(SceneNodeMesh, path) == 96);
+static_assert(offsetof(SceneNodeMesh, mesh) == 136);
+static_assert(offsetof(SceneNodeMesh, max_num_subdivisions) == 144);
+static_assert(offsetof(SceneNodeMesh, num_smoothings) == 148);
+static_assert(offsetof(SceneNodeMesh, subdivide_pixel_threshold) == 152);
+static_assert(offsetof(SceneNodeMesh, subdivide_curvature_threshold) == 160);
+static_assert(offsetof(SceneNodeMesh, displacement_error_threshold) == 168);
+static_assert(offsetof(SceneNodeMesh, view_dependent_subdivision) == 176);
+static_assert(offsetof(SceneNodeMesh, subdivision_smoothing) == 177);
+static_assert(offsetof(SceneNodeMesh, normal_smoothing) == 178);
+static_assert(offsetof(SceneNodeMesh, scale) == 184);
+static_assert(sizeof(SceneNodeMesh) == 192);
+
+namespace {
+
+/// A NaN counts as the default and isn't written.
+bool differs(double value, double default_value) {
+    return value < default_value || value > default_value;
+}
+
+} // namespace
+
+SceneNodeMesh::SceneNodeMesh() : Destroyable(NodeType::Mesh) {
+    name = "Mesh";
+}
+
+Reference<SceneNode>* SceneNodeMesh::cloneInto(Reference<SceneNode>* result) const {
+    return new (static_cast<void*>(result)) Reference<SceneNode>();
+}
+
+void SceneNodeMesh::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    writeOpenTag(stream, depth, "mesh");
+    writeNodeIdentity(stream, depth + 1, *this);
+    writeSettings(stream, depth + 1);
+
+    std::string file_path;
+    try {
+        file_path = writeMeshFile(options);
+    } catch (const Exception& exception) {
+        throw VelmarException(toVelmarString(exception.getMessage()));
+    } catch (const FileUtils::FileUtilsExcep& exception) {
+        throw VelmarException(toVelmarString(exception.getMessage()));
+    }
+    writeOpenTag(stream, depth + 1, "external");
+    writePathElement(stream, depth + 2, "path", file_path, options);
+    writeCloseTag(stream, depth + 1, "external");
+    writeCloseTag(stream, depth, "mesh");
+}
+
+void SceneNodeMesh::writeSettings(OStream& stream, std::uint32_t depth) const {
+    // What is left out is what readers take for granted, which isn't in every case what the constructor sets.
+    if (!normal_smoothing) writeBoolElement(stream, depth, "normal_smoothing", normal_smoothing);
+    if (max_num_subdivisions != 0) writeInt32Element(stream, depth, "max_num_subdivisions", max_num_subdivisions);
+    if (num_smoothings != 2) writeInt32Element(stream, depth, "num_smoothings", num_smoothings);
+    if (differs(subdivide_pixel_threshold, 0.0))
+        writeDoubleElement(stream, depth, "subdivide_pixel_threshold", subdivide_pixel_threshold);
+    if (!subdivision_smoothing) writeBoolElement(stream, depth, "subdivision_smoothing", subdivision_smoothing);
+    if (differs(subdivide_curvature_threshold, 0.0))
+        writeDoubleElement(stream, depth, "subdivide_curvature_threshold", subdivide_curvature_threshold);
+    if (view_dependent_subdivision)
+        writeBoolElement(stream, depth, "view_dependent_subdivision", view_dependent_subdivision);
+    if (differs(displacement_error_threshold, 0.0))
+        writeDoubleElement(stream, depth, "displacement_error_threshold", displacement_error_threshold);
+    if (differs(scale, 1.0)) writeDoubleElement(stream, depth, "scale", scale);
+}
+
+std::string SceneNodeMesh::writeMeshFile(const XMLWriteOptions& options) const {
+    std::string file_path = getMeshFilePath(options.scene_path, options.scene_dir, options.meshes_dir);
+    const std::string directory = FileUtils::getDirectory(file_path);
+    if (!FileUtils::fileExists(directory)) FileUtils::createDir(directory);
+    if (!FileUtils::fileExists(file_path)) writeToFile(toVelmarString(file_path), *mesh, true);
+    return file_path;
+}
+
+std::string SceneNodeMesh::getMeshFilePath(const String& scene_path, const String& scene_dir,
+                                           const String& meshes_dir) const {
+    std::string directory = toStdString(meshes_dir);
+    if (directory.empty())
+        directory = FileUtils::join(scene_dir.view(), FileUtils::removeExtension(scene_path.view()) + "_meshes");
+    return FileUtils::join(directory, "mesh_" + std::to_string(mesh->checksum()) + ".vmmesh");
+}
+
+void SceneNodeMesh::traverse(TraversalState& state) {
+    switch (state.kind) {
+    case TraversalKind::GetDependencies:
+        state.dependencies.push_back(
+            state.mesh_dependencies_as_paths
+                ? path
+                : toVelmarString(getMeshFilePath(state.scene_path, state.scene_dir, state.meshes_dir)));
+        break;
+    case TraversalKind::UpdateDependencies:
+        path = mapDependencyPath(state.path_map, path);
+        break;
+    default:
+        traverseOwnUID(state);
+        break;
+    }
+}
+
+} // namespace Velmar

@@ -1,0 +1,245 @@
+#include "scene/nodes/SceneNodeMesh.h"
+
+#include "velmarexceptions.h"
+
+#include "mesh/VmmeshReader.h"
+#include "tests/support/Documents.h"
+#include "tests/support/FileBytes.h"
+#include "tests/support/TempDir.h"
+#include "utils/FileUtils.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <limits>
+
+using namespace Velmar;
+using namespace TestSupport;
+
+namespace {
+
+Reference<Mesh> triangleMesh(float height = 0.0f) {
+    Reference<Mesh> mesh(new Mesh);
+    for (const Vec3f& position : {Vec3f{0, 0, height}, Vec3f{1, 0, height}, Vec3f{0, 1, height}})
+        mesh->addVertex(position);
+    mesh->addTriangle({0, 1, 2}, {0, 0, 0}, 0);
+    mesh->build();
+    return mesh;
+}
+
+Reference<SceneNodeMesh> nodeWith(const Reference<Mesh>& mesh) {
+    Reference<SceneNodeMesh> node(new SceneNodeMesh);
+    node->setUID(1);
+    node->mesh = mesh;
+    return node;
+}
+
+std::string meshFileName(const Mesh& mesh) {
+    return "mesh_" + std::to_string(mesh.checksum()) + ".vmmesh";
+}
+
+XMLWriteOptions optionsFor(const std::string& scene_path) {
+    XMLWriteOptions options;
+    options.scene_path = toVelmarString(scene_path);
+    options.scene_dir = toVelmarString(FileUtils::getDirectory(scene_path));
+    return options;
+}
+
+class SceneNodeMeshTest : public testing::Test {
+  protected:
+    const TempDir dir;
+    const XMLWriteOptions options = optionsFor(dir.file("scene.xml"));
+    const Reference<Mesh> mesh = triangleMesh();
+    const Reference<SceneNodeMesh> node = nodeWith(mesh);
+    const std::string mesh_path = dir.file("scene_meshes") + "\\" + meshFileName(*mesh);
+
+    std::string externalElement() const { return "\t<external>\n\t\t<path>" + mesh_path + "</path>\n\t</external>\n"; }
+};
+
+} // namespace
+
+TEST_F(SceneNodeMeshTest, AFreshNodeWritesWhereItsDefaultsDifferFromThoseOfReaders) {
+    EXPECT_EQ(elementOf(*node, 0, options), "<mesh>\n"
+                                            "\t<uid>1</uid>\n"
+                                            "\t<name>Mesh</name>\n"
+                                            "\t<normal_smoothing>false</normal_smoothing>\n"
+                                            "\t<subdivide_pixel_threshold>4</subdivide_pixel_threshold>\n"
+                                            "\t<view_dependent_subdivision>true</view_dependent_subdivision>\n" +
+                                                externalElement() + "</mesh>\n");
+}
+
+TEST_F(SceneNodeMeshTest, SettingsThatReadersTakeForGrantedAreLeftOut) {
+    node->normal_smoothing = true;
+    node->subdivide_pixel_threshold = 0.0;
+    node->view_dependent_subdivision = false;
+    EXPECT_EQ(elementOf(*node, 0, options),
+              "<mesh>\n\t<uid>1</uid>\n\t<name>Mesh</name>\n" + externalElement() + "</mesh>\n");
+}
+
+TEST_F(SceneNodeMeshTest, AllSettingsStandInAFixedOrder) {
+    node->max_num_subdivisions = -1;
+    node->num_smoothings = 3;
+    node->subdivide_pixel_threshold = 0.5;
+    node->subdivide_curvature_threshold = 0.25;
+    node->displacement_error_threshold = 0.125;
+    node->subdivision_smoothing = false;
+    node->scale = 2.0;
+    EXPECT_EQ(elementOf(*node, 0, options), "<mesh>\n"
+                                            "\t<uid>1</uid>\n"
+                                            "\t<name>Mesh</name>\n"
+                                            "\t<normal_smoothing>false</normal_smoothing>\n"
+                                            "\t<max_num_subdivisions>-1</max_num_subdivisions>\n"
+                                            "\t<num_smoothings>3</num_smoothings>\n"
+                                            "\t<subdivide_pixel_threshold>0.5</subdivide_pixel_threshold>\n"
+                                            "\t<subdivision_smoothing>false</subdivision_smoothing>\n"
+                                            "\t<subdivide_curvature_threshold>0.25</subdivide_curvature_threshold>\n"
+                                            "\t<view_dependent_subdivision>true</view_dependent_subdivision>\n"
+                                            "\t<displacement_error_threshold>0.125</displacement_error_threshold>\n"
+                                            "\t<scale>2</scale>\n" +
+                                                externalElement() + "</mesh>\n");
+}
+
+TEST_F(SceneNodeMeshTest, ANaNCountsAsTheDefault) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    node->normal_smoothing = true;
+    node->view_dependent_subdivision = false;
+    node->subdivide_pixel_threshold = nan;
+    node->subdivide_curvature_threshold = nan;
+    node->displacement_error_threshold = nan;
+    node->scale = nan;
+    EXPECT_EQ(elementOf(*node, 0, options),
+              "<mesh>\n\t<uid>1</uid>\n\t<name>Mesh</name>\n" + externalElement() + "</mesh>\n");
+}
+
+TEST_F(SceneNodeMeshTest, TheMeshGoesCompressedIntoTheFolderBesideTheScene) {
+    elementOf(*node, 0, options);
+    const std::string bytes = readFileBytes(mesh_path);
+    EXPECT_EQ(bytes.substr(8, 4), std::string("\1\0\0\0", 4));
+    const Reference<Mesh> read(new Mesh);
+    readFromFile(toVelmarString(mesh_path), *read);
+    EXPECT_EQ(read->checksum(), mesh->checksum());
+}
+
+TEST_F(SceneNodeMeshTest, EqualMeshesShareOneFile) {
+    const auto other = nodeWith(triangleMesh());
+    const std::string first = elementOf(*node, 0, options);
+    EXPECT_EQ(elementOf(*other, 0, options), first);
+    const auto files = std::filesystem::directory_iterator(systemPath(dir.file("scene_meshes")));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1);
+}
+
+TEST_F(SceneNodeMeshTest, DifferentMeshesGoToDifferentFiles) {
+    EXPECT_NE(elementOf(*nodeWith(triangleMesh(1.0f)), 0, options), elementOf(*node, 0, options));
+}
+
+TEST_F(SceneNodeMeshTest, AFileThatIsThereIsntWrittenAgain) {
+    elementOf(*node, 0, options);
+    writeFileBytes(mesh_path, "left alone");
+    elementOf(*node, 0, options);
+    EXPECT_EQ(readFileBytes(mesh_path), "left alone");
+}
+
+TEST_F(SceneNodeMeshTest, ADeletedFileIsWrittenAgain) {
+    elementOf(*node, 0, options);
+    std::filesystem::remove(systemPath(mesh_path));
+    elementOf(*node, 0, options);
+    EXPECT_TRUE(std::filesystem::exists(systemPath(mesh_path)));
+}
+
+TEST_F(SceneNodeMeshTest, AMeshesDirectoryTakesThePlaceOfTheFolder) {
+    XMLWriteOptions elsewhere = options;
+    elsewhere.meshes_dir = toVelmarString(dir.file("shared"));
+    elementOf(*node, 0, elsewhere);
+    EXPECT_TRUE(std::filesystem::exists(systemPath(dir.file("shared") + "\\" + meshFileName(*mesh))));
+    EXPECT_FALSE(std::filesystem::exists(systemPath(dir.file("scene_meshes"))));
+}
+
+TEST_F(SceneNodeMeshTest, AFolderThatCantBeMadeIsReportedWithTheSystemsWords) {
+    try {
+        elementOf(*node, 0, optionsFor(dir.file("missing\\scene.xml")));
+        FAIL() << "nothing was thrown";
+    } catch (const VelmarException& exception) {
+        const std::string message = toStdString(exception.getMessage());
+        EXPECT_EQ(message.find("Failed to create directory '" + dir.file("missing\\scene_meshes") + "': "), 0u)
+            << message;
+        EXPECT_NE(message.find("(code "), std::string::npos) << message;
+    }
+}
+
+TEST_F(SceneNodeMeshTest, AnInconsistentMeshIsReported) {
+    node->mesh->normals.push_back({0, 0, 1});
+    try {
+        elementOf(*node, 0, options);
+        FAIL() << "nothing was thrown";
+    } catch (const VelmarException& exception) {
+        EXPECT_EQ(exception.getMessage(), String("Must be zero normals, or normals.size() must equal verts.size()"));
+    }
+}
+
+TEST_F(SceneNodeMeshTest, ItsOwnPathIsNeitherReadNorChangedByWriting) {
+    node->path = "kept.vmmesh";
+    EXPECT_EQ(elementOf(*node, 0, options).find("kept"), std::string::npos);
+    EXPECT_EQ(node->path, String("kept.vmmesh"));
+}
+
+TEST(MeshFilePath, IsFormedFromTheScenesPath) {
+    const auto mesh = triangleMesh();
+    const auto node = nodeWith(mesh);
+    const std::string file = "\\" + meshFileName(*mesh);
+    EXPECT_EQ(node->getMeshFilePath("D:\\work\\scene.xml", "D:\\work", ""), "D:\\work\\scene_meshes" + file);
+    EXPECT_EQ(node->getMeshFilePath("scene.xml", "", ""), "scene_meshes" + file);
+    EXPECT_EQ(node->getMeshFilePath("scene", "", ""), "scene_meshes" + file);
+}
+
+TEST(MeshFilePath, OfARelativeSceneInADirectoryHoldsTheDirectoryTwice) {
+    const auto mesh = triangleMesh();
+    EXPECT_EQ(nodeWith(mesh)->getMeshFilePath("sub\\scene.xml", "sub", ""),
+              "sub\\sub\\scene_meshes\\" + meshFileName(*mesh));
+}
+
+TEST(MeshFilePath, CutsTheExtensionOfTheWholePath) {
+    const auto mesh = triangleMesh();
+    EXPECT_EQ(nodeWith(mesh)->getMeshFilePath("v1.2\\scene", "", ""), "v1_meshes\\" + meshFileName(*mesh));
+}
+
+TEST_F(SceneNodeMeshTest, ThePathOfARelativeSceneIsJoinedOnceMoreInTheDocument) {
+    const auto working_directory = std::filesystem::current_path();
+    std::filesystem::current_path(systemPath(dir.path()));
+    std::filesystem::create_directories(systemPath(dir.file("sub\\sub")));
+    const std::string element = elementOf(*node, 0, optionsFor("sub\\scene.xml"));
+    std::filesystem::current_path(working_directory);
+    EXPECT_NE(element.find("<path>sub\\sub\\sub\\scene_meshes\\" + meshFileName(*mesh) + "</path>"), std::string::npos)
+        << element;
+    EXPECT_TRUE(std::filesystem::exists(systemPath(dir.file("sub\\sub\\scene_meshes\\" + meshFileName(*mesh)))));
+}
+
+TEST_F(SceneNodeMeshTest, IsntCloned) {
+    EXPECT_EQ(node->clone().getPointer(), nullptr);
+}
+
+TEST_F(SceneNodeMeshTest, ReportsItsPathOrTheFileThatItWouldWrite) {
+    node->path = "model.obj";
+    TraversalState state(TraversalKind::GetDependencies, options.scene_path, options.scene_dir);
+    node->traverse(state);
+    state.mesh_dependencies_as_paths = false;
+    node->traverse(state);
+    ASSERT_EQ(state.dependencies.size(), 2u);
+    EXPECT_EQ(state.dependencies[0], String("model.obj"));
+    EXPECT_EQ(state.dependencies[1], toVelmarString(mesh_path));
+    EXPECT_FALSE(std::filesystem::exists(systemPath(mesh_path)));
+}
+
+TEST_F(SceneNodeMeshTest, ItsPathIsReplacedThroughTheMap) {
+    node->path = "old.obj";
+    TraversalState state(TraversalKind::UpdateDependencies, "", "");
+    state.path_map.insert("old.obj", "new.obj");
+    node->traverse(state);
+    EXPECT_EQ(node->path, String("new.obj"));
+    EXPECT_THROW(node->traverse(state), VelmarException);
+}
+
+TEST_F(SceneNodeMeshTest, OffsetsItsUid) {
+    TraversalState state(TraversalKind::OffsetUIDs, "", "");
+    state.uid_offset = 5;
+    node->traverse(state);
+    EXPECT_EQ(node->getUID(), 6u);
+}
