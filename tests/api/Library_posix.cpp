@@ -1,0 +1,7 @@
+#include "tests/api/Library.h"
+
+#include <dlfcn.h>
+
+void* TestSupport::exportedFunction(const char* name) {
+    return dlsym(RTLD_DEFAULT, name);
+}

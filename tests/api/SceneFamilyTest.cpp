@@ -1,0 +1,68 @@
+#include "velmarapi.h"
+
+#include "tests/api/Library.h"
+#include "tests/support/FileBytes.h"
+#include "tests/support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+using namespace TestSupport;
+
+namespace {
+
+std::string documentOf(VelmarScene* scene) {
+    const TempDir dir;
+    VelmarScene_WriteToXML(scene, dir.file("scene.xml").c_str());
+    return readFileBytes(dir.file("scene.xml"));
+}
+
+} // namespace
+
+TEST(SceneFamily, AnEmptySceneIsTheFrameAlone) {
+    VelmarScene* const scene = VelmarScene_Create();
+    EXPECT_EQ(documentOf(scene), withSystemLineEnds("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<scene>\n</scene>\n"));
+    VelmarScene_Delete(scene);
+}
+
+TEST(SceneFamily, AnAddedNodeIsCountedOnceByTheScene) {
+    VelmarScene* const scene = VelmarScene_Create();
+    VelmarMesh* const mesh = VelmarMesh_Create("m");
+    EXPECT_EQ(refCountOf(mesh), 0);
+    VelmarScene_AddMesh(scene, mesh);
+    EXPECT_EQ(refCountOf(mesh), 1);
+    VelmarScene_Delete(scene);
+}
+
+TEST(SceneFamily, NodesStandInTheOrderOfAddingWhateverTheFunction) {
+    VelmarScene* const scene = VelmarScene_Create();
+    VelmarScene_AddTonemapping(scene, VelmarTonemapping_Create());
+    VelmarScene_AddBackground(scene, reinterpret_cast<VelmarBackground*>(VelmarTonemapping_Create()));
+    VelmarScene_AddModel(scene, reinterpret_cast<VelmarModel*>(VelmarTonemapping_Create()));
+    std::string expected = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<scene>\n";
+    for (const char* uid : {"1", "2", "3"})
+        expected += std::string(uid[0] == '1' ? "" : "\n") + "\t<tonemapping>\n\t\t<uid>" + uid +
+                    "</uid>\n\t\t<name>Tone Mapping</name>\n\t\t<linear>\n\t\t\t<scale>1</scale>\n\t\t</linear>\n"
+                    "\t</tonemapping>\n";
+    EXPECT_EQ(documentOf(scene), withSystemLineEnds(expected + "</scene>\n"));
+    VelmarScene_Delete(scene);
+}
+
+TEST(SceneFamily, DeletesAcceptNull) {
+    VelmarScene_Delete(nullptr);
+    VelmarMesh_Delete(nullptr);
+    VelmarTonemapping_Delete(nullptr);
+}
+
+TEST(SceneFamily, NamesThatAreOneFunctionShareItsAddress) {
+    const auto sameAddress = [](std::initializer_list<const char*> names) {
+        void* const first = exportedFunction(*names.begin());
+        ASSERT_NE(first, nullptr) << *names.begin();
+        for (const char* name : names)
+            EXPECT_EQ(exportedFunction(name), first) << name;
+    };
+    sameAddress({"VelmarScene_AddBackground", "VelmarScene_AddCamera", "VelmarScene_AddMaterial", "VelmarScene_AddMesh",
+                 "VelmarScene_AddRenderSettings", "VelmarScene_AddTonemapping"});
+    sameAddress({"VelmarScene_Delete", "VelmarMesh_Delete", "VelmarTonemapping_Delete"});
+    sameAddress({"VelmarMesh_NormalSmoothing", "VelmarMesh_SetNormalSmoothing"});
+    EXPECT_NE(exportedFunction("VelmarScene_AddModel"), exportedFunction("VelmarScene_AddMesh"));
+}
