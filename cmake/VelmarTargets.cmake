@@ -46,6 +46,8 @@ function(velmar_own_code target)
         $<$<COMPILE_LANGUAGE:CXX>:-Wno-invalid-offsetof>
         # Clang counts sign conversions among -Wconversion, GCC doesn't.
         $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-sign-conversion>
+        # GCC inlines one of a class's own operators new and delete and not the other, and takes that for a mismatch.
+        $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-mismatched-new-delete>
         # Objects are constructed in memory that operator new has zeroed, and padding keeps those zeros.
         $<$<CXX_COMPILER_ID:GNU>:-fno-lifetime-dse>
         # The same sources give the same binary wherever they lie.
