@@ -1,0 +1,38 @@
+#include "scene/MatrixRotation.h"
+
+#include "scene/XMLPrimitives.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Velmar {
+
+static_assert(offsetof(MatrixRotation, matrix) == 16);
+static_assert(sizeof(MatrixRotation) == 88);
+
+MatrixRotation::MatrixRotation(std::span<const double, 9> values) {
+    std::ranges::copy(values, matrix);
+}
+
+void MatrixRotation::writeXML(OStream& stream, std::uint32_t depth) const {
+    writeMatrix3Element(stream, depth, "matrix", matrix);
+}
+
+std::uint32_t MatrixRotation::getType() const {
+    return matrix_kind;
+}
+
+Reference<Rotation>* MatrixRotation::cloneInto(Reference<Rotation>* result) const {
+    return new (static_cast<void*>(result)) Reference<Rotation>(new MatrixRotation(matrix));
+}
+
+void MatrixRotation::updateHash(XXH64_state_t* state) const {
+    XXH64_update(state, matrix, sizeof matrix);
+}
+
+bool MatrixRotation::isIdentity() const {
+    return std::ranges::equal(matrix, identity,
+                              [](double entry, double expected) { return !(entry < expected || entry > expected); });
+}
+
+} // namespace Velmar

@@ -1,0 +1,11 @@
+#include "scene/Rotation.h"
+
+#include "scene/ClassValuedSlot.h"
+
+namespace Velmar {
+
+Reference<Rotation> Rotation::clone() const {
+    return valueOfSlot<Reference<Rotation>>([this](auto* place) { return cloneInto(place); });
+}
+
+} // namespace Velmar
