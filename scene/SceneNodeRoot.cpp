@@ -1,5 +1,9 @@
 #include "scene/SceneNodeRoot.h"
 
+#include "velmarexceptions.h"
+
+#include "scene/NumberText.h"
+#include "scene/SceneNodeMaterial.h"
 #include "scene/XMLPrimitives.h"
 #include "scene/XMLWriteOptions.h"
 #include "utils/OStream.h"
@@ -47,6 +51,15 @@ SceneNode* SceneNodeRoot::getNodeByUID(UID wanted) {
     if (wanted == uid) return this;
     SceneNode* const* const found = uid_to_node.find(wanted);
     return found != nullptr ? *found : nullptr;
+}
+
+SceneNodeMaterial* SceneNodeRoot::getMaterialNodeByUID(UID wanted) {
+    SceneNode* const node = getNodeByUID(wanted);
+    if (node == nullptr)
+        throw VelmarException(toVelmarString("Failed to find node with UID " + uint32ToString(wanted)));
+    if (node->getType() != NodeType::Material)
+        throw VelmarException(toVelmarString("Node with UID " + uint32ToString(wanted) + " was not a material node."));
+    return static_cast<SceneNodeMaterial*>(node);
 }
 
 SceneNode* SceneNodeRoot::getRenderSettingsNode() const {

@@ -5,6 +5,8 @@
 
 namespace Velmar {
 
+class SceneNodeMaterial;
+
 /// The scene: owns its nodes in the order of adding, hands out their UIDs and finds them by UID. It only grows;
 /// children are never removed one at a time. Built from one thread at a time.
 class SceneNodeRoot final : public Destroyable<SceneNodeRoot, PlainSceneNode> {
@@ -17,6 +19,9 @@ class SceneNodeRoot final : public Destroyable<SceneNodeRoot, PlainSceneNode> {
 
     /// The node, the root itself for its own UID, or null.
     SceneNode* getNodeByUID(UID wanted);
+
+    /// As `getNodeByUID`. Throws `VelmarException` when there is no such node or it isn't a material node.
+    SceneNodeMaterial* getMaterialNodeByUID(UID wanted);
 
     /// The first child that is a render settings node, or null.
     SceneNode* getRenderSettingsNode() const;
