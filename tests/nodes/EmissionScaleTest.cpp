@@ -1,0 +1,94 @@
+#include "scene/nodes/EmissionScale.h"
+
+#include "tests/support/Golden.h"
+#include "tests/support/MemoryOStream.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace Velmar;
+using namespace TestSupport;
+
+namespace {
+
+std::string elementOf(const EmissionScale& scale) {
+    return textOf([&](OStream& stream) { scale.writeXML(stream, 1); });
+}
+
+Reference<SceneNodeMaterial> materialNode(UID uid) {
+    const Reference<SceneNodeMaterial> node(new SceneNodeMaterial);
+    node->setUID(uid);
+    return node;
+}
+
+TEST(EmissionScale, WritesMeasureValueAndMaterial) {
+    const Reference<EmissionScale> scale(new EmissionScale);
+    scale->measure = EmissionScale::luminous_emittance;
+    scale->value = 1000;
+    scale->material_uid = 4;
+    expectGolden(elementOf(*scale), "\t<emission_scale>\n"
+                                    "\t\t<measure>luminous_emittance</measure>\n"
+                                    "\t\t<value>1000</value>\n"
+                                    "\t\t<material_uid>4</material_uid>\n"
+                                    "\t</emission_scale>\n");
+}
+
+TEST(EmissionScale, EachMeasureHasItsName) {
+    const Reference<EmissionScale> scale(new EmissionScale);
+    const char* const names[] = {"luminous_flux", "luminous_intensity", "luminance", "luminous_emittance"};
+    for (std::uint32_t measure = 0; measure < 4; ++measure) {
+        scale->measure = measure;
+        const std::string line = std::string("\t\t<measure>") + names[measure] + "</measure>\n";
+        EXPECT_NE(elementOf(*scale).find(line), std::string::npos);
+    }
+}
+
+TEST(EmissionScale, Measure4WritesNothing) {
+    const Reference<EmissionScale> scale(new EmissionScale);
+    scale->measure = EmissionScale::none;
+    EXPECT_EQ(elementOf(*scale), "");
+}
+
+TEST(EmissionScale, UnknownMeasureHasAnEmptyName) {
+    const Reference<EmissionScale> scale(new EmissionScale);
+    scale->measure = 5;
+    EXPECT_NE(elementOf(*scale).find("<measure></measure>"), std::string::npos);
+}
+
+TEST(EmissionScale, MissingMaterialIsWrittenAsTheInvalidUID) {
+    EXPECT_NE(elementOf(*Reference<EmissionScale>(new EmissionScale)).find("<material_uid>4294967295</material_uid>"),
+              std::string::npos);
+}
+
+TEST(EmissionScale, BoundMaterialGoesBeforeTheUID) {
+    const Reference<EmissionScale> scale(new EmissionScale);
+    scale->material = materialNode(8);
+    scale->material_uid = 4;
+    EXPECT_NE(elementOf(*scale).find("<material_uid>8</material_uid>"), std::string::npos);
+}
+
+TEST(EmissionScale, CopyOfABoundRecordSharesTheMaterialAndForgetsNameAndUID) {
+    const Reference<EmissionScale> scale(new EmissionScale);
+    scale->measure = EmissionScale::luminance;
+    scale->value = 12;
+    scale->material_name = "lamp";
+    scale->material = materialNode(8);
+    scale->material_uid = 4;
+    const Reference<EmissionScale> copy = scale->copy();
+    EXPECT_EQ(copy->measure, 2u);
+    EXPECT_EQ(copy->value, 12);
+    EXPECT_EQ(copy->material_name, "");
+    EXPECT_EQ(copy->material.getPointer(), scale->material.getPointer());
+    EXPECT_EQ(copy->material_uid, invalid_uid);
+    EXPECT_EQ(elementOf(*copy), elementOf(*scale));
+}
+
+TEST(EmissionScale, CopyOfAnUnboundRecordKeepsTheUID) {
+    const Reference<EmissionScale> scale(new EmissionScale);
+    scale->material_uid = 4;
+    const Reference<EmissionScale> copy = scale->copy();
+    EXPECT_EQ(copy->material.getPointer(), nullptr);
+    EXPECT_EQ(copy->material_uid, 4u);
+}
+
+} // namespace
