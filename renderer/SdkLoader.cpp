@@ -1,0 +1,87 @@
+#include "velmarmemory.h"
+
+#include "renderer/SdkCandidates.h"
+#include "renderer/VelmarContext.h"
+#include "utils/FileUtils.h"
+#include "utils/Module.h"
+#include "utils/PlatformUtils.h"
+
+#include <cstddef>
+#include <string>
+
+namespace Velmar {
+
+namespace {
+
+/// The allocation entry points in the order in which the library takes them. It copies the table.
+struct MemAllocFunctions {
+    void* (*malloc)(std::size_t) = sdkMalloc;
+    void* (*aligned_malloc)(std::size_t, std::size_t) = sdkAlignedMalloc;
+    void (*free)(void*) = sdkFree;
+    void (*aligned_free)(void*) = sdkAlignedFree;
+};
+
+static_assert(sizeof(MemAllocFunctions) == 32);
+
+/// Stores the entry point at once: what is bound before a failure stays bound. Returns whether it is there.
+template <class Function>
+bool bind(void* module, const char* name, Function& function, String& error) {
+    function = reinterpret_cast<Function>(findSymbol(module, name));
+    if (function != nullptr) return true;
+    error = toVelmarString(std::string("unable to get address of procedure '") + name + "'");
+    return false;
+}
+
+} // namespace
+
+VelmarContext::LoadResult VelmarContext::loadSDK(const String& new_sdk_dir, const String& new_appdata_dir,
+                                                 String& error) {
+    error = String();
+    sdk_dir = new_sdk_dir;
+    appdata_dir = new_appdata_dir;
+    PlatformUtils::initClock();
+
+    setModuleSearchDirectory(sdk_dir.view());
+
+    bool found = false;
+    std::uint32_t last_error = 0;
+    for (const std::string_view candidate : sdk_candidates) {
+        const std::string path = toStdString(sdk_dir) + "/" + std::string(candidate);
+        found = FileUtils::fileExists(path);
+        last_error = PlatformUtils::getLastErrorCode();
+        if (!found) continue;
+        // By its full path: the very file that was found is loaded, and not one of its name that stands elsewhere on
+        // the system's search path.
+        const std::string full_path = getAbsolutePath(path);
+        dll_handle = loadModule(full_path);
+        if (dll_handle == nullptr) {
+            error = toVelmarString(getModuleErrorText());
+            return not_loadable;
+        }
+        break;
+    }
+    if (!found) {
+        error = toVelmarString("Failed to load Velmar SDK DLL from '" + toStdString(sdk_dir) +
+                               "' (Error code: " + std::to_string(static_cast<std::int32_t>(last_error)) + ")");
+        return not_found;
+    }
+
+    if (!bind(dll_handle, "velmarCreateInstance", create_instance, error) ||
+        !bind(dll_handle, "velmarGlobalLibraryInit", global_library_init, error) ||
+        !bind(dll_handle, "velmarGlobalLibraryShutdown", global_library_shutdown, error))
+        return unusable;
+
+    String init_error;
+    if (global_library_init(&sdk_dir, &init_error) != 0) {
+        error = init_error;
+        return unusable;
+    }
+
+    void (*set_mem_alloc_functions)(const MemAllocFunctions*) = nullptr;
+    if (!bind(dll_handle, "setMemAllocFunctions", set_mem_alloc_functions, error)) return unusable;
+    const MemAllocFunctions functions;
+    set_mem_alloc_functions(&functions);
+    return loaded;
+}
+
+} // namespace Velmar
