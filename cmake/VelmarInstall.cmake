@@ -24,5 +24,6 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPIConfig.cmake"
               "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPIConfigVersion.cmake" DESTINATION "${package_dir}")
 
 file(RELATIVE_PATH velmar_pc_prefix "/p/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/p")
+string(REGEX REPLACE "/$" "" velmar_pc_prefix "${velmar_pc_prefix}")
 configure_file(cmake/velmarapi.pc.in "${CMAKE_CURRENT_BINARY_DIR}/velmarapi.pc" @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/velmarapi.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
