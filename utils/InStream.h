@@ -1,10 +1,12 @@
 #pragma once
 
+#include "velmarmemory.h"
+
 #include <cstddef>
 #include <cstdint>
 
 /// A source of binary data. Numbers stand in the byte order of the machine, which is little-endian.
-class InStream {
+class InStream : public Velmar::SdkAllocated {
   public:
     InStream() = default;
     InStream(const InStream&) = delete;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "velmarmemory.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 /// A sink of binary data. Numbers go out in the byte order of the machine, which is little-endian.
-class OutStream {
+class OutStream : public Velmar::SdkAllocated {
   public:
     OutStream() = default;
     OutStream(const OutStream&) = delete;
