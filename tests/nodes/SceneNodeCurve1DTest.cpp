@@ -1,0 +1,97 @@
+#include "scene/nodes/SceneNodeCurve1D.h"
+
+#include "tests/support/Documents.h"
+#include "tests/support/Golden.h"
+#include "tests/support/PlainNode.h"
+
+#include <gtest/gtest.h>
+#include <initializer_list>
+
+using namespace Velmar;
+using TestSupport::elementOf;
+using TestSupport::expectGolden;
+
+namespace {
+
+Vector<float> list(std::initializer_list<float> numbers) {
+    Vector<float> result;
+    result.append(numbers);
+    return result;
+}
+
+Reference<SceneNodeCurve1D> curve(std::initializer_list<float> knots, std::initializer_list<float> values) {
+    return new SceneNodeCurve1D(list(knots), list(values));
+}
+
+} // namespace
+
+TEST(SceneNodeCurve1D, WritesItsListsAndNoUID) {
+    const auto node = curve({0.0f, 0.25f, 0.5f, 0.75f, 1.0f}, {0.0f, 1.0f});
+    node->setName("red");
+    node->setUID(7);
+    expectGolden(elementOf(*node, 1), "\t<curve1d>\n"
+                                      "\t\t<name>red</name>\n"
+                                      "\t\t<knots>0 0.25 0.5 0.75 1</knots>\n"
+                                      "\t\t<values>0 1</values>\n"
+                                      "\t</curve1d>\n");
+}
+
+TEST(SceneNodeCurve1D, AnEmptyCurveHasEmptyElements) {
+    expectGolden(elementOf(*curve({}, {})), "<curve1d>\n"
+                                            "\t<name></name>\n"
+                                            "\t<knots></knots>\n"
+                                            "\t<values></values>\n"
+                                            "</curve1d>\n");
+}
+
+TEST(SceneNodeCurve1D, NumbersHaveTheShortestDigitsOfTheFloat) {
+    expectGolden(elementOf(*curve({-0.0f}, {0.1f})), "<curve1d>\n"
+                                                     "\t<name></name>\n"
+                                                     "\t<knots>0</knots>\n"
+                                                     "\t<values>0.1</values>\n"
+                                                     "</curve1d>\n");
+}
+
+TEST(SceneNodeCurve1D, HasNoTypeName) {
+    EXPECT_EQ(getNodeTypeName(curve({}, {})->getType()), "Unknown type");
+}
+
+TEST(SceneNodeCurve1D, KeepsCopiesOfTheListsItIsGiven) {
+    auto knots = list({1.0f});
+    const Reference<SceneNodeCurve1D> node(new SceneNodeCurve1D(knots, knots));
+    knots[0] = 2.0f;
+    EXPECT_EQ(node->knots[0], 1.0f);
+    EXPECT_EQ(node->values[0], 1.0f);
+}
+
+TEST(SceneNodeCurve1D, ACloneIsEqualAndApart) {
+    const auto node = curve({0.0f, 1.0f}, {2.0f, 3.0f});
+    node->setName("blue");
+    node->setUID(9);
+    const Reference<SceneNode> copy = node->clone();
+    EXPECT_TRUE(copy->isEqual(node.getPointer()));
+    node->values[1] = 4.0f;
+    EXPECT_FALSE(copy->isEqual(node.getPointer()));
+}
+
+TEST(SceneNodeCurve1D, EqualityComparesEveryFloat) {
+    const auto node = curve({0.0f, 1.0f}, {2.0f});
+    EXPECT_TRUE(node->isEqual(curve({0.0f, 1.0f}, {2.0f}).getPointer()));
+    EXPECT_FALSE(node->isEqual(curve({0.0f, 1.5f}, {2.0f}).getPointer()));
+    EXPECT_FALSE(node->isEqual(curve({0.0f}, {2.0f}).getPointer()));
+    EXPECT_FALSE(node->isEqual(curve({0.0f, 1.0f}, {2.0f, 2.0f}).getPointer()));
+}
+
+TEST(SceneNodeCurve1D, AnotherKindOfNodeIsNotEqual) {
+    const Reference<SceneNode> other(new TestSupport::PlainNode);
+    EXPECT_FALSE(curve({}, {})->isEqual(other.getPointer()));
+}
+
+TEST(SceneNodeCurve1D, OffsetUIDsMovesItsUID) {
+    const auto node = curve({}, {});
+    node->setUID(3);
+    TraversalState state(TraversalKind::OffsetUIDs, "", "");
+    state.uid_offset = 10;
+    node->traverse(state);
+    EXPECT_EQ(node->getUID(), 13u);
+}
