@@ -1,0 +1,50 @@
+#include "scene/nodes/ImageFilters.h"
+
+#include "tests/support/Golden.h"
+#include "tests/support/MemoryOStream.h"
+
+#include <gtest/gtest.h>
+
+using namespace Velmar;
+using TestSupport::expectGolden;
+using TestSupport::textOf;
+
+TEST(SplatFilterFastBox, WritesThreeLines) {
+    const Reference<SplatFilter> filter(new SplatFilterFastBox);
+    expectGolden(textOf([&](OStream& stream) { filter->writeXML(stream, 1); }), "\t<splat_filter>\n"
+                                                                                "\t\t<fastbox/>\n"
+                                                                                "\t</splat_filter>\n");
+}
+
+TEST(SplatFilterFastBox, ACloneIsAnotherOfTheSameKind) {
+    const Reference<SplatFilter> filter(new SplatFilterFastBox);
+    const Reference<SplatFilter> copy = filter->clone();
+    EXPECT_NE(copy.getPointer(), filter.getPointer());
+    EXPECT_EQ(copy->getType(), 0);
+    EXPECT_EQ(copy->getRefCount(), 1);
+}
+
+TEST(DownsizeFilterMNCubic, WritesBlurBeforeRing) {
+    const Reference<DownsizeFilterMNCubic> filter(new DownsizeFilterMNCubic);
+    expectGolden(textOf([&](OStream& stream) { filter->writeXML(stream, 0); }),
+                 "<downsize_filter>\n"
+                 "\t<mn_cubic>\n"
+                 "\t\t<blur>1</blur>\n"
+                 "\t\t<ring>0</ring>\n"
+                 "\t\t<radius>1.600000023841858</radius>\n"
+                 "\t</mn_cubic>\n"
+                 "</downsize_filter>\n");
+}
+
+TEST(DownsizeFilterMNCubic, ACloneHasTheSameThreeValues) {
+    const Reference<DownsizeFilterMNCubic> filter(new DownsizeFilterMNCubic);
+    filter->ring = 0.25;
+    filter->blur = 0.5;
+    filter->radius = 3.0;
+    const Reference<DownsizeFilter> copy = filter->clone();
+    ASSERT_EQ(copy->getType(), 1);
+    const auto& cubic = static_cast<const DownsizeFilterMNCubic&>(*copy);
+    EXPECT_EQ(cubic.ring, 0.25);
+    EXPECT_EQ(cubic.blur, 0.5);
+    EXPECT_EQ(cubic.radius, 3.0);
+}
