@@ -1,0 +1,396 @@
+"""Runs the command line tool as people do and compares what it prints, writes and returns.
+
+Usage: velmar_test.py TOOL EMULATOR [unittest options]; EMULATOR is empty where the tool runs by itself.
+"""
+import os
+import pathlib
+import re
+import stat
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+TOOL, EMULATOR = sys.argv[1:3]
+COMMAND = [EMULATOR, TOOL] if EMULATOR else [TOOL]
+# What a text-mode file of the tool's system ends a line with.
+LINE_END = b"\r\n" if EMULATOR else b"\n"
+
+# A square of two triangles and a quad above it, with two materials and UVs.
+SQUARE = """mtllib none.mtl
+v 0 0 0
+v 2 0 0
+v 2 2 0
+v 0 2 0
+v 0 0 1
+v 2 0 1
+v 2 2 1
+v 0 2 1.5
+vt 0 0
+vt 1 0
+vt 1 1
+usemtl red
+f 1/1 2/2 3/3
+f 1/1 3/3 4/2
+usemtl blue
+f 5/1 6/2 7/3 8/1
+"""
+TRIANGLE = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.write("square.obj", SQUARE)
+        self.write("triangle.obj", TRIANGLE)
+
+    def write(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def run_tool(self, *arguments, **options):
+        done = subprocess.run(COMMAND + list(arguments), cwd=self.folder, stdin=subprocess.DEVNULL, capture_output=True,
+                              timeout=120, **options)
+        output = done.stdout.replace(b"\r\n", b"\n").decode()
+        errors = done.stderr.replace(b"\r\n", b"\n").decode()
+        return done.returncode, output, errors
+
+    def expect(self, arguments, code=0, output="", errors=""):
+        self.assertEqual(self.run_tool(*arguments), (code, output, errors))
+
+    def expect_failure(self, arguments, pattern, code=1):
+        """One line of error that fits the pattern whole; nothing else is printed."""
+        result, output, errors = self.run_tool(*arguments)
+        self.assertRegex(errors, rf"\A(?:{pattern})\n\Z")
+        self.assertEqual((result, output), (code, ""))
+
+    def files(self):
+        return sorted(p.relative_to(self.folder).as_posix() for p in self.folder.rglob("*") if p.is_file())
+
+    def mesh_names(self, folder="scene_meshes"):
+        return sorted(p.name for p in (self.folder / folder).iterdir())
+
+
+class Usage(ToolTest):
+    def test_help_of_the_tool_names_the_commands(self):
+        code, output, errors = self.run_tool("--help")
+        self.assertEqual((code, errors), (0, ""))
+        for command in ("export", "info", "convert"):
+            self.assertRegex(output, rf"(?m)^  {command} +\S")
+
+    def test_help_of_each_command_shows_how_to_call_it(self):
+        for command, call in (("export", "velmar export [OPTIONS] MODEL... SCENE.xml"),
+                              ("info", "velmar info [OPTIONS] FILE"),
+                              ("convert", "velmar convert [OPTIONS] IN OUT")):
+            code, output, errors = self.run_tool(command, "--help")
+            self.assertEqual((code, errors), (0, ""))
+            self.assertIn(call, output)
+
+    def test_help_fits_a_terminal_of_100_columns(self):
+        for arguments in (["--help"], ["export", "--help"], ["info", "--help"], ["convert", "--help"]):
+            output = self.run_tool(*arguments)[1]
+            self.assertEqual([line for line in output.splitlines() if len(line) > 100], [])
+
+    def test_version(self):
+        self.assertRegex(self.run_tool("--version")[1], r"\Avelmar \d+\.\d+\.\d+\n\Z")
+
+    def test_no_command_is_wrong_usage(self):
+        self.expect_failure([], "velmar: A subcommand is required\n'velmar --help' tells more.", 2)
+
+    def test_an_unknown_option_is_wrong_usage(self):
+        self.expect_failure(["info", "--colour", "square.obj"],
+                            "velmar: The following argument was not expected: --colour\n"
+                            "'velmar info --help' tells more.", 2)
+
+    def test_a_model_alone_is_wrong_usage_and_stays(self):
+        code, output, errors = self.run_tool("export", "square.obj")
+        self.assertEqual((code, output), (2, ""))
+        self.assertEqual(self.files(), ["square.obj", "triangle.obj"])
+        self.expect_failure(["export", "triangle.obj", "square.obj"],
+                            "velmar: square.obj: the scene must end in .xml\n'velmar export --help' tells more.", 2)
+        self.assertEqual((self.folder / "square.obj").read_text(), SQUARE)
+
+    def test_converting_to_another_format_is_wrong_usage(self):
+        self.expect_failure(["convert", "square.obj", "square.stl"],
+                            "velmar: square.stl: the output must end in .vmmesh\n"
+                            "'velmar convert --help' tells more.", 2)
+
+    def test_a_scale_must_be_a_number(self):
+        code, output, errors = self.run_tool("convert", "square.obj", "a.vmmesh", "--scale", "big")
+        self.assertEqual((code, output), (2, ""))
+        self.assertIn("--scale", errors)
+
+
+class Info(ToolTest):
+    def test_an_obj_file(self):
+        code, output, errors = self.run_tool("info", "square.obj")
+        checksum = re.search(r"checksum +(\d+)", output).group(1)
+        self.assertEqual((code, errors), (0, ""))
+        self.assertEqual(output, f"""\
+file       square.obj
+kind       Wavefront OBJ
+vertices   8
+normals    none
+UVs        1 set of 3
+triangles  2
+quads      1
+materials  2: red, blue
+bounds     (0, 0, 0) to (2, 2, 1.5)
+checksum   {checksum}
+""")
+
+    def test_a_vmmesh_file_tells_whether_it_is_compressed(self):
+        self.run_tool("convert", "square.obj", "packed.vmmesh")
+        self.run_tool("convert", "square.obj", "plain.vmmesh", "--plain")
+        self.assertIn("kind       vmmesh version 4, compressed\n", self.run_tool("info", "packed.vmmesh")[1])
+        self.assertIn("kind       vmmesh version 4, not compressed\n", self.run_tool("info", "plain.vmmesh")[1])
+
+    def test_the_content_is_the_same_in_every_format(self):
+        self.run_tool("convert", "square.obj", "packed.vmmesh")
+        rest = [self.run_tool("info", name)[1].split("\n", 2)[2] for name in ("square.obj", "packed.vmmesh")]
+        self.assertEqual(rest[0], rest[1])
+
+    def test_an_empty_mesh_has_no_bounds(self):
+        self.write("empty.obj", "")
+        self.assertIn("bounds     none\n", self.run_tool("info", "empty.obj")[1])
+
+    def test_faces_that_refer_to_nothing_are_told(self):
+        self.run_tool("convert", "triangle.obj", "bad.vmmesh", "--plain")
+        content = bytearray((self.folder / "bad.vmmesh").read_bytes())
+        # The triangle's record stands before the count of quads at the end.
+        content[-32:-28] = struct.pack("<I", 77)
+        self.write("bad.vmmesh", bytes(content))
+        code, output, errors = self.run_tool("info", "bad.vmmesh")
+        self.assertEqual((code, errors), (0, ""))
+        self.assertIn("fault      triangle 0 refers to vertex 77 of 3\n", output)
+
+    def test_control_characters_in_names_are_not_obeyed(self):
+        self.write("sly.obj", TRIANGLE.replace("f 1", "usemtl a\x1b[2Jb\x07\nf 1"))
+        self.assertIn("materials  1: a\\x1B[2Jb\\x07\n", self.run_tool("info", "sly.obj")[1])
+
+    def test_a_missing_file(self):
+        self.expect_failure(["info", "missing.obj"], r"velmar: Failed to open file 'missing\.obj': .+ \(code 2\)")
+
+    def test_an_unknown_format(self):
+        self.write("model.txt", TRIANGLE)
+        self.expect_failure(["info", "model.txt"], r"velmar: model\.txt: Unsupported mesh format 'txt'\.")
+
+    def test_a_nonsense_file(self):
+        self.write("noise.vmmesh", b"noise, not a mesh")
+        self.expect_failure(["info", "noise.vmmesh"], r"velmar: noise\.vmmesh: Invalid magic number\.")
+
+    def test_a_parse_error_names_file_line_and_reason(self):
+        self.write("broken.obj", TRIANGLE + "v 1 2 x\n")
+        self.expect_failure(["info", "broken.obj"],
+                            r"velmar: broken\.obj: Parse error while reading position on line 5")
+
+    def test_a_directory_is_not_a_mesh(self):
+        (self.folder / "folder.obj").mkdir()
+        self.expect_failure(["info", "folder.obj"], r"velmar: .*'?folder\.obj'?: .+")
+
+
+class Convert(ToolTest):
+    def test_tells_the_file_and_its_size(self):
+        size = 16 + 4 + 4 + 4 + 3 + 4 + 4 + 4 + (4 + 8 * 12) + 4 + 4 + (4 + 3 * 8) + (4 + 2 * 28) + (4 + 36)
+        self.expect(["convert", "square.obj", "out.vmmesh", "--plain"], output=f"out.vmmesh ({size} bytes)\n")
+        self.assertEqual((self.folder / "out.vmmesh").stat().st_size, size)
+
+    def test_quiet_writes_nothing_on_success(self):
+        self.expect(["convert", "--quiet", "square.obj", "out.vmmesh"])
+        self.assertIn("out.vmmesh", self.files())
+
+    def test_a_plain_file_holds_the_records_as_they_are(self):
+        self.run_tool("convert", "triangle.obj", "out.vmmesh", "--plain", "--scale", "0.5")
+        expected = struct.pack("<6I", 5456751, 4, 0, 1, 0, 1) + struct.pack("<I", 7) + b"default" + struct.pack("<I", 0)
+        expected += struct.pack("<I9f", 3, 0, 0, 0, 0.5, 0, 0, 0, 0.5, 0) + struct.pack("<I", 0)
+        expected += struct.pack("<2I", 0, 0) + struct.pack("<8I", 1, 0, 1, 2, 0, 0, 0, 0) + struct.pack("<I", 0)
+        self.assertEqual((self.folder / "out.vmmesh").read_bytes(), expected)
+
+    def test_a_file_converted_onto_itself(self):
+        self.run_tool("convert", "square.obj", "a.vmmesh")
+        before = self.run_tool("info", "a.vmmesh")[1]
+        self.assertEqual(self.run_tool("convert", "a.vmmesh", "a.vmmesh", "--plain")[0], 0)
+        self.assertEqual(self.run_tool("info", "a.vmmesh")[1], before.replace(", compressed", ", not compressed"))
+
+    def test_a_failure_leaves_the_old_file_and_nothing_else(self):
+        self.write("out.vmmesh", "old")
+        self.write("broken.obj", "f 1 x")
+        code, output, errors = self.run_tool("convert", "broken.obj", "out.vmmesh")
+        self.assertEqual((code, output), (1, ""))
+        self.assertIn("line 1", errors)
+        self.assertEqual((self.folder / "out.vmmesh").read_text(), "old")
+        self.assertEqual(self.files(), ["broken.obj", "out.vmmesh", "square.obj", "triangle.obj"])
+
+    def test_a_folder_that_is_not_there(self):
+        self.expect_failure(["convert", "square.obj", "nowhere/out.vmmesh"],
+                            r"velmar: nowhere/out\.vmmesh: can't be written: .+ \(code \d+\)")
+
+
+class Export(ToolTest):
+    def test_tells_what_was_read_and_written(self):
+        code, output, errors = self.run_tool("export", "square.obj", "triangle.obj", "scene.xml")
+        self.assertEqual((code, errors), (0, ""))
+        self.assertRegex(output, r"""\Asquare\.obj: 8 vertices, 2 triangles, 1 quad, 2 materials
+triangle\.obj: 3 vertices, 1 triangle, 0 quads, 1 material
+scene\.xml \([0-9.]+ (bytes|KB)\)
+scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
+scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
+\Z""")
+
+    def test_quiet_writes_nothing_on_success(self):
+        self.expect(["export", "-q", "square.obj", "scene.xml"])
+        self.assertIn("scene.xml", self.files())
+
+    def test_the_mesh_file_is_named_by_the_checksum_of_the_mesh(self):
+        self.run_tool("export", "square.obj", "scene.xml")
+        checksum = re.search(r"checksum +(\d+)", self.run_tool("info", "square.obj")[1]).group(1)
+        self.assertEqual(self.mesh_names(), [f"mesh_{checksum}.vmmesh"])
+        self.assertIn(f"checksum   {checksum}\n", self.run_tool("info", f"scene_meshes/mesh_{checksum}.vmmesh")[1])
+
+    def test_the_document_names_the_mesh_as_seen_from_itself(self):
+        (self.folder / "sub" / "deep").mkdir(parents=True)
+        documents = []
+        for path in ("scene.xml", "sub/scene.xml", "sub/deep/../deep/scene.xml", str(self.folder / "sub" / "deep" / "scene.xml")):
+            self.assertEqual(self.run_tool("export", "square.obj", path)[::2], (0, ""))
+            documents.append((self.folder / path).read_bytes())
+        self.assertEqual(len(set(documents)), 1)
+        name = self.mesh_names()[0]
+        self.assertIn(f"<path>scene_meshes\\{name}</path>".encode(), documents[0])
+        for folder in ("sub", "sub/deep"):
+            self.assertEqual(self.mesh_names(f"{folder}/scene_meshes"), [name])
+        self.assertEqual(len(self.files()), 2 + 3 * 2)
+
+    def test_lines_end_as_the_system_ends_them(self):
+        self.run_tool("export", "square.obj", "scene.xml")
+        document = (self.folder / "scene.xml").read_bytes()
+        self.assertTrue(document.startswith(b'<?xml version="1.0" encoding="utf-8"?>' + LINE_END + b"<scene>" + LINE_END))
+        self.assertTrue(document.endswith(b"</scene>" + LINE_END))
+
+    def test_a_second_run_gives_the_same_bytes_and_keeps_the_mesh_file(self):
+        self.run_tool("export", "square.obj", "scene.xml")
+        before = (self.folder / "scene.xml").read_bytes()
+        output = self.run_tool("export", "square.obj", "scene.xml")[1]
+        self.assertEqual((self.folder / "scene.xml").read_bytes(), before)
+        self.assertRegex(output, r"\.vmmesh \(\d+ bytes, was there\)\n\Z")
+
+    def test_a_damaged_mesh_file_is_written_anew(self):
+        self.run_tool("export", "square.obj", "scene.xml")
+        mesh_file = self.folder / "scene_meshes" / self.mesh_names()[0]
+        whole = mesh_file.read_bytes()
+        mesh_file.write_bytes(whole[:-9])
+        self.assertNotIn("was there", self.run_tool("export", "square.obj", "scene.xml")[1])
+        self.assertEqual(mesh_file.read_bytes(), whole)
+
+    def test_equal_meshes_share_a_file(self):
+        self.write("again.obj", SQUARE)
+        self.assertEqual(self.run_tool("export", "square.obj", "again.obj", "scene.xml")[0], 0)
+        self.assertEqual(len(self.mesh_names()), 1)
+
+    def test_normals_turn_smoothing_on(self):
+        self.write("smooth.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nf 1//1 2//1 3//1\n")
+        self.run_tool("export", "smooth.obj", "smooth.xml")
+        self.run_tool("export", "triangle.obj", "flat.xml")
+        # True is what readers take where the element isn't.
+        self.assertNotIn("<normal_smoothing>", (self.folder / "smooth.xml").read_text())
+        self.assertIn("<normal_smoothing>false</normal_smoothing>", (self.folder / "flat.xml").read_text())
+
+    def test_a_vmmesh_file_is_a_model_too(self):
+        self.run_tool("convert", "square.obj", "square.vmmesh")
+        self.run_tool("export", "square.vmmesh", "scene.xml")
+        self.run_tool("export", "square.obj", "other.xml")
+        self.assertEqual(self.mesh_names(), self.mesh_names("other_meshes"))
+
+    def test_several_uv_sets_survive(self):
+        words = struct.pack("<6I", 5456751, 4, 0, 1, 2, 1) + struct.pack("<I", 1) + b"m" + struct.pack("<I", 0)
+        body = struct.pack("<I9f", 3, 0, 0, 0, 1, 0, 0, 0, 1, 0) + struct.pack("<2I", 0, 0)
+        body += struct.pack("<I8f", 4, *range(8)) + struct.pack("<8I", 1, 0, 1, 2, 0, 1, 0, 0) + struct.pack("<I", 0)
+        self.write("two.vmmesh", words + body)
+        self.assertEqual(self.run_tool("export", "two.vmmesh", "scene.xml")[0], 0)
+        self.assertIn("UVs        2 sets of 2\n", self.run_tool("info", "scene_meshes/" + self.mesh_names()[0])[1])
+
+    def test_names_of_every_kind(self):
+        for name in ("with space", "hash#tag", "per%cent & more", "grün-日本-😀", "v1.2"):
+            with self.subTest(name=name):
+                self.write(name + ".obj", SQUARE)
+                (self.folder / name).mkdir()
+                self.assertEqual(self.run_tool("export", name + ".obj", f"{name}/{name}.xml")[::2], (0, ""))
+                self.assertTrue((self.folder / name / f"{name}.xml").is_file())
+                self.assertEqual(len(self.mesh_names(f"{name}/{name}_meshes")), 1)
+
+    def test_paths_of_more_than_260_characters(self):
+        folder = self.folder
+        while len(str(folder)) < 400:
+            folder = folder / ("long" * 12)
+        folder.mkdir(parents=True)
+        model = folder / "model.obj"
+        model.write_text(SQUARE)
+        self.assertEqual(self.run_tool("export", str(model), str(folder / "scene.xml"))[::2], (0, ""))
+        self.assertEqual(sorted(p.name for p in folder.iterdir()), ["model.obj", "scene.xml", "scene_meshes"])
+        self.assertEqual(self.run_tool("info", str(next((folder / "scene_meshes").iterdir())))[::2], (0, ""))
+
+    def test_a_failure_leaves_the_old_scene_and_nothing_else(self):
+        self.write("scene.xml", "old")
+        self.write("broken.obj", TRIANGLE + "f 1 2 9\n")
+        self.expect_failure(["export", "square.obj", "broken.obj", "scene.xml"],
+                            r"velmar: broken\.obj: Position index invalid\. \(index '8' out of bounds, on line 5\)")
+        self.assertEqual((self.folder / "scene.xml").read_text(), "old")
+        self.assertEqual(self.files(), ["broken.obj", "scene.xml", "square.obj", "triangle.obj"])
+
+    def test_a_model_without_faces_is_refused(self):
+        self.write("empty.obj", "v 1 2 3\n")
+        self.expect_failure(["export", "empty.obj", "scene.xml"], r"velmar: empty\.obj: holds no faces")
+
+    def test_a_mesh_whose_faces_refer_to_nothing_is_refused(self):
+        self.run_tool("convert", "triangle.obj", "bad.vmmesh", "--plain")
+        content = bytearray((self.folder / "bad.vmmesh").read_bytes())
+        content[-8:-4] = struct.pack("<I", 3)
+        self.write("bad.vmmesh", bytes(content))
+        self.expect_failure(["export", "bad.vmmesh", "scene.xml"],
+                            r"velmar: bad\.vmmesh: triangle 0 refers to material 3 of 1")
+
+    def test_a_scene_in_a_folder_that_is_not_there(self):
+        self.expect_failure(["export", "square.obj", "nowhere/scene.xml"],
+                            r"velmar: nowhere/scene\.xml: can't be written: .+ \(code \d+\)")
+
+    def test_a_scene_where_a_folder_is(self):
+        (self.folder / "scene.xml").mkdir()
+        self.expect_failure(["export", "square.obj", "scene.xml"], r"velmar: scene\.xml: is a directory")
+
+    def test_a_mesh_folder_that_is_a_file(self):
+        self.write("scene_meshes", "in the way")
+        self.expect_failure(["export", "square.obj", "scene.xml"], r"velmar: scene\.xml: .*scene_meshes.+")
+        self.assertNotIn("scene.xml", self.files())
+
+
+@unittest.skipIf(EMULATOR, "limits of this system's own")
+class FullDisk(ToolTest):
+    def run_limited(self, size, *arguments):
+        import resource
+        import signal
+
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+
+        return self.run_tool(*arguments, preexec_fn=limit)
+
+    def test_a_document_cut_short_is_reported(self):
+        code, output, errors = self.run_limited(300, "export", "triangle.obj", "scene.xml")
+        self.assertEqual((code, output), (1, ""))
+        self.assertIn("wasn't written whole", errors)
+        self.assertEqual(self.files(), ["square.obj", "triangle.obj"])
+
+    def test_a_mesh_file_cut_short_is_reported_and_removed(self):
+        for command in (["export", "square.obj", "scene.xml"], ["convert", "square.obj", "out.vmmesh"]):
+            code, output, errors = self.run_limited(100, *command)
+            self.assertEqual((code, output), (1, ""))
+            self.assertRegex(errors, r"\Avelmar: [^\n]+\n\Z")
+            self.assertEqual(self.files(), ["square.obj", "triangle.obj"])
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

@@ -1,0 +1,46 @@
+#include "tools/Failure.h"
+
+#include "velmarexceptions.h"
+
+#include "utils/FileUtils.h"
+
+#include <exception>
+
+// The library's exceptions stand side by side without a common base.
+std::string getCurrentMessage() {
+    try {
+        throw;
+    } catch (const Velmar::VelmarException& e) {
+        return std::string(e.getMessage().view());
+    } catch (const Velmar::Exception& e) {
+        return e.getMessage();
+    } catch (const Velmar::SceneParserExcep& e) {
+        return std::string(e.getMessage().view());
+    } catch (const Velmar::SceneLoaderExcep& e) {
+        return e.getMessage();
+    } catch (const FileUtils::FileUtilsExcep& e) {
+        return e.getMessage();
+    } catch (const PlatformUtils::PlatformUtilsExcep& e) {
+        return e.getMessage();
+    } catch (const TransformPathExcep& e) {
+        return e.getMessage();
+    } catch (const NameMapExcep& e) {
+        return e.getMessage();
+    } catch (const std::bad_alloc&) {
+        return "not enough memory";
+    } catch (const std::exception& e) {
+        return e.what();
+    } catch (...) {
+        return "an unknown error";
+    }
+}
+
+Failure makeFailureOf(const std::string& path) {
+    std::string message = getCurrentMessage();
+    const std::string inner_path = FileUtils::toBackslashes(path);
+    // The mesh readers name the file so, and leave the quotation open.
+    const std::string opening = "Error while reading mesh '" + inner_path + ": ";
+    if (message.starts_with(opening)) message.erase(0, opening.size());
+    const bool named = message.find(path) != std::string::npos || message.find(inner_path) != std::string::npos;
+    return Failure(named ? message : path + ": " + message);
+}

@@ -1,0 +1,104 @@
+#include "tools/MeshInput.h"
+
+#include "mesh/MtlLoader.h"
+#include "mesh/ObjLoader.h"
+#include "mesh/VmmeshReader.h"
+#include "tools/Failure.h"
+#include "utils/FileUtils.h"
+#include "utils/MappedFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+using Velmar::Mesh;
+using Velmar::Reference;
+
+namespace {
+
+/// What the faces of a mesh may refer to.
+struct Limits {
+    std::uint64_t vertices;
+    std::uint64_t uv_entries;
+    std::uint64_t materials;
+    bool has_uvs;
+};
+
+template <class Face>
+std::string findFault(const Velmar::Vector<Face>& faces, std::string_view kind, const Limits& limits) {
+    const auto tell = [&](std::size_t face, std::string_view what, std::uint32_t index, std::uint64_t count) {
+        return std::string(kind) + ' ' + std::to_string(face) + " refers to " + std::string(what) + ' ' +
+               std::to_string(index) + " of " + std::to_string(count);
+    };
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        const Face& face = faces[i];
+        for (const std::uint32_t vertex : face.vertex_indices)
+            if (vertex >= limits.vertices) return tell(i, "vertex", vertex, limits.vertices);
+        if (limits.has_uvs) {
+            for (const std::uint32_t uv : face.uv_indices)
+                if (uv >= limits.uv_entries) return tell(i, "UV", uv, limits.uv_entries);
+        }
+        if (face.material_index >= limits.materials) return tell(i, "material", face.material_index, limits.materials);
+    }
+    return {};
+}
+
+void load(const std::string& path, Mesh& mesh, float scale) {
+    const std::string format = getFormat(path);
+    if (format == "vmmesh") {
+        Velmar::readFromFile(Velmar::String(path), mesh);
+    } else if (format == "obj") {
+        Velmar::MTLLibrary unused;
+        Velmar::loadOBJ(path, mesh, scale, false, unused);
+    } else {
+        throw Failure(path + ": Unsupported mesh format '" + format + "'.");
+    }
+}
+
+} // namespace
+
+Reference<Mesh> readMesh(const std::string& path, float scale) {
+    Reference<Mesh> mesh(new Mesh);
+    try {
+        load(path, *mesh, scale);
+    } catch (...) {
+        throw makeFailureOf(path);
+    }
+    return mesh;
+}
+
+VmmeshHeader readVmmeshHeader(const std::string& path) {
+    try {
+        const MappedFile file(path);
+        // Only version 4 has the third word.
+        std::uint32_t words[3] = {};
+        std::memcpy(words, file.getData(), std::min<std::size_t>(sizeof words, file.getBytes().size()));
+        return {words[1], words[1] >= 4 && words[2] != 0};
+    } catch (...) {
+        throw makeFailureOf(path);
+    }
+}
+
+std::string getFormat(const std::string& path) {
+    return FileUtils::toLowerCase(FileUtils::getExtension(path));
+}
+
+std::string findFaultyFace(const Mesh& mesh) {
+    const bool has_uvs = mesh.num_uv_mappings != 0;
+    // A mesh may go without names; then there is one material.
+    const Limits limits = {mesh.verts.size(), has_uvs ? mesh.uv_pairs.size() / mesh.num_uv_mappings : 0,
+                           std::max<std::uint64_t>(mesh.used_materials.size(), 1), has_uvs};
+    const std::string fault = findFault(mesh.triangles, "triangle", limits);
+    return fault.empty() ? findFault(mesh.quads, "quad", limits) : fault;
+}
+
+bool holdsMesh(const std::string& path, std::uint64_t checksum) {
+    const Reference<Mesh> mesh(new Mesh);
+    try {
+        Velmar::readFromFile(Velmar::String(path), *mesh);
+    } catch (...) {
+        return false;
+    }
+    return mesh->checksum() == checksum;
+}

@@ -1,0 +1,83 @@
+#include "tools/System.h"
+#include "utils/WideText_win.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+// After windows.h, whose types it uses.
+#include <shellapi.h>
+
+namespace System {
+
+using FileUtils::toSystemPath;
+using FileUtils::utf8ToWide;
+using FileUtils::wideToUtf8;
+
+// The bytes that `main` gets have passed through the system's code page and lost what it doesn't hold.
+std::vector<std::string> getArguments(int, char**) {
+    int count = 0;
+    LPWSTR* const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i)
+        arguments.push_back(wideToUtf8(wide[i]));
+    LocalFree(wide);
+    return arguments;
+}
+
+ConsoleEncoding::ConsoleEncoding() : before(GetConsoleOutputCP()) {
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+// The console outlives the program, and so would its setting.
+ConsoleEncoding::~ConsoleEncoding() {
+    if (before != 0) SetConsoleOutputCP(before);
+}
+
+SilentOutput::SilentOutput() {
+    std::fflush(stdout);
+    const int nowhere = _wopen(L"NUL", _O_WRONLY);
+    if (nowhere < 0) return;
+    saved = _dup(_fileno(stdout));
+    if (saved >= 0) _dup2(nowhere, _fileno(stdout));
+    _close(nowhere);
+}
+
+SilentOutput::~SilentOutput() {
+    if (saved < 0) return;
+    std::fflush(stdout);
+    _dup2(saved, _fileno(stdout));
+    _close(saved);
+}
+
+bool isTerminal(std::FILE* file) {
+    DWORD mode = 0;
+    return GetConsoleMode(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file))), &mode) != 0;
+}
+
+std::string getAbsolutePath(std::string_view path) {
+    const std::wstring wide = utf8ToWide(path);
+    const DWORD room = GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr);
+    std::wstring full(room, L'\0');
+    const DWORD length = GetFullPathNameW(wide.c_str(), room, full.data(), nullptr);
+    full.resize(length < room ? length : 0);
+    return full.empty() ? std::string(path) : wideToUtf8(full);
+}
+
+bool enterDirectory(std::string_view path) {
+    return SetCurrentDirectoryW(utf8ToWide(path).c_str()) != 0;
+}
+
+bool isDirectory(std::string_view path) {
+    const DWORD attributes = GetFileAttributesW(toSystemPath(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool moveFile(std::string_view from, std::string_view to) {
+    return MoveFileExW(toSystemPath(from).c_str(), toSystemPath(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+}
+
+void removeFile(std::string_view path) {
+    DeleteFileW(toSystemPath(path).c_str());
+}
+
+} // namespace System
