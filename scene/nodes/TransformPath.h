@@ -32,7 +32,7 @@ class TransformPath {
     /// translation is lost on a path that doesn't move. A path of one frame, or of frames that differ in their times
     /// only, doesn't move and may have any times.
     /// Throws `TransformPathExcep`, after which the path is not to be used, and `BadAlloc`.
-    void build(const Matrix4f& base, std::span<const TransformFrame> frames);
+    void build(const Matrix4f& base, std::span<const TransformFrame> all);
 
     /// The box that encloses the given box, with w 1 in both corners, over the whole exposure. A path that moves is
     /// sampled, and a small margin makes up for what lies between the samples.
