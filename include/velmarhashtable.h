@@ -32,9 +32,9 @@ class HashTable {
 
     /// Adds an entry for a key that must be absent. The table doubles when its count exceeds 8 times its buckets.
     void insert(const Key& key, const Value& value) {
-        ++entry_count;
-        if (entry_count > most_entries_per_bucket * buckets.size()) grow();
+        if (entry_count + 1 > most_entries_per_bucket * buckets.size()) grow();
         buckets[bucketOf(key)].push_back(Entry{key, value});
+        ++entry_count;
     }
 
     std::uint64_t size() const { return entry_count; }
@@ -54,14 +54,16 @@ class HashTable {
 
     std::uint64_t bucketOf(const Key& key) const { return Traits::hash(key) & mask; }
 
+    /// Builds the larger table beside the old one, so that exhausted memory leaves all entries in place.
     void grow() {
-        Vector<Vector<Entry>> old;
-        old.resize(buckets.size() * 2);
-        old.swap(buckets);
-        mask = buckets.size() - 1;
-        for (const Vector<Entry>& bucket : old)
-            for (const Entry& entry : bucket)
-                buckets[bucketOf(entry.key)].push_back(entry);
+        Vector<Vector<Entry>> grown;
+        grown.resize(buckets.size() * 2);
+        const std::uint64_t grown_mask = grown.size() - 1;
+        forEach([&](const Key& key, const Value& value) {
+            grown[Traits::hash(key) & grown_mask].push_back(Entry{key, value});
+        });
+        buckets.swap(grown);
+        mask = grown_mask;
     }
 
     Vector<Vector<Entry>> buckets;
