@@ -36,7 +36,7 @@ class SceneBuilder {
 
   private:
     struct DeleteScene {
-        void operator()(VelmarScene* scene) const { VelmarScene_Delete(scene); }
+        void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
     };
 
     void addToneMapping(const SceneSettings& settings);
