@@ -1,0 +1,41 @@
+#pragma once
+
+#include "velmarvector.h"
+
+#include "scene/SceneNode.h"
+#include "scene/nodes/KeyFrame.h"
+
+namespace Velmar {
+
+class SceneNodeMaterial;
+
+/// A sphere that may move during the exposure, of one material.
+class SceneNodeSphere final : public Destroyable<SceneNodeSphere, PlainSceneNode> {
+  public:
+    SceneNodeSphere();
+    ~SceneNodeSphere();
+
+    /// The copy isn't bound to the material; it names it by `material_uid`.
+    Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
+    void updateNodeReferences(const NodeUIDMap& map) override;
+    void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
+    /// Binding needs a sphere that stands in a scene. Throws `VelmarException` when the material isn't found or is
+    /// another kind of node, and for the bounds of a motion that makes no sense.
+    void traverse(TraversalState& state) override;
+    bool refersToNode(const SceneNode* node) const override;
+    Vector<UID>* getDependencyUIDsInto(Vector<UID>* result) const override;
+
+    Vector<KeyFrame> keyframes;
+    /// In metres.
+    double radius = 1.0;
+    /// Null while not bound.
+    Reference<SceneNodeMaterial> material;
+    /// The material's UID while it isn't bound.
+    UID material_uid = invalid_uid;
+
+  private:
+    /// That of the bound material, else the stored one.
+    UID currentMaterialUID() const;
+};
+
+} // namespace Velmar
