@@ -7,7 +7,12 @@
 #include "scene/SceneNode.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/SceneNodeTonemapping.h"
+#include "scene/nodes/SceneNodeCamera.h"
 #include "scene/nodes/SceneNodeMesh.h"
+#include "scene/nodes/SceneNodeRenderSettings.h"
+
+#include <cstddef>
+#include <cstring>
 
 namespace Velmar {
 
@@ -27,6 +32,14 @@ template <>
 struct ObjectOf<VelmarTonemapping> {
     using Type = SceneNodeTonemapping;
 };
+template <>
+struct ObjectOf<VelmarCamera> {
+    using Type = SceneNodeCamera;
+};
+template <>
+struct ObjectOf<VelmarRenderSettings> {
+    using Type = SceneNodeRenderSettings;
+};
 
 template <class Handle>
 typename ObjectOf<Handle>::Type* fromHandle(Handle* handle) {
@@ -36,6 +49,13 @@ typename ObjectOf<Handle>::Type* fromHandle(Handle* handle) {
 template <class Handle>
 Handle* toHandle(typename ObjectOf<Handle>::Type* object) {
     return reinterpret_cast<Handle*>(object);
+}
+
+/// Stores into the field at `offset` of the object behind a handle: for functions that serve several classes, in which
+/// the field stands at one place.
+template <class T>
+void storeField(void* handle, std::size_t offset, T value) {
+    std::memcpy(static_cast<std::byte*>(handle) + offset, &value, sizeof value);
 }
 
 } // namespace Velmar

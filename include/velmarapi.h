@@ -17,7 +17,9 @@
  * Threads. A scene is built, changed and written by one thread at a time; different scenes are independent.
  */
 
+#include "velmarapi/camera.h"
 #include "velmarapi/mesh.h"
+#include "velmarapi/rendersettings.h"
 #include "velmarapi/scene.h"
 #include "velmarapi/tonemapping.h"
 #include "velmarapi/types.h"
