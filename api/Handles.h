@@ -4,6 +4,8 @@
 
 #include "velmarapi.h"
 
+#include "renderer/Renderer.h"
+#include "renderer/VelmarContext.h"
 #include "scene/SceneNode.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/SceneNodeTonemapping.h"
@@ -20,6 +22,14 @@ namespace Velmar {
 template <class Handle>
 struct ObjectOf;
 
+template <>
+struct ObjectOf<VelmarRenderer> {
+    using Type = Renderer;
+};
+template <>
+struct ObjectOf<::VelmarContext> {
+    using Type = VelmarContext;
+};
 template <>
 struct ObjectOf<VelmarScene> {
     using Type = SceneNodeRoot;

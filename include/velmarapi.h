@@ -2,7 +2,7 @@
 
 /**
  * The flat interface of VelmarAPI: a host describes a scene with it and writes the scene as an XML document with binary
- * mesh files beside it. Plain C99; C++ hosts may include it too.
+ * mesh files beside it, or hands it to a renderer library. Plain C99; C++ hosts may include it too.
  *
  * Handles. A handle is the address of an object. Nothing checks it: only the delete functions accept null. A creator
  * returns an object that belongs to the host. Once it has been added to a scene, or given to another object, it belongs
@@ -18,7 +18,9 @@
  */
 
 #include "velmarapi/camera.h"
+#include "velmarapi/context.h"
 #include "velmarapi/mesh.h"
+#include "velmarapi/renderer.h"
 #include "velmarapi/rendersettings.h"
 #include "velmarapi/scene.h"
 #include "velmarapi/tonemapping.h"

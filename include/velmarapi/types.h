@@ -37,3 +37,9 @@ typedef struct VelmarBackground VelmarBackground;
 
 /** A model node: places geometry in a scene. */
 typedef struct VelmarModel VelmarModel;
+
+/** A context: the loaded renderer library. */
+typedef struct VelmarContext VelmarContext;
+
+/** A renderer: one render of one scene by the renderer library. */
+typedef struct VelmarRenderer VelmarRenderer;

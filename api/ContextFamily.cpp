@@ -1,0 +1,50 @@
+#include "api/Handles.h"
+#include "renderer/VelmarContext.h"
+#include "utils/PlatformUtils.h"
+
+#include <exception>
+#include <iostream>
+#include <new>
+#include <typeinfo>
+
+namespace {
+
+constexpr const char* sdk_dir = "vs2017_64";
+
+/// The exception's own text. Where the runtimes word a standard exception differently, the text doesn't depend on them.
+const char* textOf(const std::exception& exception) {
+    if (dynamic_cast<const std::bad_array_new_length*>(&exception) != nullptr) return "bad array new length";
+    if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) return "bad allocation";
+    const char* const text = exception.what();
+    // The base class itself carries no text, only the runtime's name for it.
+    if (typeid(exception) == typeid(std::exception) || text == nullptr) return "Unknown exception";
+    return text;
+}
+
+} // namespace
+
+VelmarContext* VelmarContext_Create() {
+    return Velmar::toHandle<VelmarContext>(new Velmar::VelmarContext);
+}
+
+int VelmarContext_Initialize(VelmarContext* context) {
+    if (context == nullptr) {
+        std::cerr << "Context doesn't exist! Did you forget to create it?" << std::endl;
+        return -1;
+    }
+    try {
+        Velmar::String error;
+        std::cout << "This is where it stops." << std::endl;
+        const Velmar::String appdata_dir = Velmar::toVelmarString(PlatformUtils::getAppDataDirectory());
+        const std::uint32_t code = Velmar::fromHandle(context)->loadSDK(sdk_dir, appdata_dir, error);
+        if (code != Velmar::VelmarContext::loaded) {
+            std::cerr << "Failed to initialise Velmar context, " << code << " error description: " << error.view()
+                      << std::endl;
+            return -1;
+        }
+    } catch (const std::exception& exception) {
+        std::cerr << "This failed: " << textOf(exception) << std::endl;
+    }
+    std::cout << "Initialized Velmar context." << std::endl;
+    return 0;
+}

@@ -1,0 +1,70 @@
+#include "reference.h"
+#include "velmarstring.h"
+#include "velmarvector.h"
+
+#include "api/Handles.h"
+#include "renderer/DataManager.h"
+#include "renderer/ImageBuffers.h"
+#include "renderer/RenderBuffer.h"
+#include "renderer/Renderer.h"
+#include "renderer/ToneMapper.h"
+
+namespace {
+
+using Velmar::Reference;
+
+/// Counts a scene for the length of a call. The usual host's scene has no other holder until the renderer takes it, and
+/// a holder that ends would end the scene with it; here the scene stays the host's when the call fails.
+class CountedScene {
+  public:
+    explicit CountedScene(Velmar::SceneNodeRoot& counted) : scene(counted) { scene.increment(); }
+    ~CountedScene() { scene.decrement(); }
+    CountedScene(const CountedScene&) = delete;
+    CountedScene& operator=(const CountedScene&) = delete;
+
+  private:
+    Velmar::SceneNodeRoot& scene;
+};
+
+Velmar::RendererImpl& implOf(VelmarRenderer* renderer) {
+    return Velmar::fromHandle(renderer)->getImpl();
+}
+
+} // namespace
+
+VelmarRenderer* VelmarRenderer_Create(VelmarContext* context) {
+    const Reference<Velmar::VelmarContext> holder(Velmar::fromHandle(context));
+    return Velmar::toHandle<VelmarRenderer>(new Velmar::Renderer(holder));
+}
+
+void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext* context_handle,
+                                        VelmarScene* scene_handle) {
+    const CountedScene counted(*Velmar::fromHandle(scene_handle));
+    const Reference<Velmar::RenderBuffer> render_buffer(
+        new Velmar::RenderBuffer(Reference<Velmar::SceneNodeRoot>(Velmar::fromHandle(scene_handle))));
+    const Reference<Velmar::UInt8Buffer> uint8_buffer(new Velmar::UInt8Buffer);
+    const Reference<Velmar::FloatBuffer> float_buffer(new Velmar::FloatBuffer);
+    const Reference<Velmar::VelmarContext> context(Velmar::fromHandle(context_handle));
+    const Reference<Velmar::ToneMapper> tone_mapper(
+        new Velmar::ToneMapper(*context, render_buffer, uint8_buffer, float_buffer));
+    const Velmar::Vector<Velmar::String> strings;
+    const Reference<Velmar::DataManager> data_manager(new Velmar::DataManager(*context));
+    const Reference<Velmar::SceneNodeRoot> scene(Velmar::fromHandle(scene_handle));
+    implOf(renderer).initialise(scene, render_buffer, strings, data_manager, tone_mapper);
+}
+
+uint64_t VelmarRenderer_Start(VelmarRenderer* renderer) {
+    return implOf(renderer).start();
+}
+
+uint64_t VelmarRenderer_Pause(VelmarRenderer* renderer) {
+    return implOf(renderer).pause();
+}
+
+uint64_t VelmarRenderer_Resume(VelmarRenderer* renderer) {
+    return implOf(renderer).resume();
+}
+
+uint64_t VelmarRenderer_Stop(VelmarRenderer* renderer) {
+    return implOf(renderer).stop();
+}
