@@ -93,14 +93,14 @@ std::string readLines(const std::string& path) {
 
 /// A comparison of speeds means something only where the work is the same.
 void requireSameText(const SceneNodeRoot& root, const std::vector<Values>& values) {
-    const Bench::TempFile ours("ours.xml");
-    const Bench::TempFile theirs("theirs.xml");
+    const BenchSupport::TempFile ours("ours.xml");
+    const BenchSupport::TempFile theirs("theirs.xml");
     writeByVelmar(root, ours.path());
     writeByPugixml(values, theirs.path());
     if (readLines(ours.path()) != readLines(theirs.path())) throw std::runtime_error("the two documents differ");
 }
 
-void report(benchmark::State& state, const Bench::PeakMemory& memory) {
+void report(benchmark::State& state, const BenchSupport::PeakMemory& memory) {
     state.SetItemsProcessed(state.iterations() * state.range(0));
     state.counters["peak_MiB"] = static_cast<double>(memory.rise()) / (1 << 20);
 }
@@ -109,8 +109,8 @@ void velmarDocument(benchmark::State& state) {
     const std::vector<Values> values = makeValues(state.range(0));
     const Reference<SceneNodeRoot> root = makeScene(values);
     requireSameText(*root, values);
-    const Bench::TempFile file("velmar.xml");
-    const Bench::PeakMemory memory;
+    const BenchSupport::TempFile file("velmar.xml");
+    const BenchSupport::PeakMemory memory;
     for ([[maybe_unused]] auto step : state)
         writeByVelmar(*root, file.path());
     report(state, memory);
@@ -118,8 +118,8 @@ void velmarDocument(benchmark::State& state) {
 
 void pugixmlDocument(benchmark::State& state) {
     const std::vector<Values> values = makeValues(state.range(0));
-    const Bench::TempFile file("pugixml.xml");
-    const Bench::PeakMemory memory;
+    const BenchSupport::TempFile file("pugixml.xml");
+    const BenchSupport::PeakMemory memory;
     for ([[maybe_unused]] auto step : state)
         writeByPugixml(values, file.path());
     report(state, memory);

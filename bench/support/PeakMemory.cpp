@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace Bench {
+namespace BenchSupport {
 
 namespace {
 
@@ -33,4 +33,4 @@ std::size_t PeakMemory::rise() const {
     return peak > before ? peak - before : 0;
 }
 
-} // namespace Bench
+} // namespace BenchSupport

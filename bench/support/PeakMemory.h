@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace Bench {
+namespace BenchSupport {
 
 /// How much the resident memory of this process rises above what it was when the object was made, whatever allocates
 /// it.
@@ -18,4 +18,4 @@ class PeakMemory {
     std::size_t before = 0;
 };
 
-} // namespace Bench
+} // namespace BenchSupport

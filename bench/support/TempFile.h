@@ -4,7 +4,7 @@
 #include <string>
 #include <unistd.h>
 
-namespace Bench {
+namespace BenchSupport {
 
 /// A path of this process for one file, which goes with the object.
 class TempFile {
@@ -21,4 +21,4 @@ class TempFile {
     std::filesystem::path file;
 };
 
-} // namespace Bench
+} // namespace BenchSupport
