@@ -2,11 +2,14 @@
 
 #include "tests/support/Golden.h"
 #include "tests/support/MemoryOStream.h"
+#include "tests/support/Slots.h"
 
 #include <gtest/gtest.h>
 
 using namespace Velmar;
+using TestSupport::callSlot;
 using TestSupport::expectGolden;
+using TestSupport::MemoryOStream;
 using TestSupport::textOf;
 
 TEST(SplatFilterFastBox, WritesThreeLines) {
@@ -47,4 +50,21 @@ TEST(DownsizeFilterMNCubic, ACloneHasTheSameThreeValues) {
     EXPECT_EQ(cubic.ring, 0.25);
     EXPECT_EQ(cubic.blur, 0.5);
     EXPECT_EQ(cubic.radius, 3.0);
+}
+
+TEST(ImageFilters, AreReachedThroughTheirSlots) {
+    const Reference<SplatFilter> splat(new SplatFilterFastBox);
+    EXPECT_EQ(callSlot<std::int32_t>(splat.getPointer(), 1), 0);
+    MemoryOStream stream;
+    callSlot<void>(splat.getPointer(), 2, static_cast<OStream*>(&stream), std::uint32_t{0});
+    EXPECT_EQ(stream.text, "<splat_filter>\n\t<fastbox/>\n</splat_filter>\n");
+    Reference<SplatFilter> splat_copy;
+    EXPECT_EQ(callSlot<Reference<SplatFilter>*>(splat.getPointer(), 3, &splat_copy), &splat_copy);
+    EXPECT_EQ(splat_copy->getRefCount(), 1);
+
+    const Reference<DownsizeFilter> downsize(new DownsizeFilterMNCubic);
+    EXPECT_EQ(callSlot<std::int32_t>(downsize.getPointer(), 1), 1);
+    Reference<DownsizeFilter> downsize_copy;
+    EXPECT_EQ(callSlot<Reference<DownsizeFilter>*>(downsize.getPointer(), 3, &downsize_copy), &downsize_copy);
+    EXPECT_EQ(downsize_copy->getType(), 1);
 }

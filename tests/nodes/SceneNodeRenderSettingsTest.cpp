@@ -8,6 +8,7 @@
 #include "scene/nodes/WhitePoint.h"
 #include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
+#include "tests/support/Slots.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -349,4 +350,14 @@ TEST(SceneNodeRenderSettings, NamesNoLayerAndNoOtherNode) {
     EXPECT_EQ(node->getMaxLayerIndex(), 0u);
     EXPECT_TRUE(node->getDependencyUIDs().empty());
     EXPECT_FALSE(node->refersToNode(node.getPointer()));
+}
+
+TEST(LayerSetting, IsClonedThroughSlotOne) {
+    const auto original = layer("sun", new TestSpectrum);
+    Reference<LayerSetting> copy;
+    EXPECT_EQ(TestSupport::callSlot<Reference<LayerSetting>*>(original.getPointer(), 1, &copy), &copy);
+    EXPECT_EQ(copy->name, "sun");
+    EXPECT_TRUE(copy->enabled);
+    EXPECT_EQ(copy->getRefCount(), 1);
+    EXPECT_NE(copy->layer_scale, original->layer_scale);
 }
