@@ -4,8 +4,8 @@
 
 /**
  * Makes a render settings node named "Render Settings" with every setting unset. Only what is set reaches the document;
- * all else is left to the renderer's own defaults. Nothing checks the values. Each call keeps about 1.5 kilobytes for the
- * life of the process, so make one node a scene.
+ * all else is left to the renderer's own defaults. Nothing checks the values. Each call keeps about 1.5 kilobytes for
+ * the life of the process, so make one node a scene.
  * @return a node of the host's until it is added to a scene.
  */
 VELMAR_API VelmarRenderSettings* VelmarRenderSettings_Create(void);
