@@ -241,8 +241,9 @@ TEST(MatrixToQuaternion, HalfTurnsAboutEachAxis) {
 }
 
 TEST(MatrixToQuaternion, TraceOfZeroStillGoesByTheRealPart) {
-    // Both ways give the same rotation, but only this one divides the off-diagonal differences.
-    EXPECT_EQ(matrixToQuaternion({{0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, 0, 0, 0, 0, 1}}), (Vec4f{0.5f, 0.5f, 0.5f, 0.5f}));
+    // Going by an axis instead would give the negative of this.
+    EXPECT_EQ(matrixToQuaternion({{0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1}}),
+              (Vec4f{-0.5f, -0.5f, -0.5f, 0.5f}));
 }
 
 TEST(MatrixToQuaternion, EqualDiagonalEntriesGoToTheLaterAxis) {

@@ -279,8 +279,8 @@ TEST(TransformPath, UniformScaleAllowsALittleAndNoMirror) {
     };
     EXPECT_TRUE(built(diagonal(3, 3, 3)));
     // It is the squared lengths that may differ by a ten-thousandth.
-    EXPECT_TRUE(built(diagonal(1, 1, 1.00004f)));
-    EXPECT_FALSE(built(diagonal(1, 1, 1.00006f)));
+    EXPECT_TRUE(built(diagonal(1, 1, 1.000048f)));
+    EXPECT_FALSE(built(diagonal(1, 1, 1.000052f)));
     EXPECT_FALSE(built(diagonal(1, 1, 2)));
     EXPECT_FALSE(built(diagonal(-3, 3, 3)));
 }
@@ -327,6 +327,15 @@ TEST(TransformPath, PathsThatStayAgreeWithDoublePrecision) {
         EXPECT_LT((toEigen(bounds.min).vec() - expected.min).norm(), 5e-4);
         EXPECT_LT((toEigen(bounds.max).vec() - expected.max).norm(), 5e-4);
     }
+}
+
+TEST(TransformPath, BuildingAgainDropsTheFramesOfBefore) {
+    TransformPath path;
+    path.build(identityMatrix(), Frames{frameAt(0.0, 0), frameAt(1.0, 2)});
+    ASSERT_EQ(path.frames.size(), 2u);
+    path.build(identityMatrix(), Frames{frameAt(0.0, 0)});
+    EXPECT_TRUE(path.frames.empty());
+    EXPECT_TRUE(path.is_static);
 }
 
 // ---- paths that move: the frames that are kept
