@@ -25,6 +25,7 @@ namespace Velmar {
 namespace {
 
 constexpr std::uint32_t max_corners = 256;
+constexpr int most_plain_digits = 9;
 constexpr std::uint32_t no_vertex = 0xFFFFFFFF;
 /// The second half of the key of a corner without a normal: it shares its vertex with normal 0.
 constexpr std::int32_t key_without_normal = 0;
@@ -156,6 +157,10 @@ class ObjReader {
         if (mesh.verts.empty()) reserveVertices();
         std::uint32_t corners = 0;
         while (corners < max_corners) {
+            if (readPlainCorner(corners)) [[likely]] {
+                ++corners;
+                continue;
+            }
             parser.skipBlanks();
             if (parser.atEnd() || Parser::isLineEnd(parser.current())) break;
             readCorner(corners);
@@ -166,6 +171,51 @@ class ObjReader {
                                     std::to_string(line_num) + ")");
         if (current_material < 0) takeMaterial("default");
         addFace(corners);
+    }
+
+    /// Reads a corner written in the usual way: one space, then indices that count from 1 and have few digits. Returns
+    /// false for any other, with the cursor where it was.
+    bool readPlainCorner(std::uint32_t corner) {
+        constexpr std::uint32_t longest = 1 + 3 * (most_plain_digits + 1) + 1;
+        if (parser.size - parser.pos < longest) return false;
+        const char* p = parser.text + parser.pos;
+        if (*p != ' ') return false;
+        std::uint32_t position = 0;
+        p = scanPlainIndex(p + 1, position);
+        if (p == nullptr) return false;
+
+        std::uint32_t uv = 0;
+        std::uint32_t normal = 0;
+        bool has_uv = false;
+        bool has_normal = false;
+        if (*p == '/') {
+            ++p;
+            has_uv = *p != '/';
+            if (has_uv && (p = scanPlainIndex(p, uv)) == nullptr) return false;
+            has_normal = *p == '/';
+            if (has_normal && (p = scanPlainIndex(p + 1, normal)) == nullptr) return false;
+        }
+        parser.pos = static_cast<std::uint32_t>(p - parser.text);
+        if (has_uv) uv_indices[corner] = uv;
+        vertex_indices[corner] =
+            vertexFor(static_cast<std::int32_t>(position), static_cast<std::int32_t>(normal), has_normal);
+        return true;
+    }
+
+    /// The index at `p`, counted from 0, and the place behind it; null for a number that isn't plain.
+    static const char* scanPlainIndex(const char* p, std::uint32_t& index) {
+        std::uint32_t number = 0;
+        const char* const first = p;
+        for (;; ++p) {
+            const auto digit = static_cast<std::uint32_t>(static_cast<unsigned char>(*p)) - '0';
+            if (digit > 9) break;
+            if (p - first == most_plain_digits) return nullptr;
+            number = number * 10 + digit;
+        }
+        // Also where there is no digit: 0 counts back from nothing.
+        if (number == 0) return nullptr;
+        index = number - 1;
+        return p;
     }
 
     void readCorner(std::uint32_t corner) {
