@@ -1,0 +1,122 @@
+#include "mesh/PlyLoader.h"
+
+#include "velmarexceptions.h"
+
+#include "mesh/Mesh.h"
+#include "utils/CLibraryPath.h"
+#include "utils/NumericLocale.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <rply.h>
+#include <string>
+
+namespace Velmar {
+
+namespace {
+
+struct PlyCloser {
+    void operator()(p_ply ply) const { ply_close(ply); }
+};
+using PlyHandle = std::unique_ptr<t_ply_, PlyCloser>;
+
+/// The state of one run, which the callbacks reach through their user pointer.
+struct PlyRun {
+    Mesh& mesh;
+    float scale;
+    float vertex[3] = {};
+    std::uint32_t triangle[3] = {};
+    /// What a callback threw. It must not pass through the reader's frames, so it waits here.
+    std::exception_ptr failure{};
+};
+
+constexpr int go_on = 1;
+constexpr int stop = 0;
+
+/// The element's values arrive in the order x, y, z; z completes the vertex.
+void takeCoordinate(PlyRun& run, long axis, double value) {
+    run.vertex[axis] = static_cast<float>(value);
+    if (axis == 2)
+        run.mesh.addVertex({run.vertex[0] * run.scale, run.vertex[1] * run.scale, run.vertex[2] * run.scale});
+}
+
+/// The low 32 bits of the value without its fraction; 0 for what no 64-bit integer holds.
+std::uint32_t toIndex(double value) {
+    constexpr double limit = 9223372036854775808.0;
+    if (!(std::fabs(value) < limit)) return 0;
+    return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+}
+
+void takeCorner(PlyRun& run, long corner, double value) {
+    run.triangle[corner] = toIndex(value);
+    if (corner == 2) run.mesh.addTriangle(run.triangle, {0, 0, 0}, 0);
+}
+
+template <class Take>
+int guarded(PlyRun& run, Take take) noexcept {
+    try {
+        take();
+        return go_on;
+    } catch (...) {
+        run.failure = std::current_exception();
+        return stop;
+    }
+}
+
+int onVertex(p_ply_argument argument) {
+    void* user = nullptr;
+    long axis = 0;
+    ply_get_argument_user_data(argument, &user, &axis);
+    PlyRun& run = *static_cast<PlyRun*>(user);
+    const double value = ply_get_argument_value(argument);
+    // A list in place of a number calls with its length too, which is no coordinate but is taken as one.
+    return guarded(run, [&] { takeCoordinate(run, axis, value); });
+}
+
+int onFace(p_ply_argument argument) {
+    long corner = 0;
+    ply_get_argument_property(argument, nullptr, nullptr, &corner);
+    // -1 is the length of the list.
+    if (corner < 0 || corner > 2) return go_on;
+    void* user = nullptr;
+    ply_get_argument_user_data(argument, &user, nullptr);
+    PlyRun& run = *static_cast<PlyRun*>(user);
+    const double value = ply_get_argument_value(argument);
+    return guarded(run, [&] { takeCorner(run, corner, value); });
+}
+
+/// As the reader's own callback, but without a word when it was us who stopped it.
+void onError(p_ply ply, const char* message) {
+    void* user = nullptr;
+    ply_get_ply_user_data(ply, &user, nullptr);
+    if (user != nullptr && static_cast<PlyRun*>(user)->failure != nullptr) return;
+    std::fprintf(stderr, "RPly: %s\n", message);
+}
+
+} // namespace
+
+void loadPLY(std::string_view path, Mesh& mesh, float scale) {
+    mesh.raiseNumUVMappings(0);
+    mesh.addMaterialUsed("default");
+
+    // RPly reads the numbers of text files by the C runtime.
+    const PlainNumericLocale locale;
+    PlyRun run{mesh, scale};
+    const PlyHandle ply(ply_open(FileUtils::toCLibraryPath(path).c_str(), onError, 0, &run));
+    if (ply == nullptr) throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
+    if (ply_read_header(ply.get()) == 0) throw Velmar::Exception("could not read header.");
+
+    ply_set_read_cb(ply.get(), "vertex", "x", onVertex, &run, 0);
+    ply_set_read_cb(ply.get(), "vertex", "y", onVertex, &run, 1);
+    ply_set_read_cb(ply.get(), "vertex", "z", onVertex, &run, 2);
+    ply_set_read_cb(ply.get(), "face", "vertex_indices", onFace, &run, 0);
+    const bool complete = ply_read(ply.get()) != 0;
+    if (run.failure != nullptr) std::rethrow_exception(run.failure);
+    if (!complete) throw Velmar::Exception("read of body failed.");
+    mesh.build();
+}
+
+} // namespace Velmar

@@ -1,0 +1,146 @@
+#include "mesh/StlLoader.h"
+
+#include "velmarexceptions.h"
+
+#include "mesh/Mesh.h"
+#include "mesh/TextLines.h"
+#include "utils/MappedFile.h"
+#include "utils/Parser.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+
+namespace Velmar {
+
+namespace {
+
+constexpr std::string_view text_magic = "solid";
+
+[[noreturn]] void throwTooSmall() {
+    throw Velmar::Exception("Invalid file.  (file size too small)");
+}
+
+/// The triangle of the vertices `first` to `first` + 2.
+MeshTriangle triangleFrom(std::uint32_t first) {
+    return {{first, first + 1, first + 2}, {0, 0, 0}, 0};
+}
+
+/// 80 bytes of header and a count; then for each triangle a normal, three vertices and two bytes, all unaligned.
+void readBinary(std::span<const std::uint8_t> file, Mesh& mesh, float scale) {
+    constexpr std::size_t count_offset = 80;
+    constexpr std::size_t header_size = 84;
+    constexpr std::size_t record_size = 50;
+    constexpr std::size_t vertices_offset = 12;
+
+    if (file.size() < header_size) throwTooSmall();
+    std::uint32_t count = 0;
+    std::memcpy(&count, file.data() + count_offset, sizeof count);
+    if (file.size() < header_size + std::uint64_t{count} * record_size) throwTooSmall();
+    if (count > std::numeric_limits<std::uint32_t>::max() / 3)
+        throw Velmar::Exception("Invalid file.  (too many triangles)");
+
+    mesh.verts.resizeUninitialized(std::size_t{3} * count);
+    mesh.triangles.resizeUninitialized(count);
+    const std::uint8_t* record = file.data() + header_size;
+    Vec3f* vertex = mesh.verts.data();
+    MeshTriangle* const triangles = mesh.triangles.data();
+    for (std::uint32_t i = 0; i < count; ++i, record += record_size) {
+        Vec3f corners[3];
+        std::memcpy(corners, record + vertices_offset, sizeof corners);
+        for (const Vec3f& corner : corners)
+            *vertex++ = {corner.x * scale, corner.y * scale, corner.z * scale};
+        triangles[i] = triangleFrom(3 * i);
+    }
+    mesh.build();
+}
+
+class TextReader {
+  public:
+    TextReader(Parser text, Mesh& filled_mesh, float position_scale)
+        : parser(text), mesh(filled_mesh), scale(position_scale) {}
+
+    void read() {
+        expect("solid");
+        TextLines::advancePastLineEnd(parser);
+        skipBlanks();
+        Parser::Token keyword;
+        if (!parser.parseAlpha(keyword)) throw Velmar::Exception("Invalid file, expected 'facet' or 'endsolid'");
+        while (keyword == "facet") {
+            readFacet();
+            parser.parseAlpha(keyword);
+        }
+        if (!(keyword == "endsolid")) throwExpected("endsolid");
+        mesh.build();
+    }
+
+  private:
+    void readFacet() {
+        skipBlanks();
+        expect("normal");
+        skipBlanks();
+        Vec3f ignored;
+        readTriple(ignored);
+
+        expect("outer");
+        skipBlanks();
+        expect("loop");
+        skipWhitespace();
+        mesh.triangles.push_back(triangleFrom(static_cast<std::uint32_t>(mesh.verts.size())));
+        for (int corner = 0; corner < 3; ++corner) {
+            expect("vertex");
+            skipBlanks();
+            Vec3f position = {0.0f, 0.0f, 0.0f};
+            readTriple(position);
+            mesh.addVertex({position.x * scale, position.y * scale, position.z * scale});
+        }
+        expect("endloop");
+        skipWhitespace();
+        expect("endfacet");
+        skipWhitespace();
+    }
+
+    /// A number that isn't there leaves its component as it was.
+    void readTriple(Vec3f& triple) {
+        parser.parseFloat(triple.x);
+        skipBlanks();
+        parser.parseFloat(triple.y);
+        skipBlanks();
+        parser.parseFloat(triple.z);
+        skipWhitespace();
+    }
+
+    void expect(const char* keyword) {
+        if (!parser.parseString(keyword)) throwExpected(keyword);
+    }
+
+    [[noreturn]] static void throwExpected(const char* keyword) {
+        throw Velmar::Exception("Invalid file, expected '" + std::string(keyword) + "'");
+    }
+
+    void skipBlanks() { TextLines::skipSpacesAndTabs(parser); }
+
+    void skipWhitespace() {
+        while (!parser.atEnd() && (Parser::isBlank(parser.current()) || Parser::isLineEnd(parser.current())))
+            ++parser.pos;
+    }
+
+    Parser parser;
+    Mesh& mesh;
+    float scale;
+};
+
+} // namespace
+
+void loadSTL(std::string_view path, Mesh& mesh, float scale) {
+    const MappedFile file(path);
+    if (file.getSize() < text_magic.size()) throwTooSmall();
+    if (file.getText().starts_with(text_magic))
+        TextReader(parserOver(file), mesh, scale).read();
+    else
+        readBinary(file.getBytes(), mesh, scale);
+}
+
+} // namespace Velmar

@@ -1,0 +1,200 @@
+#include "mesh/PlyLoader.h"
+
+#include "velmarexceptions.h"
+
+#include "mesh/Mesh.h"
+#include "tests/support/MeshSupport.h"
+#include "tests/support/TextFile.h"
+#include "tests/support/Throws.h"
+#include "tests/support/VmmeshBytes.h"
+#include "utils/FileUtils.h"
+
+#include <clocale>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace Velmar;
+using namespace TestSupport;
+
+namespace {
+
+std::string header(int vertices, int faces) {
+    return "ply\nformat ascii 1.0\nelement vertex " + std::to_string(vertices) +
+           "\nproperty float x\nproperty float y\nproperty float z\nelement face " + std::to_string(faces) +
+           "\nproperty list uchar int vertex_indices\nend_header\n";
+}
+
+const std::string square = "0 0 0\n1 0 0\n1 1 0\n0 1 0\n";
+
+void load(std::string_view text, Mesh& mesh, float scale = 1.0f) {
+    const TextFile file("model.ply", text);
+    loadPLY(file.path(), mesh, scale);
+}
+
+std::string loaderMessage(std::string_view text) {
+    Mesh mesh;
+    return messageOf<Velmar::Exception>([&] { load(text, mesh); });
+}
+
+using Triangles = std::vector<MeshTriangle>;
+
+TEST(PlyLoader, ReadsVerticesAndTrianglesOfAText) {
+    Mesh mesh;
+    load(header(4, 2) + square + "3 0 1 2\n3 2 3 0\n", mesh, 2.0f);
+    EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}}));
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{2, 3, 0}, {0, 0, 0}, 0}}));
+    EXPECT_EQ(namesOf(mesh.used_materials), std::vector<std::string>{"default"});
+    EXPECT_EQ(mesh.num_uv_mappings, 0u);
+    EXPECT_TRUE(mesh.normals.empty());
+    EXPECT_EQ(mesh.aabb_max.y, 2.0f) << "built";
+}
+
+TEST(PlyLoader, ReadsBinaryFiles) {
+    VmmeshBytes body;
+    body.f32(0).f32(0).f32(0).f32(1).f32(0).f32(0).f32(0).f32(1).f32(0.25f);
+    body.append("\x03").u32(0).u32(1).u32(2);
+    std::string text = header(3, 1);
+    text.replace(text.find("ascii"), 5, "binary_little_endian");
+    Mesh mesh;
+    load(text + body.bytes, mesh);
+    EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0.25f}}));
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
+TEST(PlyLoader, TakesTheFirstThreeCornersOfAPolygonAndNothingOfAShorterOne) {
+    Mesh mesh;
+    load(header(4, 3) + square + "4 0 1 2 3\n2 0 1\n3 1 2 3\n", mesh);
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{1, 2, 3}, {0, 0, 0}, 0}}));
+}
+
+TEST(PlyLoader, DropsDegenerateFacesAndKeepsTheOrderOfTheOthers) {
+    Mesh mesh;
+    load(header(4, 3) + square + "3 0 1 2\n3 1 1 2\n3 2 3 0\n", mesh);
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{2, 3, 0}, {0, 0, 0}, 0}}));
+}
+
+TEST(PlyLoader, PassesOverOtherPropertiesAndElements) {
+    Mesh mesh;
+    load("ply\nformat ascii 1.0\ncomment c\nelement camera 1\nproperty float x\nelement vertex 3\nproperty float x\n"
+         "property float y\nproperty float z\nproperty float nx\nproperty uchar red\nelement face 1\n"
+         "property uchar flags\nproperty list uchar int vertex_indices\nend_header\n9\n"
+         "0 0 0 1 255\n1 0 0 1 255\n0 1 0 1 255\n7 3 0 1 2\n",
+         mesh);
+    EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
+TEST(PlyLoader, ReadsVerticesAlone) {
+    Mesh mesh;
+    load("ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\nproperty float y\nproperty float z\nend_header\n"
+         "1 2 3\n4 5 6\n",
+         mesh);
+    EXPECT_EQ(mesh.verts.size(), 2u);
+    EXPECT_EQ(namesOf(mesh.used_materials), std::vector<std::string>{"default"});
+    EXPECT_TRUE(mesh.triangles.empty());
+}
+
+TEST(PlyLoader, KnowsNoOtherNameForTheListOfIndices) {
+    std::string text = header(4, 1);
+    text.replace(text.find("vertex_indices"), 14, "vertex_index");
+    Mesh mesh;
+    load(text + square + "3 0 1 2\n", mesh);
+    EXPECT_EQ(mesh.verts.size(), 4u);
+    EXPECT_TRUE(mesh.triangles.empty());
+}
+
+TEST(PlyLoader, NamesAFileThatCantBeOpened) {
+    const TempDir dir;
+    Mesh mesh;
+    const std::string path = dir.file("missing.ply");
+    EXPECT_EQ(messageOf<Velmar::Exception>([&] { loadPLY(path, mesh, 1.0f); }),
+              "could not open file '" + path + "' for reading.");
+}
+
+TEST(PlyLoader, RefusesABrokenHeader) {
+    EXPECT_EQ(loaderMessage("ply\nformat ascii 1.0\nelement vertex many\nend_header\n"), "could not read header.");
+    EXPECT_EQ(loaderMessage("ply\nformat ascii 1.0\n"), "could not read header.");
+}
+
+TEST(PlyLoader, RefusesABodyThatEndsEarly) {
+    EXPECT_EQ(loaderMessage(header(4, 1) + "0 0 0\n1 0 0\n"), "read of body failed.");
+    EXPECT_EQ(loaderMessage(header(4, 1) + square + "3 0 1"), "read of body failed.");
+    EXPECT_EQ(loaderMessage(header(1000000000, 1) + square), "read of body failed.");
+}
+
+TEST(PlyLoader, PassesTheMeshsRefusalOnAsItIs) {
+    for (const auto& [face, index] :
+         std::vector<std::pair<std::string, std::string>>{{"3 0 1 4", "4"}, {"3 -1 1 2", "4294967295"}}) {
+        Mesh mesh;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(messageOf<VelmarException>([&] { load(header(4, 2) + square + face + "\n3 0 1 2\n", mesh); }),
+                  "Triangle vertex index is out of bounds. (vertex index=" + index + ")");
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    }
+}
+
+TEST(PlyLoader, LeavesTheDetailsOfAParseErrorOnTheErrorStream) {
+    Mesh mesh;
+    testing::internal::CaptureStderr();
+    EXPECT_THROW(load(header(4, 1) + "x", mesh), Velmar::Exception);
+    EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("RPly: "));
+}
+
+TEST(PlyLoader, RefusesFacesBeforeTheirVertices) {
+    Mesh mesh;
+    EXPECT_EQ(messageOf<VelmarException>([&] {
+                  load("ply\nformat ascii 1.0\nelement face 1\nproperty list uchar int vertex_indices\n"
+                       "element vertex 1\nproperty float x\nproperty float y\nproperty float z\nend_header\n"
+                       "3 0 0 0\n0 0 0\n",
+                       mesh);
+              }),
+              "Triangle vertex index is out of bounds. (vertex index=0)");
+}
+
+TEST(PlyLoader, OpensPathsOfAnyScriptAndLength) {
+    const TempDir dir;
+    std::string folder = dir.path();
+    for (int i = 0; i < 3; ++i) {
+        folder = FileUtils::join(folder, std::string(100, 'd') + " # \xC3\xA9\xE6\xBC\xA2");
+        FileUtils::createDir(folder);
+    }
+    const std::string path = FileUtils::join(folder, "\xE6\xA8\xA1\xE5\x9E\x8B.ply");
+    writeFileBytes(path, header(4, 1) + square + "3 0 1 2\n");
+    Mesh mesh;
+    loadPLY(path, mesh, 1.0f);
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
+TEST(PlyLoader, ReadsNumbersWithAPointWhateverTheHostsLocale) {
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "German"})
+        if (std::setlocale(LC_NUMERIC, name) != nullptr) break;
+    const std::string during = std::setlocale(LC_NUMERIC, nullptr);
+    Mesh mesh;
+    load(header(1, 0) + "0.5 1.25 -2.75\n", mesh);
+    EXPECT_EQ(during, std::setlocale(LC_NUMERIC, nullptr)) << "left as it was";
+    std::setlocale(LC_NUMERIC, before.c_str());
+    EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0.5f, 1.25f, -2.75f}}));
+}
+
+TEST(PlyLoader, ReadsTwoFilesAtOnce) {
+    std::string small_text = header(3000, 0);
+    std::string large_text = header(3000, 0);
+    for (int i = 0; i < 3000; ++i) {
+        small_text += "1 2 3\n";
+        large_text += "4 5 6\n";
+    }
+    const TextFile small_file("small.ply", small_text);
+    const TextFile large_file("large.ply", large_text);
+    Mesh small;
+    Mesh large;
+    std::thread other([&] { loadPLY(small_file.path(), small, 1.0f); });
+    loadPLY(large_file.path(), large, 10.0f);
+    other.join();
+    EXPECT_EQ(bytesOf(small.verts), bytesOf(std::vector<Vec3f>(3000, {1, 2, 3})));
+    EXPECT_EQ(bytesOf(large.verts), bytesOf(std::vector<Vec3f>(3000, {40, 50, 60})));
+}
+
+} // namespace

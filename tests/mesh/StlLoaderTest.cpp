@@ -1,0 +1,179 @@
+#include "mesh/StlLoader.h"
+
+#include "velmarexceptions.h"
+
+#include "mesh/Mesh.h"
+#include "tests/support/MeshSupport.h"
+#include "tests/support/TextFile.h"
+#include "tests/support/Throws.h"
+#include "tests/support/VmmeshBytes.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace Velmar;
+using namespace TestSupport;
+
+namespace {
+
+void load(std::string_view bytes, Mesh& mesh, float scale = 1.0f) {
+    const TextFile file("model.stl", bytes);
+    loadSTL(file.path(), mesh, scale);
+}
+
+std::string messageFor(std::string_view bytes) {
+    Mesh mesh;
+    return messageOf<Velmar::Exception>([&] { load(bytes, mesh); });
+}
+
+VmmeshBytes binary(std::uint32_t claimed, std::uint32_t present) {
+    VmmeshBytes file;
+    file.append(std::string(80, 'h')).u32(claimed);
+    for (std::uint32_t i = 0; i < present; ++i) {
+        const auto x = static_cast<float>(i);
+        file.f32(9).f32(9).f32(9);
+        file.f32(x).f32(0).f32(0).f32(x + 1).f32(0).f32(0).f32(x).f32(1).f32(-2);
+        file.append("ab");
+    }
+    return file;
+}
+
+const std::string facet = "facet normal 0 0 1\n outer loop\n  vertex 0 0 0\n  vertex 1.5 0 0\n  vertex 0 2 -1e1\n"
+                          " endloop\nendfacet\n";
+
+using Triangles = std::vector<MeshTriangle>;
+
+TEST(StlLoader, ReadsBinaryTrianglesWithVerticesOfTheirOwn) {
+    Mesh mesh;
+    load(binary(2, 2).bytes, mesh, 2.0f);
+    EXPECT_EQ(bytesOf(mesh.verts),
+              bytesOf(std::vector<Vec3f>{{0, 0, 0}, {2, 0, 0}, {0, 2, -4}, {2, 0, 0}, {4, 0, 0}, {2, 2, -4}}));
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{3, 4, 5}, {0, 0, 0}, 0}}));
+    EXPECT_TRUE(mesh.used_materials.empty());
+    EXPECT_TRUE(mesh.normals.empty());
+    EXPECT_EQ(mesh.num_materials_referenced, 1u);
+    EXPECT_EQ(mesh.aabb_min.z, -4.0f) << "built";
+}
+
+TEST(StlLoader, KeepsDegenerateTriangles) {
+    VmmeshBytes file;
+    file.append(std::string(80, '\0')).u32(1).append(std::string(50, '\0'));
+    Mesh mesh;
+    load(file.bytes, mesh);
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
+TEST(StlLoader, ReadsAnEmptyBinaryFile) {
+    Mesh mesh;
+    load(binary(0, 0).bytes, mesh);
+    EXPECT_TRUE(mesh.verts.empty());
+    EXPECT_EQ(mesh.num_materials_referenced, 1u);
+}
+
+TEST(StlLoader, IgnoresBytesBehindTheLastTriangle) {
+    Mesh mesh;
+    load(binary(2, 3).append("more").bytes, mesh);
+    EXPECT_EQ(mesh.triangles.size(), 2u);
+}
+
+TEST(StlLoader, RefusesFilesThatAreTooSmall) {
+    EXPECT_EQ(messageFor(""), "Invalid file.  (file size too small)");
+    EXPECT_EQ(messageFor("soli"), "Invalid file.  (file size too small)");
+    EXPECT_EQ(messageFor(binary(0, 0).bytes.substr(0, 83)), "Invalid file.  (file size too small)");
+    EXPECT_EQ(messageFor(binary(2, 1).bytes), "Invalid file.  (file size too small)");
+    EXPECT_EQ(messageFor(binary(1, 1).bytes.substr(0, 133)), "Invalid file.  (file size too small)");
+}
+
+TEST(StlLoader, ComputesTheNeededSizeInSixtyFourBits) {
+    // 50 * count is 0 and 100 modulo 2^32.
+    EXPECT_EQ(messageFor(binary(0x80000000, 2).bytes), "Invalid file.  (file size too small)");
+    EXPECT_EQ(messageFor(binary(0x80000002, 2).bytes), "Invalid file.  (file size too small)");
+    EXPECT_EQ(messageFor(binary(0xFFFFFFFF, 2).bytes), "Invalid file.  (file size too small)");
+}
+
+TEST(StlLoader, ReadsText) {
+    Mesh mesh;
+    load("solid the name facet\n" + facet + facet + "endsolid the name\nanything", mesh, 2.0f);
+    EXPECT_EQ(bytesOf(mesh.verts),
+              bytesOf(std::vector<Vec3f>{{0, 0, 0}, {3, 0, 0}, {0, 4, -20}, {0, 0, 0}, {3, 0, 0}, {0, 4, -20}}));
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{3, 4, 5}, {0, 0, 0}, 0}}));
+    EXPECT_TRUE(mesh.used_materials.empty());
+    EXPECT_EQ(mesh.num_materials_referenced, 1u);
+}
+
+TEST(StlLoader, ReadsTextWithAnyLineEndsAndBlanks) {
+    for (const std::string end : {"\n", "\r", "\r\n", "\n\n \t"}) {
+        std::string text = "solid\n \tfacet  normal\t0 0 1" + end + "outer\tloop" + end;
+        for (int i = 0; i < 3; ++i)
+            text += "vertex 1 2 3  " + end;
+        Mesh mesh;
+        load(text + "endloop" + end + "endfacet" + end + "endsolid", mesh);
+        EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>(3, {1, 2, 3})));
+    }
+}
+
+TEST(StlLoader, IgnoresNormalsThatAreNoNumbers) {
+    Mesh mesh;
+    load("solid\nfacet normal\nouter loop\nvertex 0 0 0\nvertex 0 0 0\nvertex 0 0 0\nendloop\nendfacet\nendsolid",
+         mesh);
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+}
+
+TEST(StlLoader, ReadsAMissingCoordinateAsZero) {
+    Mesh mesh;
+    load("solid\nfacet normal 0 0 1\nouter loop\nvertex 1 2\nvertex 3\nvertex\nendloop\nendfacet\nendsolid", mesh);
+    EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{1, 2, 0}, {3, 0, 0}, {0, 0, 0}}));
+}
+
+TEST(StlLoader, NamesWhatItExpectedInAText) {
+    const auto expected = [](const char* keyword) { return "Invalid file, expected '" + std::string(keyword) + "'"; };
+    EXPECT_EQ(messageFor("solid"), "Invalid file, expected 'facet' or 'endsolid'");
+    EXPECT_EQ(messageFor("solid name\n\nfacet"), "Invalid file, expected 'facet' or 'endsolid'");
+    EXPECT_EQ(messageFor("solid\nfacets"), expected("endsolid"));
+    EXPECT_EQ(messageFor("solid\n" + facet), expected("endsolid"));
+    EXPECT_EQ(messageFor("solid\n" + facet + "endsolids"), expected("endsolid"));
+    EXPECT_EQ(messageFor("solid\nfacet\n normal"), expected("normal"));
+    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 x"), expected("outer"));
+    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer x"), expected("loop"));
+    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 x"), expected("vertex"));
+    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 vertex 0 0 0 x"),
+              expected("endloop"));
+    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 vertex 0 0 0 endloop x"),
+              expected("endfacet"));
+}
+
+TEST(StlLoader, KeepsTheTriangleOfAFacetThatBreaksOff) {
+    Mesh mesh;
+    EXPECT_THROW(load("solid\nfacet normal 0 0 1 outer loop vertex 1 2 3 x", mesh), Velmar::Exception);
+    EXPECT_EQ(mesh.triangles.size(), 1u);
+    EXPECT_EQ(mesh.verts.size(), 1u);
+}
+
+TEST(StlLoader, TakesABinaryFileThatBeginsWithSolidForText) {
+    std::string bytes = binary(1, 1).bytes;
+    bytes.replace(0, 5, "solid");
+    EXPECT_EQ(messageFor(bytes), "Invalid file, expected 'facet' or 'endsolid'");
+}
+
+TEST(StlLoader, SurvivesEveryCutOfAText) {
+    const std::string text = "solid s\n" + facet + "endsolid s";
+    for (std::size_t length = 0; length < text.size(); ++length) {
+        Mesh mesh;
+        try {
+            load(text.substr(0, length), mesh);
+        } catch (const Velmar::Exception&) {
+        }
+        EXPECT_LE(mesh.verts.size(), 3u);
+    }
+}
+
+TEST(StlLoader, PassesTheMappingsFailureOn) {
+    const TempDir dir;
+    const std::string path = dir.file("missing.stl");
+    Mesh mesh;
+    const std::string message = messageOf<Velmar::Exception>([&] { loadSTL(path, mesh, 1.0f); });
+    EXPECT_TRUE(message.starts_with("Failed to open file '" + path + "': ")) << message;
+}
+
+} // namespace
