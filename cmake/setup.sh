@@ -4,9 +4,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+# wine64-preloader: without it the system may put something where Wine needs memory of its own, and about one program in
+# a thousand doesn't start.
 packages=(
     g++ clang lld libclang-rt-14-dev clang-format clang-tidy cmake ninja-build python3 git # compilers and checks
-    g++-mingw-w64-x86-64-posix wine wine64 dpkg-dev                                        # the Windows build
+    g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
     libzstd-dev libxxhash-dev libdouble-conversion-dev libfast-float-dev                   # the library
     libcli11-dev                                                                           # the command line tool
     googletest libpugixml-dev libeigen3-dev                                                # the tests
@@ -49,8 +51,8 @@ fi
 
 # ---- dependencies from source packages --------------------------------------------------------------------------------------
 
-# A change of this file builds them anew.
-stamp="deps/made-by-$(sha256sum <cmake/setup.sh | cut -c1-16)"
+# A change of what follows builds them anew.
+stamp="deps/made-by-$(sed -n '/^# ---- dependencies/,$p' cmake/setup.sh | sha256sum | cut -c1-16)"
 if [ -e "$stamp" ]; then exit 0; fi
 
 mkdir -p deps
