@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Sdk.h"
+
+namespace Standin {
+
+/// Calls each of the sixteen operations of each node of the scene, runs every pass over it, and records what came of
+/// it.
+void walkScene(SceneNode& root);
+
+} // namespace Standin
