@@ -18,6 +18,9 @@ void LibraryObject::destroyObject(LibraryObject* object) {
 
 namespace {
 
+/// The first argument of an update that makes the host throw: its meshes look for paths that the pass doesn't know.
+constexpr int32_t update_with_unknown_paths = 404;
+
 #ifdef _MSC_VER
 #define ENDS_AS(Class, text)                                                                                           \
     ~Class() override {                                                                                                \
@@ -34,7 +37,7 @@ namespace {
 
 class VelmarInterface final : public LibraryObject {
   public:
-    ENDS_AS(VelmarInterface, "interface ended")
+    ENDS_AS(VelmarInterface, "interface ended"; endUnfinishedPass())
 
     virtual int32_t initialise(const String* sdk_dir, const String* appdata_dir) {
         Record() << "interface initialised in " << *sdk_dir << ", application data known " << (appdata_dir->size > 0);
@@ -68,6 +71,8 @@ class VelmarInterface final : public LibraryObject {
         return 110;
     }
     virtual uint64_t pause() {
+        // The render's thread counts the same node at this moment.
+        const Reference<SceneNode> held(*scene);
         Record() << "interface paused";
         return 0xF0000000000000FF;
     }
@@ -84,13 +89,23 @@ class VelmarInterface final : public LibraryObject {
                             const uint8_t* h) {
         Record() << "interface updated by " << a << ", " << b << ", " << c << ", " << static_cast<double>(d) << ", "
                  << e << ", " << f << ", " << g << ", " << uint32_t{*h};
+        if (a == update_with_unknown_paths) {
+            unfinished = (*scene)->createTraversalState(update_dependencies, "scene.xml", "scenes");
+            traverseChildren(*scene->ob, *unfinished);
+        }
         return 0x123456789ABCDEF0;
     }
 
   private:
+    void endUnfinishedPass() {
+        if (unfinished != nullptr) (*scene)->destroyTraversalState(unfinished);
+    }
+
     const Reference<SceneNode>* scene = nullptr;
     RenderBuffer* render_buffer = nullptr;
     RenderJob render;
+    /// The state of a pass that the host left by an exception. This library runs no destructors on the way.
+    TraversalState* unfinished = nullptr;
 };
 
 class ToneMapperObject final : public LibraryObject {

@@ -8,14 +8,6 @@ namespace {
 
 constexpr uint32_t metadata = 11;
 
-uint64_t hashOf(const String& text) {
-    uint64_t hash = 0xCBF29CE484222325;
-    for (uint64_t i = 0; i < text.size; ++i)
-        hash =
-            (hash ^ static_cast<uint64_t>(static_cast<int64_t>(static_cast<signed char>(text.e[i])))) * 0x100000001B3;
-    return hash;
-}
-
 } // namespace
 
 OwnNode::OwnNode() {

@@ -103,23 +103,27 @@ void useEachOperation(SceneNode& root, SceneNode& node, const HashTable<NodeEntr
         dependencies << " " << uids[i];
 }
 
-/// One pass as the library runs it: a state from the scene, one call for each child, the state given back.
-void runPass(SceneNode& root, TraversalKind kind, uint32_t uid_offset) {
+/// One pass as the library runs it: a state from the scene, one call for each child, the state given back. Returns the
+/// paths that the pass has gathered.
+Vector<String> runPass(SceneNode& root, TraversalKind kind, uint32_t uid_offset, const Vector<String>& known_paths) {
     TraversalState* const state = root.createTraversalState(kind, "scene.xml", "scenes");
     Record pass;
     pass << "  pass " << state->kind << " over " << state->scene_path << " in " << state->scene_dir << ", buckets "
          << state->visited_meshes.buckets.size << " and " << state->path_map.buckets.size << ", as paths "
          << state->mesh_dependencies_as_paths;
     state->uid_offset = uid_offset;
-    for (uint64_t i = 0; i < countChildren(root); ++i)
-        child(root, i).traverse(*state);
+    for (uint64_t i = 0; i < known_paths.size; ++i)
+        state->path_map.insert(hashOf(known_paths[i]), PathEntry{known_paths[i], known_paths[i]});
+    traverseChildren(root, *state);
     pass << ": depth " << state->depth << ", dependencies " << state->dependencies.size << ", bounds";
     for (const float bound : state->bounds_min)
         pass << " " << static_cast<double>(bound);
     pass << " to";
     for (const float bound : state->bounds_max)
         pass << " " << static_cast<double>(bound);
+    const Vector<String> gathered(state->dependencies);
     root.destroyTraversalState(state);
+    return gathered;
 }
 
 void recordUIDs(const SceneNode& root) {
@@ -141,7 +145,7 @@ void writeScene(const SceneNode& root) {
         child(root, i).writeXML(in_parts, 1, options);
     }
     in_parts.writeText("</scene>\n");
-    Record() << "  written in parts as as a whole " << (whole == in_parts);
+    Record() << "  the same child by child and as a whole " << (whole == in_parts);
     writeFile("walked.xml", whole.bytes.e, whole.bytes.size);
 }
 
@@ -159,14 +163,21 @@ void walkScene(SceneNode& root) {
     for (uint64_t i = 0; i < countChildren(root); ++i)
         useEachOperation(root, child(root, i), nodes);
 
-    const TraversalKind kinds[]{bind_references, get_dependencies, update_dependencies, load_meshes, get_bounds};
-    for (const TraversalKind kind : kinds)
-        runPass(root, kind, 0);
-    runPass(root, offset_uids, offset);
+    runPass(root, bind_references, 0, {});
+    const Vector<String> paths = runPass(root, get_dependencies, 0, {});
+    runPass(root, update_dependencies, 0, paths);
+    runPass(root, load_meshes, 0, {});
+    runPass(root, get_bounds, 0, {});
+    runPass(root, offset_uids, offset, {});
     recordUIDs(root);
-    runPass(root, offset_uids, uint32_t{0} - offset);
+    runPass(root, offset_uids, uint32_t{0} - offset, {});
     recordUIDs(root);
     writeScene(root);
+}
+
+void traverseChildren(SceneNode& root, TraversalState& state) {
+    for (uint64_t i = 0; i < countChildren(root); ++i)
+        child(root, i).traverse(state);
 }
 
 } // namespace Standin

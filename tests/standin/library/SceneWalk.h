@@ -8,4 +8,7 @@ namespace Standin {
 /// it.
 void walkScene(SceneNode& root);
 
+/// Takes each child through the pass of `state`.
+void traverseChildren(SceneNode& root, TraversalState& state);
+
 } // namespace Standin

@@ -124,6 +124,15 @@ class Vector {
     }
 };
 
+/// The hash of texts in the host's tables: FNV-1a over bytes taken as signed.
+inline uint64_t hashOf(const String& text) {
+    uint64_t hash = 0xCBF29CE484222325;
+    for (uint64_t i = 0; i < text.size; ++i)
+        hash =
+            (hash ^ static_cast<uint64_t>(static_cast<int64_t>(static_cast<signed char>(text.e[i])))) * 0x100000001B3;
+    return hash;
+}
+
 /// Four buckets, as the host makes them; more would do too.
 template <class Entry>
 struct HashTable {
@@ -322,6 +331,10 @@ class SceneNode : public RefCounted {
     UID uid = 0xFFFFFFFF;
     uint32_t change_flags = 0;
     uint32_t type = 0;
+#ifndef _MSC_VER
+    // Other compilers would put the first fields of derived classes here.
+    uint32_t tail_padding = 0;
+#endif
 };
 
 template <class T>
