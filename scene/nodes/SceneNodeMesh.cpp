@@ -2,6 +2,8 @@
 
 #include "velmarexceptions.h"
 
+#include "mesh/MeshCache.h"
+#include "mesh/MeshLoading.h"
 #include "mesh/VmmeshWriter.h"
 #include "scene/DependencyPaths.h"
 #include "scene/XMLPrimitives.h"
@@ -104,9 +106,28 @@ void SceneNodeMesh::traverse(TraversalState& state) {
     case TraversalKind::UpdateDependencies:
         path = mapDependencyPath(state.path_map, path);
         break;
+    case TraversalKind::LoadMeshes:
+        if (!mesh) loadMeshFile(state);
+        break;
     default:
         traverseOwnUID(state);
         break;
+    }
+}
+
+void SceneNodeMesh::loadMeshFile(TraversalState& state) {
+    try {
+        const std::string full_path = FileUtils::join(state.scene_dir.view(), path.view());
+        const BorrowedString key(full_path);
+        if (state.mesh_cache == nullptr) state.mesh_cache = new MeshCache;
+        mesh = state.mesh_cache->find(key, scale);
+        if (mesh) return;
+        // Held before it is loaded: a node whose file is bad isn't tried again by a later pass.
+        mesh = new Mesh;
+        loadMesh(full_path, *mesh, static_cast<float>(scale));
+        state.mesh_cache->insert(key, scale, mesh);
+    } catch (const Exception& exception) {
+        throw VelmarException(toVelmarString(exception.getMessage()));
     }
 }
 

@@ -44,6 +44,8 @@ class SceneNodeMesh final : public Destroyable<SceneNodeMesh, PlainSceneNode> {
     void writeSettings(OStream& stream, std::uint32_t depth) const;
     /// Returns the path of the mesh file, which is there afterwards.
     std::string writeMeshFile(const XMLWriteOptions& options) const;
+    /// Reads the file at `path`, unless this pass has read it already with the same scale.
+    void loadMeshFile(TraversalState& state);
 };
 
 } // namespace Velmar

@@ -243,3 +243,72 @@ TEST_F(SceneNodeMeshTest, OffsetsItsUid) {
     node->traverse(state);
     EXPECT_EQ(node->getUID(), 6u);
 }
+
+namespace {
+
+class MeshNodeLoading : public testing::Test {
+  protected:
+    MeshNodeLoading() { writeFileBytes(dir.file("a.obj"), "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"); }
+
+    Reference<SceneNodeMesh> load(const char* path, double scale = 1.0) {
+        Reference<SceneNodeMesh> node(new SceneNodeMesh);
+        node->path = path;
+        node->scale = scale;
+        node->traverse(state);
+        return node;
+    }
+
+    std::string failureOf(const Reference<SceneNodeMesh>& node) {
+        try {
+            node->traverse(state);
+        } catch (const VelmarException& exception) {
+            return toStdString(exception.getMessage());
+        }
+        return "";
+    }
+
+    const TempDir dir;
+    TraversalState state{TraversalKind::LoadMeshes, "", toVelmarString(dir.path())};
+};
+
+} // namespace
+
+TEST_F(MeshNodeLoading, ReadsTheFileBesideTheSceneWithTheNodesScale) {
+    const auto node = load("a.obj", 2.0);
+    ASSERT_TRUE(node->mesh);
+    ASSERT_EQ(node->mesh->verts.size(), 3u);
+    EXPECT_EQ(node->mesh->verts[1].x, 2.0f);
+}
+
+TEST_F(MeshNodeLoading, NodesOfOnePathAndScaleShareTheirMesh) {
+    const auto first = load("a.obj");
+    writeFileBytes(dir.file("a.obj"), "no longer read");
+    const auto second = load("a.obj");
+    EXPECT_EQ(second->mesh, first->mesh);
+    // Both nodes and the cache hold it.
+    EXPECT_EQ(first->mesh->getRefCount(), 3);
+}
+
+TEST_F(MeshNodeLoading, AnotherScaleIsAnotherMesh) {
+    const auto first = load("a.obj");
+    const auto second = load("a.obj", 3.0);
+    EXPECT_NE(second->mesh, first->mesh);
+    EXPECT_EQ(second->mesh->verts[1].x, 3.0f);
+}
+
+TEST_F(MeshNodeLoading, ANodeWithAMeshIsLeftAlone) {
+    const auto node = nodeWith(triangleMesh());
+    const Reference<Mesh> mesh = node->mesh;
+    node->path = "missing.obj";
+    node->traverse(state);
+    EXPECT_EQ(node->mesh, mesh);
+    EXPECT_EQ(state.mesh_cache, nullptr);
+}
+
+TEST_F(MeshNodeLoading, AFailedFileIsReportedOnceAndNotTriedAgain) {
+    Reference<SceneNodeMesh> node(new SceneNodeMesh);
+    node->path = "a.xyz";
+    EXPECT_EQ(failureOf(node), "Unsupported mesh format 'xyz'.");
+    EXPECT_TRUE(node->mesh);
+    EXPECT_EQ(failureOf(node), "");
+}
