@@ -73,6 +73,7 @@ class VelmarInterface final : public LibraryObject {
     virtual uint64_t pause() {
         // The render's thread counts the same node at this moment.
         const Reference<SceneNode> held(*scene);
+        render.look();
         Record() << "interface paused";
         return 0xF0000000000000FF;
     }

@@ -85,6 +85,14 @@ void RenderJob::start(const Reference<RenderBuffer>& buffer, const Reference<Sce
     thread = startThread(run, this);
 }
 
+uint64_t RenderJob::look() const {
+    if (thread == nullptr) return 0;
+    enterCriticalSection(&at<char>(*render_buffer, section_152));
+    const uint64_t done = at<uint64_t>(*render_buffer, passes_done);
+    leaveCriticalSection(&at<char>(*render_buffer, section_152));
+    return done;
+}
+
 void RenderJob::stop() {
     if (thread == nullptr) return;
     joinThread(thread);

@@ -8,6 +8,8 @@ namespace Standin {
 class RenderJob {
   public:
     void start(const Reference<RenderBuffer>& buffer, const Reference<SceneNode>& scene);
+    /// Takes the lock as the thread does, and sees what it has done so far.
+    uint64_t look() const;
     /// Waits for the thread and records what it left in the image store.
     void stop();
 
