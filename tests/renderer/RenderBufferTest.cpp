@@ -9,6 +9,7 @@
 #include "tests/support/Throws.h"
 #include "utils/PlatformUtils.h"
 
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,13 +30,18 @@ class LayerNode final : public Destroyable<LayerNode, PlainSceneNode> {
         return new (static_cast<void*>(result)) Reference<SceneNode>();
     }
     void writeXML(OStream&, std::uint32_t, const XMLWriteOptions&) const override {}
-    std::uint32_t getMaxLayerIndex() const override { return layer; }
+    std::uint32_t getMaxLayerIndex() const override {
+        if (failure) failure();
+        return layer;
+    }
     void getMaterialMaskNames(MaskNameMap& map) const override {
         map.insert(material_mask, static_cast<std::uint32_t>(map.size()));
     }
     void getModelMaskNames(MaskNameMap& map) const override {
         map.insert(object_mask, static_cast<std::uint32_t>(map.size()));
     }
+
+    std::function<void()> failure;
 
   private:
     std::uint32_t layer;
@@ -67,6 +73,14 @@ class RenderBuffers : public testing::Test {
         return names;
     }
 
+    /// What comes of it when the construction runs into `failure`.
+    std::string messageAfter(std::function<void()> failure) {
+        auto* const node = new LayerNode(0, "m", "o");
+        node->failure = std::move(failure);
+        scene->addChildNode(Reference<SceneNode>(node));
+        return messageOf<VelmarException>([&] { make(); });
+    }
+
     SceneNodeRenderSettings* settings = new SceneNodeRenderSettings;
     Reference<SceneNodeRoot> scene{new SceneNodeRoot};
     Reference<RenderBuffer> buffer;
@@ -79,6 +93,15 @@ TEST_F(RenderBuffers, SceneWithoutSettingsIsRefused) {
     EXPECT_EQ(messageOf<VelmarException>([&] { const Reference<RenderBuffer> made(new RenderBuffer(empty)); }),
               "no render settings node found.");
     EXPECT_EQ(empty->getRefCount(), 1);
+}
+
+TEST_F(RenderBuffers, ExhaustedMemoryIsToldAsSuch) {
+    EXPECT_EQ(messageAfter([] { throw BadAlloc(); }),
+              "Error while allocating image buffer: memory allocation failure.");
+}
+
+TEST_F(RenderBuffers, ExceptionBecomesAVelmarExceptionThatTellsWhere) {
+    EXPECT_EQ(messageAfter([] { throw Exception("no room"); }), "Error while allocating image buffer: no room");
 }
 
 TEST_F(RenderBuffers, UsualMarginIsFourPixelsOfTheFinishedImage) {

@@ -301,3 +301,11 @@ TEST_F(RenderingDeathTest, LibraryThatMakesNoInterfaceEndsTheProcess) {
     EXPECT_EQ(VelmarContext_Initialize(unused), 0);
     VelmarContext_Delete(unused);
 }
+
+TEST_F(RenderingDeathTest, ContextThatWasNotInitializedEndsTheProcess) {
+    EXPECT_DEATH(VelmarRenderer_Create(VelmarContext_Create()), "");
+    folder.install("good");
+    VelmarContext* const unused = VelmarContext_Create();
+    EXPECT_EQ(VelmarContext_Initialize(unused), 0);
+    VelmarContext_Delete(unused);
+}
