@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <string>
 

@@ -1,0 +1,205 @@
+#include "scene/nodes/SceneNodeModel.h"
+
+#include "scene/DependencyPaths.h"
+#include "scene/XMLPrimitives.h"
+#include "scene/nodes/WorldBounds.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Velmar {
+
+static_assert(offsetof(SceneNodeModel, keyframes) == 96);
+static_assert(offsetof(SceneNodeModel, rotation) == 120);
+static_assert(offsetof(SceneNodeModel, scale) == 128);
+static_assert(offsetof(SceneNodeModel, invisible_to_camera) == 136);
+static_assert(offsetof(SceneNodeModel, ies_profiles) == 144);
+static_assert(offsetof(SceneNodeModel, mask_name) == 168);
+static_assert(offsetof(SceneNodeModel, geometry_uid) == 208);
+static_assert(offsetof(SceneNodeModel, geometry) == 216);
+static_assert(offsetof(SceneNodeModel, materials) == 224);
+static_assert(offsetof(SceneNodeModel, material_uids) == 248);
+static_assert(offsetof(SceneNodeModel, emission_scales) == 272);
+static_assert(sizeof(SceneNodeModel) == 296);
+
+namespace {
+
+template <class Record>
+Vector<Reference<Record>> copiesOf(const Vector<Reference<Record>>& records) {
+    Vector<Reference<Record>> copies;
+    copies.reserve(records.size());
+    for (const Reference<Record>& record : records)
+        copies.push_back(record ? record->copy() : Reference<Record>());
+    return copies;
+}
+
+bool areEqual(const Reference<EmissionScale>& a, const Reference<EmissionScale>& b) {
+    if (!a || !b) return a == b;
+    if (a->measure != b->measure || a->value != b->value) return false;
+    if (!a->material) return a->material_uid == b->material_uid;
+    return b->material && a->material->getUID() == b->material->getUID();
+}
+
+bool areEqual(const Reference<SceneNodeMaterial>& a, const Reference<SceneNodeMaterial>& b) {
+    if (!a || !b) return a == b;
+    return a->isEqual(b.getPointer());
+}
+
+bool areEqual(const Reference<SceneNode>& a, const Reference<SceneNode>& b) {
+    if (!a || !b) return a == b;
+    return SceneNode::isEqualTree(*a, *b);
+}
+
+template <class T>
+bool areEqual(const Vector<Reference<T>>& a, const Vector<Reference<T>>& b) {
+    return std::ranges::equal(a, b, [](const auto& x, const auto& y) { return areEqual(x, y); });
+}
+
+} // namespace
+
+SceneNodeModel::SceneNodeModel() : Destroyable(NodeType::Object) {
+    name = "Model";
+}
+
+void SceneNodeModel::setGeometry(const Reference<SceneNode>& node) {
+    geometry = node;
+    geometry_uid = geometry->getUID();
+}
+
+void SceneNodeModel::setMaterials(const Vector<Reference<SceneNodeMaterial>>& nodes) {
+    materials = nodes;
+}
+
+Reference<SceneNode>* SceneNodeModel::cloneInto(Reference<SceneNode>* result) const {
+    const Reference<SceneNodeModel> copy(new SceneNodeModel);
+    copyBaseFields(*this, *copy);
+    copy->geometry_uid = geometry_uid;
+    copy->geometry = geometry;
+    copy->keyframes = keyframes;
+    copy->rotation = rotation->clone();
+    copy->scale = scale;
+    copy->ies_profiles = copiesOf(ies_profiles);
+    copy->emission_scales = copiesOf(emission_scales);
+    copy->materials = materials;
+    copy->material_uids = material_uids;
+    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+}
+
+void SceneNodeModel::updateNodeReferences(const NodeUIDMap& map) {
+    for (Reference<SceneNodeMaterial>& material : materials) {
+        if (!material) continue;
+        SceneNode* const* const found = map.find(material->getUID());
+        if (found != nullptr && *found != nullptr && (*found)->getType() == NodeType::Material)
+            material = static_cast<SceneNodeMaterial*>(*found);
+    }
+}
+
+void SceneNodeModel::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    writeOpenTag(stream, depth, "model2");
+    writeNodeIdentity(stream, depth + 1, *this);
+    writeUInt32Element(stream, depth + 1, "geometry_uid", currentGeometryUID());
+    if (scale != 1.0) writeDoubleElement(stream, depth + 1, "scale", scale);
+    if (invisible_to_camera) writeBoolElement(stream, depth + 1, "invisible_to_camera", true);
+    if (!rotation->isIdentity()) {
+        writeOpenTag(stream, depth + 1, "rotation");
+        rotation->writeXML(stream, depth + 2);
+        writeCloseTag(stream, depth + 1, "rotation");
+    }
+    writePath(stream, depth + 1);
+    // Written even when empty: readers rely on the element.
+    writeOpenTag(stream, depth + 1, "materials");
+    for (const Reference<SceneNodeMaterial>& material : materials)
+        writeUInt32Element(stream, depth + 2, "uid", material ? material->getUID() : invalid_uid);
+    writeCloseTag(stream, depth + 1, "materials");
+    for (const Reference<IESProfile>& profile : ies_profiles)
+        if (profile) profile->writeXML(stream, depth + 1, options);
+    for (const Reference<EmissionScale>& emission_scale : emission_scales)
+        if (emission_scale) emission_scale->writeXML(stream, depth + 1);
+    if (!mask_name.empty()) writeStringElement(stream, depth + 1, "mask_name", mask_name);
+    writeCloseTag(stream, depth, "model2");
+}
+
+/// A single frame that does nothing but place the model is a bare position. Without frames there is nothing to write.
+void SceneNodeModel::writePath(OStream& stream, std::uint32_t depth) const {
+    if (keyframes.size() == 1) {
+        const KeyFrame& only = keyframes[0];
+        if (only.time == 0.0 && only.angle == 0.0 && only.hasIdentityS()) {
+            writeVec3Element(stream, depth, "pos", only.pos);
+            return;
+        }
+    }
+    for (const KeyFrame& frame : keyframes)
+        writeKeyFrame(frame, stream, depth);
+}
+
+void SceneNodeModel::traverse(TraversalState& state) {
+    switch (state.kind) {
+    case TraversalKind::BindReferences:
+        bindReferences();
+        break;
+    case TraversalKind::GetDependencies:
+        getDependencies(state);
+        break;
+    case TraversalKind::UpdateDependencies:
+        updateDependencies(state);
+        break;
+    case TraversalKind::GetBounds:
+        widenBounds(state, getWorldBounds());
+        break;
+    case TraversalKind::OffsetUIDs:
+        offsetUIDs(state);
+        break;
+    default:
+        break;
+    }
+}
+
+void SceneNodeModel::getDependencies(TraversalState& state) {
+    // Many models share a mesh, which is to report its files once in a pass.
+    if (geometry && state.visited_meshes.find(geometry->getUID()) == nullptr) {
+        geometry->traverse(state);
+        state.visited_meshes.insert(geometry->getUID(), true);
+    }
+    for (const Reference<IESProfile>& profile : ies_profiles)
+        if (profile) state.dependencies.push_back(profile->path);
+    for (const Reference<SceneNodeMaterial>& material : materials)
+        if (material) material->traverse(state);
+}
+
+void SceneNodeModel::updateDependencies(TraversalState& state) {
+    for (const Reference<IESProfile>& profile : ies_profiles)
+        if (profile) profile->path = mapDependencyPath(state.path_map, profile->path);
+}
+
+void SceneNodeModel::offsetUIDs(const TraversalState& state) {
+    traverseOwnUID(state);
+    geometry_uid = offsetUID(geometry_uid, state.uid_offset);
+    for (UID& material_uid : material_uids)
+        material_uid = offsetUID(material_uid, state.uid_offset);
+}
+
+void SceneNodeModel::getModelMaskNames(MaskNameMap& map) const {
+    if (mask_name.empty() || map.find(mask_name) != nullptr) return;
+    map.insert(mask_name, static_cast<std::uint32_t>(map.size()));
+}
+
+UID SceneNodeModel::currentGeometryUID() const {
+    return geometry ? geometry->getUID() : geometry_uid;
+}
+
+Vector<UID>* SceneNodeModel::getDependencyUIDsInto(Vector<UID>* result) const {
+    Vector<UID> uids;
+    uids.push_back(currentGeometryUID());
+    for (const Reference<SceneNodeMaterial>& material : materials)
+        if (material) uids.push_back(material->getUID());
+    return new (static_cast<void*>(result)) Vector<UID>(uids);
+}
+
+bool SceneNodeModel::isEqual(const SceneNode* other) const {
+    if (!isBaseEqual(*other) || other->getType() != NodeType::Object) return false;
+    const auto& node = static_cast<const SceneNodeModel&>(*other);
+    return areEqual(geometry, node.geometry) && std::ranges::equal(keyframes, node.keyframes) && scale == node.scale &&
+           areEqual(emission_scales, node.emission_scales) && areEqual(materials, node.materials);
+}
+
+} // namespace Velmar
