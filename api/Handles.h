@@ -7,10 +7,13 @@
 #include "renderer/Renderer.h"
 #include "renderer/VelmarContext.h"
 #include "scene/SceneNode.h"
+#include "scene/SceneNodeMaterial.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/SceneNodeTonemapping.h"
+#include "scene/nodes/SceneNodeBackgroundSettings.h"
 #include "scene/nodes/SceneNodeCamera.h"
 #include "scene/nodes/SceneNodeMesh.h"
+#include "scene/nodes/SceneNodeModel.h"
 #include "scene/nodes/SceneNodeRenderSettings.h"
 
 #include <cstddef>
@@ -49,6 +52,22 @@ struct ObjectOf<VelmarCamera> {
 template <>
 struct ObjectOf<VelmarRenderSettings> {
     using Type = SceneNodeRenderSettings;
+};
+template <>
+struct ObjectOf<VelmarMaterialNode> {
+    using Type = SceneNodeMaterial;
+};
+template <>
+struct ObjectOf<VelmarMaterial> {
+    using Type = Material;
+};
+template <>
+struct ObjectOf<VelmarBackground> {
+    using Type = SceneNodeBackgroundSettings;
+};
+template <>
+struct ObjectOf<VelmarModel> {
+    using Type = SceneNodeModel;
 };
 
 template <class Handle>

@@ -17,9 +17,13 @@
  * Threads. A scene is built, changed and written by one thread at a time; different scenes are independent.
  */
 
+#include "velmarapi/background.h"
 #include "velmarapi/camera.h"
 #include "velmarapi/context.h"
+#include "velmarapi/creators.h"
+#include "velmarapi/material.h"
 #include "velmarapi/mesh.h"
+#include "velmarapi/model.h"
 #include "velmarapi/renderer.h"
 #include "velmarapi/rendersettings.h"
 #include "velmarapi/scene.h"

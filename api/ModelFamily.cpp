@@ -1,0 +1,40 @@
+#include "api/Handles.h"
+#include "api/NewObject.h"
+#include "scene/MatrixRotation.h"
+
+#include <algorithm>
+#include <iostream>
+#include <string>
+
+using namespace Velmar;
+
+VelmarModel* VelmarModel_Create(const char* name, VelmarMesh* geometry) {
+    NewObject<SceneNodeModel> model(new SceneNodeModel);
+    model->setName(String(name));
+    model->setGeometry(Reference<SceneNode>(fromHandle(geometry)));
+    model->rotation = new MatrixRotation;
+    model->keyframes.push_back(KeyFrame());
+    return toHandle<VelmarModel>(model.release());
+}
+
+void VelmarModel_SetMaterials(VelmarModel* model, int32_t count, VelmarMaterialNode** materials) {
+    // A text, because a host's locale may group the digits of numbers.
+    std::cout << "Num materials: " << std::to_string(count) << std::endl;
+    Vector<Reference<SceneNodeMaterial>> nodes;
+    for (int32_t i = 0; i < count; ++i)
+        nodes.push_back(Reference<SceneNodeMaterial>(fromHandle(materials[i])));
+    fromHandle(model)->setMaterials(nodes);
+}
+
+void VelmarModel_SetTransformation(VelmarModel* model, const float* rotation, const float* position, int32_t index) {
+    double values[9];
+    std::copy_n(rotation, 9, values);
+    const Reference<Rotation> matrix(new MatrixRotation(values));
+
+    SceneNodeModel& node = *fromHandle(model);
+    const auto key_frame = static_cast<std::uint64_t>(std::int64_t{index});
+    // A positive index past the end is left to the checked access to report.
+    if (index > 0 || key_frame < node.keyframes.size())
+        node.keyframes[key_frame].pos = {position[0], position[1], position[2]};
+    node.rotation = matrix;
+}

@@ -1,0 +1,48 @@
+#include "api/Handles.h"
+
+#include <cstddef>
+#include <fstream>
+#include <locale>
+
+using namespace Velmar;
+
+namespace {
+
+template <std::size_t count>
+void writeIndices(std::ofstream& file, const char* indent, const std::uint32_t (&indices)[count]) {
+    file << indent;
+    for (const std::uint32_t index : indices)
+        file << index << ' ';
+    file << '\n';
+}
+
+template <class Face>
+void writeFaces(std::ofstream& file, const char* header, const Vector<Face>& faces) {
+    file << header << '\n';
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        writeIndices(file, "  ", faces[i].vertex_indices);
+        writeIndices(file, "     ", faces[i].uv_indices);
+    }
+}
+
+} // namespace
+
+void velmar_write_mesh_to_file(VelmarMesh* node, const char* path) {
+    const SceneNodeMesh& mesh_node = *fromHandle(node);
+    const Reference<Mesh> mesh(mesh_node.mesh);
+    const Mesh& data = *mesh;
+
+    std::ofstream file;
+    // Numbers are the same whatever locale the host has set.
+    file.imbue(std::locale::classic());
+    file.open(path);
+    file << mesh_node.getName().view() << '\n';
+    file << "vertices\n";
+    for (std::size_t i = 0; i < data.verts.size(); ++i)
+        file << "  " << data.verts[i].x << ' ' << data.verts[i].y << ' ' << data.verts[i].z << '\n';
+    file << "uv pairs\n";
+    for (std::size_t i = 0; i < data.uv_pairs.size(); ++i)
+        file << "  " << data.uv_pairs[i].x << ' ' << data.uv_pairs[i].y << '\n';
+    writeFaces(file, "triangles", data.triangles);
+    writeFaces(file, "quads", data.quads);
+}
