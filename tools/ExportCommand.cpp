@@ -1,5 +1,6 @@
 #include "tools/Command.h"
 #include "tools/Failure.h"
+#include "tools/MeshHandover.h"
 #include "tools/MeshInput.h"
 #include "tools/OutputFile.h"
 #include "tools/Progress.h"
@@ -9,6 +10,7 @@
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -24,6 +26,8 @@ namespace {
 struct Options {
     std::vector<std::string> paths;
     SceneSettings scene;
+    std::string up = "auto";
+    bool no_ground = false;
     float scale = 1.0F;
     bool quiet = false;
 };
@@ -43,17 +47,28 @@ struct Report {
     std::uint64_t document_size = 0;
 };
 
+/// What the exported functions can't say must not be lost without a word.
+void requireUsable(const std::string& path, const Mesh& mesh) {
+    if (mesh.triangles.empty() && mesh.quads.empty()) throw Failure(path + ": holds no faces");
+    const std::string fault = findFaultyFace(mesh);
+    if (!fault.empty()) throw Failure(path + ": " + fault);
+    if (!hasDistinctNames(mesh)) throw Failure(path + ": two materials have one name");
+    const Velmar::Vec3f& low = mesh.aabb_min;
+    const Velmar::Vec3f& high = mesh.aabb_max;
+    for (const float bound : {low.x, low.y, low.z, high.x, high.y, high.z})
+        if (!std::isfinite(bound)) throw Failure(path + ": a vertex isn't finite");
+}
+
 InputModel readModel(const std::string& path, const Options& options) {
     InputModel model;
     model.name = Text::fileStem(path);
     model.mesh = readMesh(path, options.scale);
-    model.y_up = getFormat(path) == "obj";
-    Mesh& mesh = *model.mesh;
-    if (mesh.triangles.empty() && mesh.quads.empty()) throw Failure(path + ": holds no faces");
-    const std::string fault = findFaultyFace(mesh);
-    if (!fault.empty()) throw Failure(path + ": " + fault);
-    model.smooth_normals = !mesh.normals.empty();
-    keepWhatHostsCanGive(mesh);
+    requireUsable(path, *model.mesh);
+    model.colours = readMaterialColours(path);
+    // Programs that write OBJ files mostly turn the height to y.
+    model.y_up = options.up == "y" || (options.up == "auto" && getFormat(path) == "obj");
+    model.smooth_normals = !model.mesh->normals.empty();
+    keepWhatHostsCanGive(*model.mesh);
     return model;
 }
 
@@ -65,8 +80,7 @@ std::string describe(const std::string& path, const Mesh& mesh) {
 }
 
 /// Where the library puts the file of a mesh.
-MeshFile locateMeshFile(const std::string& document, const Mesh& mesh) {
-    const std::uint64_t checksum = mesh.checksum();
+MeshFile locateMeshFile(const std::string& document, std::uint64_t checksum) {
     return {FileUtils::removeExtension(document) + "_meshes/mesh_" + std::to_string(checksum) + ".vmmesh", checksum};
 }
 
@@ -129,10 +143,10 @@ Report makeScene(const Options& options, const std::string& scene_path) {
 
     progress.show(step(steps) + "writing " + Text::fileName(scene_path));
     const std::string document = enterDirectoryOf(output.getPartialPath());
-    for (const InputModel& model : models)
-        report.mesh_files.push_back(locateMeshFile(document, *model.mesh));
     try {
         const SceneBuilder scene(std::move(models), options.scene);
+        for (const std::uint64_t checksum : scene.getMeshChecksums())
+            report.mesh_files.push_back(locateMeshFile(document, checksum));
         writeScene(scene, document, report.mesh_files);
         for (const MeshFile& file : report.mesh_files)
             report.mesh_file_sizes.push_back(MappedFile(file.path).getSize());
@@ -162,25 +176,98 @@ void exportScene(Options options) {
     options.paths.pop_back();
     // Also keeps a forgotten scene from costing the last model.
     if (getFormat(scene_path) != "xml") throw UsageError(scene_path + ": the scene must end in .xml");
+    options.scene.ground = !options.no_ground;
     const Report report = makeScene(options, scene_path);
     if (!options.quiet) print(report, scene_path);
+}
+
+/// An option of one value, with its default in the help.
+template <class Value>
+CLI::Option* addOption(CLI::App& app, const char* name, Value& value, const char* type, const char* description) {
+    return app.add_option(name, value, description)->type_name(type)->capture_default_str();
+}
+
+/// An option that takes one of a few words.
+void addChoice(CLI::App& app, const char* name, std::string& value, const std::vector<std::string>& words,
+               const char* description) {
+    std::string type;
+    for (const std::string& word : words)
+        type += (type.empty() ? "" : "|") + word;
+    addOption(app, name, value, type.c_str(), description)->check(CLI::IsMember(words).description(""));
+}
+
+/// A range without words of its own in the help.
+CLI::Validator inRange(double low, double high) {
+    return CLI::Range(low, high).description("");
+}
+
+void addModelOptions(CLI::App& app, Options& options) {
+    app.option_defaults()->group("Models");
+    addOption(app, "--scale", options.scale, "FACTOR",
+              "Multiplies all positions, except those of vmmesh files. The scene is in metres.");
+    addChoice(app, "--up", options.up, {"auto", "y", "z"},
+              "Which axis of the models is their height; auto takes y for .obj and z for the others.");
+    app.add_flag("--no-ground", options.no_ground, "Leave out the ground plane below the models.");
+}
+
+void addCameraOptions(CLI::App& app, SceneSettings& scene) {
+    app.option_defaults()->group("Camera");
+    addOption(app, "--azimuth", scene.azimuth, "DEGREES",
+              "Where the camera stands around the models: 0 in front, 90 to the right.")
+        ->check(inRange(-360, 360));
+    addOption(app, "--elevation", scene.elevation, "DEGREES", "How high above the horizon it stands.")
+        ->check(inRange(-89, 89));
+    addOption(app, "--fov", scene.fov, "DEGREES",
+              "Field of view across the width. The camera moves back as far as it must.")
+        ->check(inRange(1, 170));
+}
+
+void addLightOptions(CLI::App& app, SceneSettings& scene) {
+    app.option_defaults()->group("Light");
+    addChoice(app, "--light", scene.light, {"sunsky", "uniform", "none"}, "What lights the scene.");
+    app.add_option("--sun", scene.sun, "Direction towards the sun: three numbers with commas between. (-1,-1,1)")
+        ->type_name("X,Y,Z")
+        ->delimiter(',')
+        ->expected(3)
+        ->check(inRange(-1e9, 1e9));
+    addOption(app, "--light-strength", scene.light_strength, "FACTOR", "Of the uniform light.")
+        ->check(inRange(0, 1e12));
+}
+
+void addImageOptions(CLI::App& app, SceneSettings& scene) {
+    app.option_defaults()->group("Image");
+    constexpr double max_size = 1000000;
+    addOption(app, "--width", scene.width, "PIXELS", "Width of the image.")->check(inRange(1, max_size));
+    addOption(app, "--height", scene.height, "PIXELS", "Height of the image.")->check(inRange(1, max_size));
+    addOption(app, "--samples", scene.halt_samples, "N", "Stop at so many samples per pixel; 0 for no such limit.")
+        ->check(inRange(0, 1e9));
+    addOption(app, "--time", scene.halt_time, "SECONDS", "Stop after so long; 0 for no such limit.")
+        ->check(inRange(0, 1e9));
+    addChoice(app, "--tone-mapping", scene.tone_mapping, {"linear", "reinhard", "camera", "filmic"},
+              "How light becomes an image.");
+    addOption(app, "--brightness", scene.brightness, "FACTOR", "Brightens the image, or below 1 darkens it.")
+        ->check(inRange(1e-9, 1e9));
 }
 
 } // namespace
 
 Command addExportCommand(CLI::App& tool) {
-    CLI::App* const app = tool.add_subcommand("export", "Makes a scene of mesh files.");
+    CLI::App* const app =
+        tool.add_subcommand("export", "Makes a complete scene of mesh files, with camera, light and settings.");
     const auto options = std::make_shared<Options>();
     app->add_option("MODEL... SCENE.xml", options->paths,
                     "Mesh files (.obj, .ply, .stl, .vmmesh), then the scene to write. What stands there is replaced.")
         ->required()
         ->expected(2, CLI::detail::expected_max_vector_size);
-    app->add_option("--scale", options->scale,
-                    "Multiplies all positions, except those of vmmesh files. The scene is in metres.")
-        ->type_name("FACTOR")
-        ->capture_default_str();
+    addModelOptions(*app, *options);
+    addCameraOptions(*app, options->scene);
+    addLightOptions(*app, options->scene);
+    addImageOptions(*app, options->scene);
+    app->option_defaults()->group("Options");
     app->add_flag("-q,--quiet", options->quiet, "Print nothing on success, and no progress");
     app->footer(
+        "Materials take their diffuse colour from the .mtl files that an .obj file names, else they are light grey. "
+
         "Beside the scene, the folder SCENE_meshes gets the meshes. Scenes hold no vertex normals: a model that "
         "brings some is marked for smooth shading. Exit codes: 0 done, 1 failed, 2 wrong usage.");
     return {app, [options] { exportScene(*options); }};

@@ -39,7 +39,7 @@ Failure makeFailureOf(const std::string& path) {
     std::string message = getCurrentMessage();
     const std::string inner_path = FileUtils::toBackslashes(path);
     // The mesh readers name the file so, and leave the quotation open.
-    const std::string opening = "Error while reading mesh '" + inner_path + ": ";
+    const std::string opening = "Error while reading mesh '" + path + ": ";
     if (message.starts_with(opening)) message.erase(0, opening.size());
     const bool named = message.find(path) != std::string::npos || message.find(inner_path) != std::string::npos;
     return Failure(named ? message : path + ": " + message);

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <set>
+#include <string_view>
 #include <vector>
 
 using Velmar::Mesh;
@@ -60,6 +62,13 @@ void keepWhatHostsCanGive(Mesh& mesh) {
     mesh.normals.clear();
     mesh.uv_layout = 0;
     if (mesh.num_uv_mappings == 0) mesh.uv_pairs.clear();
+}
+
+bool hasDistinctNames(const Mesh& mesh) {
+    std::set<std::string_view> names;
+    for (const Velmar::String& name : mesh.used_materials)
+        if (name.view().find('\0') != std::string_view::npos || !names.insert(name.view()).second) return false;
+    return true;
 }
 
 VelmarMesh* handOverMesh(const Mesh& mesh, const std::string& name, bool smooth_normals) {

@@ -1,7 +1,7 @@
 #include "tools/MeshInput.h"
 
+#include "mesh/MeshLoading.h"
 #include "mesh/MtlLoader.h"
-#include "mesh/ObjLoader.h"
 #include "mesh/VmmeshReader.h"
 #include "tools/Failure.h"
 #include "utils/FileUtils.h"
@@ -44,16 +44,20 @@ std::string findFault(const Velmar::Vector<Face>& faces, std::string_view kind, 
     return {};
 }
 
-void load(const std::string& path, Mesh& mesh, float scale) {
-    const std::string format = getFormat(path);
-    if (format == "vmmesh") {
-        Velmar::readFromFile(Velmar::String(path), mesh);
-    } else if (format == "obj") {
-        Velmar::MTLLibrary unused;
-        Velmar::loadOBJ(path, mesh, scale, false, unused);
-    } else {
-        throw Failure(path + ": Unsupported mesh format '" + format + "'.");
+/// The paths in the lines "mtllib NAME", as seen from where the file is.
+std::vector<std::string> findMaterialLibraries(const std::string& path) {
+    std::vector<std::string> libraries;
+    const MappedFile file(path);
+    const std::string_view text = file.getText();
+    constexpr std::string_view keyword = "mtllib";
+    for (std::size_t at = text.find(keyword); at != std::string_view::npos; at = text.find(keyword, at + 1)) {
+        if (at != 0 && text[at - 1] != '\n' && text[at - 1] != '\r') continue;
+        const std::size_t begin = text.find_first_not_of(" \t", at + keyword.size());
+        if (begin == std::string_view::npos || begin == at + keyword.size()) continue;
+        const std::string_view name = text.substr(begin, text.find_first_of(" \t\r\n", begin) - begin);
+        if (!name.empty()) libraries.push_back(FileUtils::join(FileUtils::getDirectory(path), name));
     }
+    return libraries;
 }
 
 } // namespace
@@ -61,11 +65,28 @@ void load(const std::string& path, Mesh& mesh, float scale) {
 Reference<Mesh> readMesh(const std::string& path, float scale) {
     Reference<Mesh> mesh(new Mesh);
     try {
-        load(path, *mesh, scale);
+        Velmar::loadMesh(path, *mesh, scale);
     } catch (...) {
         throw makeFailureOf(path);
     }
     return mesh;
+}
+
+std::vector<MaterialColour> readMaterialColours(const std::string& path) {
+    std::vector<MaterialColour> colours;
+    if (getFormat(path) != "obj") return colours;
+    for (const std::string& library_path : findMaterialLibraries(path)) {
+        if (!FileUtils::fileExists(library_path)) continue;
+        Velmar::MTLLibrary library;
+        try {
+            Velmar::loadMTL(library_path, library);
+        } catch (...) {
+            throw makeFailureOf(library_path);
+        }
+        for (const Velmar::MTLMaterial& material : library.materials)
+            colours.push_back({material.name, material.Kd});
+    }
+    return colours;
 }
 
 VmmeshHeader readVmmeshHeader(const std::string& path) {

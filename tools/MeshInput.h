@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 /// What the first bytes of a vmmesh file tell.
 struct VmmeshHeader {
@@ -16,6 +17,16 @@ struct VmmeshHeader {
 /// Reads a mesh file of any format that the library knows, by its extension. The positions of text formats are
 /// multiplied by `scale`. Throws `Failure` that names the file, the line where there is one, and the reason.
 Velmar::Reference<Velmar::Mesh> readMesh(const std::string& path, float scale);
+
+/// A diffuse colour that a material library gives a material.
+struct MaterialColour {
+    std::string name;
+    Velmar::Vec3f colour;
+};
+
+/// The colours in the material libraries that an OBJ file names, as far as they are there; none for other formats.
+/// Throws `Failure` that names the library, the line and the reason.
+std::vector<MaterialColour> readMaterialColours(const std::string& path);
 
 /// The header of a vmmesh file that `readMesh` has read.
 VmmeshHeader readVmmeshHeader(const std::string& path);

@@ -2,15 +2,15 @@
 
 Usage: velmar_test.py TOOL EMULATOR [unittest options]; EMULATOR is empty where the tool runs by itself.
 """
-import os
+import math
 import pathlib
 import re
-import stat
 import struct
 import subprocess
 import sys
 import tempfile
 import unittest
+import xml.etree.ElementTree
 
 TOOL, EMULATOR = sys.argv[1:3]
 COMMAND = [EMULATOR, TOOL] if EMULATOR else [TOOL]
@@ -154,6 +154,24 @@ checksum   {checksum}
         rest = [self.run_tool("info", name)[1].split("\n", 2)[2] for name in ("square.obj", "packed.vmmesh")]
         self.assertEqual(rest[0], rest[1])
 
+    def test_ply_and_stl_files(self):
+        self.write("a.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\n"
+                            "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n"
+                            "0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n")
+        self.write("a.stl", "solid a\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
+                            "endloop\nendfacet\nendsolid a\n")
+        for name, kind in (("a.ply", "PLY"), ("a.stl", "STL")):
+            code, output, errors = self.run_tool("info", name)
+            self.assertEqual((code, errors), (0, ""))
+            self.assertIn(f"kind       {kind}\nvertices   3\n", output)
+            self.assertIn("triangles  1\n", output)
+            self.assertEqual(self.run_tool("export", name, "scene.xml")[::2], (0, ""))
+
+    def test_a_broken_mesh_file_is_named_once_wherever_it_lies(self):
+        (self.folder / "sub").mkdir()
+        self.write("sub/cut.vmmesh", b"oCS\0")
+        self.expect_failure(["info", "sub/cut.vmmesh"], r"velmar: sub/cut\.vmmesh: Read failed\.")
+
     def test_an_empty_mesh_has_no_bounds(self):
         self.write("empty.obj", "")
         self.assertIn("bounds     none\n", self.run_tool("info", "empty.obj")[1])
@@ -231,8 +249,12 @@ class Convert(ToolTest):
 
 
 class Export(ToolTest):
+    def export(self, *arguments):
+        """Without the ground, which would add a mesh file to each scene."""
+        return self.run_tool("export", "--no-ground", *arguments)
+
     def test_tells_what_was_read_and_written(self):
-        code, output, errors = self.run_tool("export", "square.obj", "triangle.obj", "scene.xml")
+        code, output, errors = self.export("square.obj", "triangle.obj", "scene.xml")
         self.assertEqual((code, errors), (0, ""))
         self.assertRegex(output, r"""\Asquare\.obj: 8 vertices, 2 triangles, 1 quad, 2 materials
 triangle\.obj: 3 vertices, 1 triangle, 0 quads, 1 material
@@ -246,7 +268,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         self.assertIn("scene.xml", self.files())
 
     def test_the_mesh_file_is_named_by_the_checksum_of_the_mesh(self):
-        self.run_tool("export", "square.obj", "scene.xml")
+        self.export("square.obj", "scene.xml")
         checksum = re.search(r"checksum +(\d+)", self.run_tool("info", "square.obj")[1]).group(1)
         self.assertEqual(self.mesh_names(), [f"mesh_{checksum}.vmmesh"])
         self.assertIn(f"checksum   {checksum}\n", self.run_tool("info", f"scene_meshes/mesh_{checksum}.vmmesh")[1])
@@ -255,7 +277,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         (self.folder / "sub" / "deep").mkdir(parents=True)
         documents = []
         for path in ("scene.xml", "sub/scene.xml", "sub/deep/../deep/scene.xml", str(self.folder / "sub" / "deep" / "scene.xml")):
-            self.assertEqual(self.run_tool("export", "square.obj", path)[::2], (0, ""))
+            self.assertEqual(self.export("square.obj", path)[::2], (0, ""))
             documents.append((self.folder / path).read_bytes())
         self.assertEqual(len(set(documents)), 1)
         name = self.mesh_names()[0]
@@ -265,43 +287,43 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         self.assertEqual(len(self.files()), 2 + 3 * 2)
 
     def test_lines_end_as_the_system_ends_them(self):
-        self.run_tool("export", "square.obj", "scene.xml")
+        self.export("square.obj", "scene.xml")
         document = (self.folder / "scene.xml").read_bytes()
         self.assertTrue(document.startswith(b'<?xml version="1.0" encoding="utf-8"?>' + LINE_END + b"<scene>" + LINE_END))
         self.assertTrue(document.endswith(b"</scene>" + LINE_END))
 
     def test_a_second_run_gives_the_same_bytes_and_keeps_the_mesh_file(self):
-        self.run_tool("export", "square.obj", "scene.xml")
+        self.export("square.obj", "scene.xml")
         before = (self.folder / "scene.xml").read_bytes()
-        output = self.run_tool("export", "square.obj", "scene.xml")[1]
+        output = self.export("square.obj", "scene.xml")[1]
         self.assertEqual((self.folder / "scene.xml").read_bytes(), before)
         self.assertRegex(output, r"\.vmmesh \(\d+ bytes, was there\)\n\Z")
 
     def test_a_damaged_mesh_file_is_written_anew(self):
-        self.run_tool("export", "square.obj", "scene.xml")
+        self.export("square.obj", "scene.xml")
         mesh_file = self.folder / "scene_meshes" / self.mesh_names()[0]
         whole = mesh_file.read_bytes()
         mesh_file.write_bytes(whole[:-9])
-        self.assertNotIn("was there", self.run_tool("export", "square.obj", "scene.xml")[1])
+        self.assertNotIn("was there", self.export("square.obj", "scene.xml")[1])
         self.assertEqual(mesh_file.read_bytes(), whole)
 
     def test_equal_meshes_share_a_file(self):
         self.write("again.obj", SQUARE)
-        self.assertEqual(self.run_tool("export", "square.obj", "again.obj", "scene.xml")[0], 0)
+        self.assertEqual(self.export("square.obj", "again.obj", "scene.xml")[0], 0)
         self.assertEqual(len(self.mesh_names()), 1)
 
     def test_normals_turn_smoothing_on(self):
         self.write("smooth.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nf 1//1 2//1 3//1\n")
-        self.run_tool("export", "smooth.obj", "smooth.xml")
-        self.run_tool("export", "triangle.obj", "flat.xml")
+        self.export("smooth.obj", "smooth.xml")
+        self.export("triangle.obj", "flat.xml")
         # True is what readers take where the element isn't.
         self.assertNotIn("<normal_smoothing>", (self.folder / "smooth.xml").read_text())
         self.assertIn("<normal_smoothing>false</normal_smoothing>", (self.folder / "flat.xml").read_text())
 
     def test_a_vmmesh_file_is_a_model_too(self):
         self.run_tool("convert", "square.obj", "square.vmmesh")
-        self.run_tool("export", "square.vmmesh", "scene.xml")
-        self.run_tool("export", "square.obj", "other.xml")
+        self.export("square.vmmesh", "scene.xml")
+        self.export("square.obj", "other.xml")
         self.assertEqual(self.mesh_names(), self.mesh_names("other_meshes"))
 
     def test_several_uv_sets_survive(self):
@@ -309,7 +331,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         body = struct.pack("<I9f", 3, 0, 0, 0, 1, 0, 0, 0, 1, 0) + struct.pack("<2I", 0, 0)
         body += struct.pack("<I8f", 4, *range(8)) + struct.pack("<8I", 1, 0, 1, 2, 0, 1, 0, 0) + struct.pack("<I", 0)
         self.write("two.vmmesh", words + body)
-        self.assertEqual(self.run_tool("export", "two.vmmesh", "scene.xml")[0], 0)
+        self.assertEqual(self.export("two.vmmesh", "scene.xml")[0], 0)
         self.assertIn("UVs        2 sets of 2\n", self.run_tool("info", "scene_meshes/" + self.mesh_names()[0])[1])
 
     def test_names_of_every_kind(self):
@@ -317,7 +339,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
             with self.subTest(name=name):
                 self.write(name + ".obj", SQUARE)
                 (self.folder / name).mkdir()
-                self.assertEqual(self.run_tool("export", name + ".obj", f"{name}/{name}.xml")[::2], (0, ""))
+                self.assertEqual(self.export(name + ".obj", f"{name}/{name}.xml")[::2], (0, ""))
                 self.assertTrue((self.folder / name / f"{name}.xml").is_file())
                 self.assertEqual(len(self.mesh_names(f"{name}/{name}_meshes")), 1)
 
@@ -328,7 +350,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         folder.mkdir(parents=True)
         model = folder / "model.obj"
         model.write_text(SQUARE)
-        self.assertEqual(self.run_tool("export", str(model), str(folder / "scene.xml"))[::2], (0, ""))
+        self.assertEqual(self.export(str(model), str(folder / "scene.xml"))[::2], (0, ""))
         self.assertEqual(sorted(p.name for p in folder.iterdir()), ["model.obj", "scene.xml", "scene_meshes"])
         self.assertEqual(self.run_tool("info", str(next((folder / "scene_meshes").iterdir())))[::2], (0, ""))
 
@@ -366,6 +388,152 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         self.assertNotIn("scene.xml", self.files())
 
 
+class Scene(ToolTest):
+    """What export puts around the models."""
+
+    def export(self, *arguments, models=("square.obj",)):
+        code, output, errors = self.run_tool("export", "-q", *arguments, *models, "scene.xml")
+        self.assertEqual((code, output, errors), (0, "", ""))
+        return xml.etree.ElementTree.parse(self.folder / "scene.xml").getroot()
+
+    def numbers(self, node, path):
+        return [float(number) for number in node.findtext(path).split()]
+
+    def test_a_scene_is_complete(self):
+        scene = self.export()
+        self.assertEqual([node.tag for node in scene],
+                         ["renderer_settings", "camera", "tonemapping", "background_settings", "material", "material",
+                          "mesh", "model2", "mesh", "material", "model2"])
+        names = {node.findtext("uid"): node.findtext("name") for node in scene}
+        model = scene.find("model2")
+        self.assertEqual(names[model.findtext("geometry_uid")], "square")
+        self.assertEqual([names[uid.text] for uid in model.find("materials")], ["red", "blue"])
+
+    def test_every_mesh_file_that_is_named_is_there(self):
+        for path in self.export().iterfind("mesh/external/path"):
+            self.assertEqual(self.run_tool("info", path.text.replace("\\", "/"))[0], 0)
+
+    def project(self, scene, point):
+        """Where a point falls on the sensor, in halves of its width and height."""
+        camera = scene.find("camera")
+        position = self.numbers(camera, "keyframe/pos")
+        forwards = self.numbers(camera, "forwards")
+        length = math.sqrt(sum(x * x for x in forwards))
+        forwards = [x / length for x in forwards]
+        right = [forwards[1], -forwards[0], 0]
+        length = math.hypot(*right)
+        right = [x / length for x in right]
+        up = [right[1] * forwards[2] - right[2] * forwards[1], right[2] * forwards[0] - right[0] * forwards[2],
+              right[0] * forwards[1] - right[1] * forwards[0]]
+        seen = [p - c for p, c in zip(point, position)]
+        depth, x, y = (sum(a * b for a, b in zip(seen, axis)) for axis in (forwards, right, up))
+        self.assertGreater(depth, 0)
+        width = self.numbers(camera, "sensor_width")[0]
+        height = width * self.numbers(scene, "renderer_settings/height")[0] / self.numbers(scene, "renderer_settings/width")[0]
+        distance = self.numbers(camera, "lens_sensor_dist")[0]
+        return x / depth * distance / (width / 2), y / depth * distance / (height / 2)
+
+    def test_the_camera_sees_the_whole_of_the_models(self):
+        self.write("far.obj", TRIANGLE.replace("v 1 0 0", "v 40 7 -3"))
+        # Corners of the box around both models, with y turned to height.
+        corners = [(x, -z, y) for x in (0, 40) for y in (0, 7) for z in (-3, 1.5)]
+        for options in ([], ["--azimuth", "200", "--elevation", "-30"], ["--width", "300", "--height", "900"],
+                        ["--fov", "100"], ["--fov", "5"]):
+            with self.subTest(options=options):
+                scene = self.export(*options, models=("square.obj", "far.obj"))
+                seen = [self.project(scene, corner) for corner in corners]
+                # All within the image, and not lost in the middle of it.
+                self.assertLess(max(abs(x) for corner in seen for x in corner), 1)
+                self.assertGreater(max(abs(x) for corner in seen for x in corner), 0.3)
+
+    def test_the_camera_stands_where_it_is_told(self):
+        camera = self.export("--azimuth", "90", "--elevation", "0", "--up", "z").find("camera")
+        self.assertEqual(self.numbers(camera, "forwards"), [-1, 0, 0])
+        x, y, z = self.numbers(camera, "keyframe/pos")
+        self.assertGreater(x, 2)
+        self.assertEqual((y, z), (1, 0.75))
+        self.assertAlmostEqual(self.numbers(camera, "focus_distance")[0], x - 1, places=5)
+
+    def test_obj_models_are_turned_upright_and_others_are_not(self):
+        self.run_tool("convert", "square.obj", "square.vmmesh")
+        turned = "1 0 0 0 0 -1 0 1 0"
+        for models, up, matrices in ((["square.obj"], "auto", [turned]), (["square.vmmesh"], "auto", []),
+                                     (["square.obj"], "z", []), (["square.vmmesh"], "y", [turned])):
+            with self.subTest(models=models, up=up):
+                scene = self.export("--up", up, models=models)
+                self.assertEqual([m.text.strip() for m in scene.iterfind("model2/rotation/matrix")], matrices)
+
+    def test_the_ground_lies_under_the_models(self):
+        self.write("deep.obj", TRIANGLE.replace("v 1 0 0", "v 1 -2.5 0"))
+        scene = self.export(models=("square.obj", "deep.obj"))
+        ground = scene.findall("mesh")[-1].findtext("external/path").replace("\\", "/")
+        bounds = re.search(r"bounds +\(.*, .*, (.*)\) to \((.*), .*, (.*)\)", self.run_tool("info", ground)[1])
+        self.assertEqual(bounds.group(1, 3), ("-2.5", "-2.5"))
+        self.assertGreater(float(bounds.group(2)), 50)
+        self.assertEqual(scene.findall("model2")[-1].findtext("name"), "GroundPlane")
+
+    def test_no_ground_leaves_it_out(self):
+        scene = self.export("--no-ground")
+        self.assertEqual([len(scene.findall(tag)) for tag in ("mesh", "model2", "material")], [1, 1, 2])
+
+    def colours(self, scene):
+        return {m.findtext("name"): self.numbers(m, "diffuse/albedo/constant/rgb/rgb") for m in scene.iterfind("material")}
+
+    def test_colours_come_from_the_material_library(self):
+        self.write("none.mtl", "newmtl red\nKd 0.9 0.1 0.05\nnewmtl green\nKd 0 1 0\n")
+        self.assertEqual(self.colours(self.export("--no-ground")), {"red": [0.9, 0.1, 0.05], "blue": [0.8, 0.8, 0.8]})
+
+    def test_a_library_is_looked_for_beside_the_model(self):
+        (self.folder / "sub").mkdir()
+        self.write("sub/none.mtl", "newmtl blue\nKd 0 0 1\n")
+        self.write("sub/model.obj", SQUARE)
+        scene = self.export("--no-ground", models=("sub/model.obj",))
+        self.assertEqual(self.colours(scene)["blue"], [0, 0, 1])
+
+    def test_models_share_materials_of_one_name_and_colour(self):
+        self.write("other.obj", SQUARE.replace("none.mtl", "other.mtl").replace("v 2 2 0", "v 2 2 1"))
+        self.write("other.mtl", "newmtl blue\nKd 0 0 1\n")
+        scene = self.export("--no-ground", models=("square.obj", "other.obj"))
+        self.assertEqual([m.findtext("name") for m in scene.iterfind("material")], ["red", "blue", "blue"])
+        uids = [[uid.text for uid in model.find("materials")] for model in scene.iterfind("model2")]
+        self.assertEqual(uids[0][0], uids[1][0])
+        self.assertNotEqual(uids[0][1], uids[1][1])
+
+    def test_a_broken_library_is_named_with_its_line(self):
+        self.write("none.mtl", "newmtl red\nKd 0.9 x\n")
+        self.expect_failure(["export", "square.obj", "scene.xml"],
+                            r"velmar: none\.mtl: Parse error while reading colou+r on line 2")
+
+    def test_image_size_and_halt_conditions(self):
+        settings = self.export().find("renderer_settings")
+        self.assertEqual([settings.findtext(name) for name in ("width", "height", "halt_samples_per_pixel", "halt_time")],
+                         ["1280", "720", "500", None])
+        settings = self.export("--width", "64", "--height", "48", "--samples", "0", "--time", "90").find("renderer_settings")
+        self.assertEqual([settings.findtext(name) for name in ("width", "height", "halt_samples_per_pixel", "halt_time")],
+                         ["64", "48", None, "90"])
+
+    def test_lights(self):
+        self.assertEqual(self.numbers(self.export("--sun", "0,-2,1"), "background_settings/.//sundir"), [0, -2, 1])
+        uniform = self.export("--light", "uniform", "--light-strength", "2.5").find("background_settings")
+        self.assertEqual(self.numbers(uniform, ".//base_emission/constant/uniform/value"), [2.5])
+        self.assertIsNone(self.export("--light", "none").find("background_settings"))
+
+    def test_tone_mapping(self):
+        for kind, path, value in (("linear", "scale", 2), ("filmic", "scale", 2), ("reinhard", "pre_scale", 8),
+                                  ("camera", "ev_adjust", 1)):
+            scene = self.export("--tone-mapping", kind, "--brightness", "2")
+            self.assertEqual(self.numbers(scene, f"tonemapping/{kind}/{path}"), [value])
+
+    def test_values_that_make_no_sense_are_wrong_usage(self):
+        for option, value in (("--width", "0"), ("--height", "wide"), ("--fov", "200"), ("--elevation", "90"),
+                              ("--light", "candle"), ("--sun", "1,2"), ("--brightness", "-1"), ("--up", "x")):
+            with self.subTest(option=option):
+                code, output, errors = self.run_tool("export", option, value, "square.obj", "scene.xml")
+                self.assertEqual((code, output), (2, ""))
+                self.assertIn(option, errors)
+                self.assertNotIn("scene.xml", self.files())
+
+
 @unittest.skipIf(EMULATOR, "limits of this system's own")
 class FullDisk(ToolTest):
     def run_limited(self, size, *arguments):
@@ -379,7 +547,7 @@ class FullDisk(ToolTest):
         return self.run_tool(*arguments, preexec_fn=limit)
 
     def test_a_document_cut_short_is_reported(self):
-        code, output, errors = self.run_limited(300, "export", "triangle.obj", "scene.xml")
+        code, output, errors = self.run_limited(300, "export", "--no-ground", "triangle.obj", "scene.xml")
         self.assertEqual((code, output), (1, ""))
         self.assertIn("wasn't written whole", errors)
         self.assertEqual(self.files(), ["square.obj", "triangle.obj"])
