@@ -19,7 +19,6 @@
 #include <vector>
 
 using Velmar::Mesh;
-using Velmar::Reference;
 
 namespace {
 
