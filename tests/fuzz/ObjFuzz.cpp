@@ -1,0 +1,21 @@
+#include "mesh/MtlLoader.h"
+#include "mesh/ObjLoader.h"
+#include "tests/fuzz/support/FuzzFile.h"
+#include "tests/fuzz/support/ReadMesh.h"
+
+/// Faces that were read refer to vertices that are there.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const FuzzFile file("obj");
+    const std::string path = file.fill(data, size);
+    readMesh([&](Velmar::Mesh& mesh) {
+        Velmar::MTLLibrary library;
+        Velmar::loadOBJ(path, mesh, 0.5f, false, library);
+        for (const Velmar::MeshTriangle& triangle : mesh.triangles)
+            for (const std::uint32_t vertex : triangle.vertex_indices)
+                if (vertex >= mesh.verts.size()) std::abort();
+        for (const Velmar::MeshQuad& quad : mesh.quads)
+            for (const std::uint32_t vertex : quad.vertex_indices)
+                if (vertex >= mesh.verts.size()) std::abort();
+    });
+    return 0;
+}

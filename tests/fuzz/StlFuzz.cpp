@@ -1,0 +1,10 @@
+#include "mesh/StlLoader.h"
+#include "tests/fuzz/support/FuzzFile.h"
+#include "tests/fuzz/support/ReadMesh.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const FuzzFile file("stl");
+    const std::string path = file.fill(data, size);
+    readMesh([&](Velmar::Mesh& mesh) { Velmar::loadSTL(path, mesh, 0.5f); });
+    return 0;
+}

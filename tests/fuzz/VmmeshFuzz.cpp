@@ -1,0 +1,10 @@
+#include "mesh/VmmeshReader.h"
+#include "tests/fuzz/support/FuzzFile.h"
+#include "tests/fuzz/support/ReadMesh.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const FuzzFile file("vmmesh");
+    const std::string path = file.fill(data, size);
+    readMesh([&](Velmar::Mesh& mesh) { Velmar::readFromFile(Velmar::toVelmarString(path), mesh); });
+    return 0;
+}
