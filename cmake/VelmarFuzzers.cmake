@@ -4,9 +4,10 @@ foreach(source IN LISTS fuzz_sources)
     cmake_path(GET source STEM name)
     add_executable(${name} "${source}")
     velmar_own_code(${name})
-    target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
+    # Exports that are one function have the type of one of their names only.
+    target_compile_options(${name} PRIVATE -fsanitize=fuzzer -fno-sanitize=function)
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
-    target_link_libraries(${name} PRIVATE velmar_core)
+    target_link_libraries(${name} PRIVATE velmar_core VelmarAPI)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/fuzzers")
 endforeach()
 # The code under test reports its branches to the fuzzer.

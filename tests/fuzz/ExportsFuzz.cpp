@@ -1,0 +1,417 @@
+// Turns bytes into a sequence of calls of the flat interface that keeps its ownership rules: what a scene or another
+// object holds isn't deleted, and everything else is in the end. Whatever the arguments, no call may crash or leak.
+
+#include "velmarapi.h"
+#include "velmarexceptions.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// Reads values off the front of the input; zeros when it is used up.
+class Input {
+  public:
+    Input(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
+
+    bool empty() const { return size_ == 0; }
+
+    template <class T>
+    T take() {
+        T value{};
+        const std::size_t count = std::min(sizeof value, size_);
+        std::memcpy(&value, data_, count);
+        data_ += count;
+        size_ -= count;
+        return value;
+    }
+
+    std::size_t below(std::size_t limit) { return take<std::uint8_t>() % limit; }
+
+    std::string text() {
+        std::string result;
+        for (std::size_t left = below(40); left > 0 && !empty(); --left)
+            result += take<char>();
+        return result.c_str();
+    }
+
+  private:
+    const std::uint8_t* data_;
+    std::size_t size_;
+};
+
+/// The handles of one kind, and which of them nobody holds yet.
+template <class Handle>
+class Pool {
+  public:
+    explicit Pool(std::function<void(Handle*)> destroy = {}) : destroy_(std::move(destroy)) {}
+    Pool(const Pool&) = delete;
+    Pool& operator=(const Pool&) = delete;
+    ~Pool() {
+        for (const Entry& entry : entries_)
+            if (!entry.held && destroy_) destroy_(entry.handle);
+    }
+
+    void add(Handle* handle) { entries_.push_back({handle, false}); }
+
+    /// Some handle, or null when there is none.
+    Handle* any(Input& input) {
+        if (entries_.empty()) return nullptr;
+        last_ = input.below(entries_.size());
+        return entries_[last_].handle;
+    }
+
+    /// The handle that `any` gave last has a holder now.
+    void markHeld() { entries_[last_].held = true; }
+
+    /// As `any`, but a handle that is to be given to another object: it is added to the scene first, so that it stays
+    /// alive when that object goes.
+    template <class Add>
+    Handle* anyInScene(Input& input, VelmarScene* scene, Add add) {
+        Handle* const handle = any(input);
+        if (handle != nullptr && !entries_[last_].held) {
+            add(scene, handle);
+            markHeld();
+        }
+        return handle;
+    }
+
+    /// Deletes some handle that has no holder.
+    void deleteAny(Input& input) {
+        if (any(input) == nullptr || entries_[last_].held || !destroy_) return;
+        destroy_(entries_[last_].handle);
+        entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(last_));
+    }
+
+  private:
+    struct Entry {
+        Handle* handle;
+        bool held;
+    };
+    std::function<void(Handle*)> destroy_;
+    std::vector<Entry> entries_;
+    std::size_t last_ = 0;
+};
+
+/// Everything that a host has made so far. The scene goes last: what it holds must outlive the use of the handles.
+struct Host {
+    VelmarScene* scene = VelmarScene_Create();
+    Pool<VelmarMesh> meshes{VelmarMesh_Delete};
+    Pool<VelmarTonemapping> tonemappings{VelmarTonemapping_Delete};
+    Pool<VelmarRenderSettings> settings{VelmarRenderSettings_Delete};
+    Pool<VelmarMaterialNode> material_nodes{[](VelmarMaterialNode* node) { VelmarMaterial_Delete(node); }};
+    Pool<VelmarMaterial> materials{[](VelmarMaterial* material) { VelmarMaterial_Delete(material); }};
+    Pool<VelmarModel> models{VelmarModel_Delete};
+    // Neither has a function that deletes it before it is in a scene, so both are added at once.
+    Pool<VelmarCamera> cameras;
+    Pool<VelmarBackground> backgrounds;
+
+    Host() = default;
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+};
+
+const std::string& workFolder() {
+    static const std::string folder = [] {
+        // Setting materials prints a line each time.
+        std::cout.setstate(std::ios_base::badbit);
+        const auto path = std::filesystem::temp_directory_path() / "velmar_exports_fuzz";
+        std::filesystem::remove_all(path);
+        std::filesystem::create_directories(path);
+        return path.string();
+    }();
+    return folder;
+}
+
+void makeSomething(Host& host, Input& input) {
+    switch (input.below(8)) {
+    case 0:
+        host.meshes.add(VelmarMesh_Create(input.text().c_str()));
+        break;
+    case 1:
+        host.tonemappings.add(VelmarTonemapping_Create());
+        break;
+    case 2:
+        host.settings.add(VelmarRenderSettings_Create());
+        break;
+    case 3:
+        host.material_nodes.add(VelmarMaterial_CreateNode(input.text().c_str()));
+        break;
+    case 4: {
+        const std::string name = input.text();
+        const auto colour = input.take<std::array<double, 3>>();
+        host.materials.add(VelmarMaterial_CreateDiffuse(name.c_str(), colour[0], colour[1], colour[2]));
+        break;
+    }
+    case 5:
+        if (VelmarMesh* const mesh = host.meshes.anyInScene(input, host.scene, VelmarScene_AddMesh))
+            host.models.add(VelmarModel_Create(input.text().c_str(), mesh));
+        break;
+    case 6: {
+        VelmarCamera* const camera = VelmarCamera_Create();
+        VelmarScene_AddCamera(host.scene, camera);
+        host.cameras.add(camera);
+        break;
+    }
+    default: {
+        const auto values = input.take<std::array<double, 4>>();
+        const std::string model = input.text();
+        VelmarBackground* const background =
+            input.below(2) == 0 ? VelmarBackground_CreateUniform(values[0], values[1], values[2], values[3])
+                                : VelmarBackground_CreateSunSky(values[0], values[1], values[2], model.c_str());
+        VelmarScene_AddBackground(host.scene, background);
+        host.backgrounds.add(background);
+        break;
+    }
+    }
+}
+
+void changeMesh(Host& host, Input& input) {
+    VelmarMesh* const mesh = host.meshes.any(input);
+    if (mesh == nullptr) return;
+    constexpr std::size_t most = 16;
+    const auto count = static_cast<std::int32_t>(input.below(most + 2)) - 1;
+    switch (input.below(9)) {
+    case 0:
+        VelmarMesh_AddVertices(mesh, count, input.take<std::array<float, 3 * most>>().data());
+        break;
+    case 1:
+        VelmarMesh_AddFaces(mesh, count, input.take<std::array<std::uint32_t, 10 * most>>().data());
+        break;
+    case 2:
+        VelmarMesh_AddTextureCoordinates(mesh, count, input.take<std::array<float, 2 * most>>().data());
+        break;
+    case 3:
+        VelmarMesh_AddMaterialUsed(mesh, input.text().c_str());
+        break;
+    case 4:
+        VelmarMesh_Build(mesh);
+        break;
+    case 5:
+        VelmarMesh_WriteToFile(mesh, (workFolder() + "/mesh.vmmesh").c_str());
+        break;
+    case 6:
+        velmar_write_mesh_to_file(mesh, (workFolder() + "/mesh.txt").c_str());
+        break;
+    case 7:
+        VelmarMesh_NormalSmoothing(mesh, input.take<VelmarBool>());
+        VelmarMesh_ViewDependentSubdivision(mesh, input.take<VelmarBool>());
+        break;
+    default:
+        VelmarMesh_MaxNumSubdivisions(mesh, input.take<unsigned>());
+        break;
+    }
+}
+
+void changeCamera(Host& host, Input& input) {
+    VelmarCamera* const camera = host.cameras.any(input);
+    if (camera == nullptr) return;
+    using Setter = void (*)(VelmarCamera*, double);
+    static constexpr Setter setters[] = {
+        VelmarCamera_SetLensRadius,          VelmarCamera_SetExposureDuration,       VelmarCamera_SetLensSensorDistance,
+        VelmarCamera_SetLensShiftUpDistance, VelmarCamera_SetLensShiftRightDistance, VelmarCamera_SetSensorWidth,
+        VelmarCamera_SetFocusDistance};
+    const auto values = input.take<std::array<double, 3>>();
+    setters[input.below(std::size(setters))](camera, values[0]);
+    switch (input.below(6)) {
+    case 0:
+        VelmarCamera_SetPosition(camera, values[0], values[1], values[2]);
+        break;
+    case 1:
+        VelmarCamera_SetForwards(camera, values[0], values[1], values[2]);
+        break;
+    case 2:
+        VelmarCamera_SetUp(camera, values[0], values[1], values[2]);
+        break;
+    case 3:
+        VelmarCamera_SetFov(camera, values[0], values[1]);
+        break;
+    case 4:
+        VelmarCamera_SetAperature(camera, values[0], values[1]);
+        break;
+    default:
+        VelmarCamera_SetAutofocus(camera, input.take<VelmarBool>());
+        break;
+    }
+}
+
+void changeTonemapping(Host& host, Input& input) {
+    VelmarTonemapping* const tonemapping = host.tonemappings.any(input);
+    if (tonemapping == nullptr) return;
+    VelmarTonemapping_SetType(tonemapping, 999 + static_cast<std::int32_t>(input.below(6)));
+    VelmarTonemapping_SetScale(tonemapping, input.take<double>());
+    VelmarTonemapping_SetPreScale(tonemapping, input.take<double>());
+    VelmarTonemapping_SetPostScale(tonemapping, input.take<double>());
+    VelmarTonemapping_SetBurn(tonemapping, input.take<double>());
+    VelmarTonemapping_SetIso(tonemapping, input.take<double>());
+    VelmarTonemapping_EvAdjust(tonemapping, input.take<double>());
+    VelmarTonemapping_SetResponseFunctionPath(tonemapping, input.text().c_str());
+}
+
+void changeSettings(Host& host, Input& input) {
+    VelmarRenderSettings* const settings = host.settings.any(input);
+    if (settings == nullptr) return;
+    using IntSetter = void (*)(VelmarRenderSettings*, std::int32_t);
+    using DoubleSetter = void (*)(VelmarRenderSettings*, double);
+    using BoolSetter = void (*)(VelmarRenderSettings*, VelmarBool);
+    static constexpr IntSetter int_setters[] = {VelmarRenderSettings_Width, VelmarRenderSettings_Height,
+                                                VelmarRenderSettings_SuperSampleFactor};
+    static constexpr DoubleSetter double_setters[] = {
+        VelmarRenderSettings_HaltTime, VelmarRenderSettings_HaltSamplesPerPixel, VelmarRenderSettings_ImageSavePeriod};
+    static constexpr BoolSetter bool_setters[] = {
+        VelmarRenderSettings_Metropolis,      VelmarRenderSettings_Bidirectional,
+        VelmarRenderSettings_Dithering,       VelmarRenderSettings_Vignetting,
+        VelmarRenderSettings_ShadowPass,      VelmarRenderSettings_RenderForegroundAlpha,
+        VelmarRenderSettings_InfoOverlay,     VelmarRenderSettings_DepthPass,
+        VelmarRenderSettings_MaterialIdTracer};
+    int_setters[input.below(std::size(int_setters))](settings, input.take<std::int32_t>());
+    double_setters[input.below(std::size(double_setters))](settings, input.take<double>());
+    bool_setters[input.below(std::size(bool_setters))](settings, input.take<VelmarBool>());
+}
+
+void changeModel(Host& host, Input& input) {
+    VelmarModel* const model = host.models.any(input);
+    if (model == nullptr) return;
+    if (input.below(2) == 0) {
+        const auto rotation = input.take<std::array<float, 9>>();
+        const auto position = input.take<std::array<float, 3>>();
+        // Key frames beyond the one that a model is born with are refused by an assertion.
+        VelmarModel_SetTransformation(model, rotation.data(), position.data(),
+                                      -static_cast<std::int32_t>(input.below(2)));
+        return;
+    }
+    std::vector<VelmarMaterialNode*> materials;
+    for (std::size_t count = input.below(4); count > 0; --count)
+        materials.push_back(host.material_nodes.anyInScene(input, host.scene, VelmarScene_AddMaterial));
+    VelmarModel_SetMaterials(model, static_cast<std::int32_t>(materials.size()), materials.data());
+}
+
+void giveMaterial(Host& host, Input& input) {
+    VelmarMaterialNode* const node = host.material_nodes.any(input);
+    VelmarMaterial* const material = host.materials.any(input);
+    if (node == nullptr || material == nullptr) return;
+    // The node may be given another material later, and this one would then be gone: hold it by a node for good.
+    VelmarMaterialNode* const keeper = VelmarMaterial_CreateNode("keeper");
+    VelmarMaterial_AddToNode(keeper, material);
+    VelmarScene_AddMaterial(host.scene, keeper);
+    VelmarMaterial_AddToNode(node, material);
+    host.materials.markHeld();
+}
+
+void addToScene(Host& host, Input& input) {
+    switch (input.below(5)) {
+    case 0:
+        if (VelmarMesh* const mesh = host.meshes.any(input)) {
+            VelmarScene_AddMesh(host.scene, mesh);
+            host.meshes.markHeld();
+        }
+        break;
+    case 1:
+        if (VelmarTonemapping* const tonemapping = host.tonemappings.any(input)) {
+            VelmarScene_AddTonemapping(host.scene, tonemapping);
+            host.tonemappings.markHeld();
+        }
+        break;
+    case 2:
+        if (VelmarRenderSettings* const settings = host.settings.any(input)) {
+            VelmarScene_AddRenderSettings(host.scene, settings);
+            host.settings.markHeld();
+        }
+        break;
+    case 3:
+        if (VelmarMaterialNode* const node = host.material_nodes.any(input)) {
+            VelmarScene_AddMaterial(host.scene, node);
+            host.material_nodes.markHeld();
+        }
+        break;
+    default:
+        if (VelmarModel* const model = host.models.any(input)) {
+            VelmarScene_AddModel(host.scene, model);
+            host.models.markHeld();
+        }
+        break;
+    }
+}
+
+void createWhole(Host& host, Input& input) {
+    switch (input.below(5)) {
+    case 0:
+        velmar_create_default_material(host.scene);
+        break;
+    case 1:
+        velmar_create_sunsky(host.scene);
+        break;
+    case 2:
+        velmar_create_dummy_lighting(host.scene);
+        break;
+    case 3:
+        velmar_create_plane(host.scene);
+        break;
+    default: {
+        const double z = input.take<double>();
+        VelmarScene_AddGroundPlane(host.scene, z, input.take<double>());
+        break;
+    }
+    }
+}
+
+void deleteSomething(Host& host, Input& input) {
+    switch (input.below(6)) {
+    case 0:
+        host.meshes.deleteAny(input);
+        break;
+    case 1:
+        host.tonemappings.deleteAny(input);
+        break;
+    case 2:
+        host.settings.deleteAny(input);
+        break;
+    case 3:
+        host.material_nodes.deleteAny(input);
+        break;
+    case 4:
+        host.materials.deleteAny(input);
+        break;
+    default:
+        host.models.deleteAny(input);
+        break;
+    }
+}
+
+void writeScene(Host& host, Input&) {
+    VelmarScene_WriteToXML(host.scene, (workFolder() + "/scene.xml").c_str());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using Step = void (*)(Host&, Input&);
+    static constexpr Step steps[] = {makeSomething,     makeSomething,  changeMesh,      changeMesh,   changeCamera,
+                                     changeTonemapping, changeSettings, changeModel,     giveMaterial, addToScene,
+                                     addToScene,        createWhole,    deleteSomething, writeScene};
+    constexpr int most_steps = 200;
+
+    Input input(data, size);
+    VelmarScene* scene = nullptr;
+    {
+        Host host;
+        scene = host.scene;
+        for (int i = 0; i < most_steps && !input.empty(); ++i) {
+            try {
+                steps[input.below(std::size(steps))](host, input);
+            } catch (const Velmar::VelmarException&) {
+                // An inconsistent mesh, say: the host goes on.
+            }
+        }
+    }
+    VelmarScene_Delete(scene);
+    std::filesystem::remove_all(workFolder() + "/scene_meshes");
+    return 0;
+}
