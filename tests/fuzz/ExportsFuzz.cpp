@@ -74,10 +74,10 @@ class Pool {
     /// As `any`, but a handle that is to be given to another object: it is added to the scene first, so that it stays
     /// alive when that object goes.
     template <class Add>
-    Handle* anyInScene(Input& input, VelmarScene* scene, Add add) {
+    Handle* anyInScene(Input& input, VelmarScene* scene, Add add_to_scene) {
         Handle* const handle = any(input);
         if (handle != nullptr && !entries_[last_].held) {
-            add(scene, handle);
+            add_to_scene(scene, handle);
             markHeld();
         }
         return handle;
