@@ -29,17 +29,25 @@ cp "$model" demo/bunny.obj
 say "velmar.exe export bunny.obj scene.xml      (VelmarAPI.dll, run by Wine)"
 (cd demo && ../build/windows/wine ../build/windows/velmar.exe export bunny.obj scene.xml | tr -d '\r')
 
-say "velmar.exe info, of the mesh file that it wrote"
-mesh=$(cd demo && ls scene_meshes/*.vmmesh)
+say "what is on disk"
+(cd demo && find bunny.obj scene.xml scene_meshes -type f -printf '%10s  %p\n')
+
+say "the nodes of scene.xml"
+awk -F'[<>]' '{ gsub(/\r/, "") }
+    /^\t<[a-z]/ { kind = $2 }
+    /^\t\t<uid>/ { uid = $3 }
+    /^\t\t<name>/ { printf "%4d  %-20s %s\n", uid, kind, $3 }' demo/scene.xml
+
+say "its head"
+tr -d '\r' <demo/scene.xml | sed 's/\t/  /g' | head -n 34
+printf '  ... and so on, %d lines in all\n' "$(wc -l <demo/scene.xml)"
+
+# The larger of the two; the other is the ground.
+mesh=$(cd demo && ls -S scene_meshes/*.vmmesh | head -n 1)
+say "velmar.exe info ${mesh//\//\\}"
 (cd demo && ../build/windows/wine ../build/windows/velmar.exe info "$mesh" | tr -d '\r')
 
-say "demo/scene.xml"
-tr -d '\r' <demo/scene.xml | sed 's/\t/  /g'
-
 (cd demo/native && ../../build/linux/velmar export --quiet ../bunny.obj scene.xml)
-cmp "demo/$mesh" "demo/native/$mesh" || die "the two builds wrote different meshes"
+diff -r demo/scene_meshes demo/native/scene_meshes || die "the two builds wrote different meshes"
 tr -d '\r' <demo/scene.xml | cmp - demo/native/scene.xml || die "the two builds wrote different documents"
-
-say "demo/"
-(cd demo && find scene.xml scene_meshes -type f -printf '%10s  %p\n')
 say "the native build wrote the same scene, byte for byte but for the line ends (demo/native/)"
