@@ -215,6 +215,11 @@ TEST_F(Loading, StandardExceptionIsToldInItsOwnWords) {
     EXPECT_EQ(outcome.err, "This failed: no room at the inn\n");
 }
 
+TEST_F(Loading, ExhaustedMemoryReadsTheSameWithEveryRuntime) {
+    folder.install("throws_bad_alloc");
+    EXPECT_EQ(initialize(context).err, "This failed: bad allocation\n");
+}
+
 TEST_F(Loading, StandardExceptionWithoutATextIsUnknown) {
     folder.install("throws_nameless");
     EXPECT_EQ(initialize(context).err, "This failed: Unknown exception\n");

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <new>
 #include <stdexcept>
 
 #ifdef _WIN32
