@@ -12,7 +12,9 @@ static VelmarScene* makeScene(void) {
     VelmarScene* scene = VelmarScene_Create();
     VelmarRenderSettings* settings = VelmarRenderSettings_Create();
     VelmarCamera* camera = VelmarCamera_Create();
-    VelmarMesh* mesh = VelmarMesh_Create("triangle");
+    VelmarMesh* mesh = VelmarMesh_Create("Triangle");
+    VelmarMaterialNode* material = VelmarMaterial_CreateNode("Red");
+    VelmarModel* model;
 
     /* The size of the image must be set: nothing stands in for it. */
     VelmarRenderSettings_Width(settings, 640);
@@ -31,6 +33,15 @@ static VelmarScene* makeScene(void) {
     VelmarMesh_AddFaces(mesh, 1, triangle);
     VelmarMesh_Build(mesh);
     VelmarScene_AddMesh(scene, mesh);
+
+    VelmarScene_AddMaterial(scene, material);
+    VelmarMaterial_AddToNode(material, VelmarMaterial_CreateDiffuse("Red", 0.75, 0.125, 0.125));
+    model = VelmarModel_Create("Triangle", mesh);
+    VelmarScene_AddModel(scene, model);
+    VelmarModel_SetMaterials(model, 1, &material);
+
+    VelmarScene_AddGroundPlane(scene, 0, 50);
+    velmar_create_sunsky(scene);
     return scene;
 }
 

@@ -30,6 +30,20 @@ VelmarScene* makeExampleScene() {
     VelmarMesh_AddFaces(mesh, 1, face);
     VelmarMesh_Build(mesh);
     VelmarScene_AddMesh(scene, mesh);
+
+    VelmarMaterialNode* material = VelmarMaterial_CreateNode("red");
+    VelmarMaterial_AddToNode(material, VelmarMaterial_CreateDiffuse("red", 0.75, 0.125, 0.125));
+    VelmarScene_AddMaterial(scene, material);
+
+    const float no_rotation[] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+    const float position[] = {10, 20, 30};
+    VelmarModel* const model = VelmarModel_Create("placed", mesh);
+    VelmarModel_SetMaterials(model, 1, &material);
+    VelmarModel_SetTransformation(model, no_rotation, position, 0);
+    VelmarScene_AddModel(scene, model);
+
+    VelmarScene_AddBackground(scene, VelmarBackground_CreateUniform(0.5, 0.5, 0.5, 2));
+    VelmarScene_AddGroundPlane(scene, -1, 100);
     return scene;
 }
 
@@ -52,7 +66,7 @@ std::vector<std::string> expectedRecordOfExampleScene() {
         "  channel '' of type 0 at 0, components 3",
         "  channel 'alpha' of type 1 at 3, components 1",
         "  channel 'depth' of type 2 at 4, components 1",
-        "  scene Scene with UID 0 has 4 children, is its own parent no",
+        "  scene Scene with UID 0 has 10 children, is its own parent no",
         "    no clone",
         "  node 1 of type 2 named Render Settings, in the scene yes",
         "    width 8, height 6, super sample factor 2, halt time 2.5, samples 0",
@@ -82,15 +96,57 @@ std::vector<std::string> expectedRecordOfExampleScene() {
         "    no clone",
         "    layers to 0, material masks 0, object masks 0",
         "    refers to the scene no, equal to itself yes, depends on UIDs",
+        "  node 5 of type 3 named red, in the scene yes",
+        "    material held 1 times, scatter nodes 0 and 0",
+        "    renamed to A name of the library's choice",
+        "    same as itself yes, as the scene no",
+        "    clone of type 3, UID 5, named red, in a scene no, held 1 times, equal yes",
+        "    layers to 0, material masks 0, object masks 0",
+        "    refers to the scene no, equal to itself yes, depends on UIDs",
+        "  node 6 of type 5 named placed, in the scene yes",
+        "    geometry triangle with UID 4, materials 1, key frames 1, scale 1, rotated yes",
+        "    renamed to A name of the library's choice",
+        "    same as itself yes, as the scene no",
+        "    clone of type 5, UID 6, named placed, in a scene no, held 1 times, equal yes",
+        "    layers to 0, material masks 0, object masks 0",
+        "    refers to the scene no, equal to itself yes, depends on UIDs 4 5",
+        "  node 7 of type 10 named Background Settings, in the scene yes",
+        "    emission scaled no, material held 1 times",
+        "    renamed to A name of the library's choice",
+        "    same as itself yes, as the scene no",
+        "    clone of type 10, UID 7, named Background Settings, in a scene no, held 1 times, equal yes",
+        "    layers to 0, material masks 0, object masks 0",
+        "    refers to the scene no, equal to itself yes, depends on UIDs",
+        "  node 8 of type 4 named Mesh, in the scene yes",
+        "    mesh held 1 times, smoothings 2, pixel threshold 4, smooth normals no, scale 1",
+        "    renamed to A name of the library's choice",
+        "    same as itself yes, as the scene no",
+        "    no clone",
+        "    layers to 0, material masks 0, object masks 0",
+        "    refers to the scene no, equal to itself yes, depends on UIDs",
+        "  node 9 of type 3 named GroundPlane, in the scene yes",
+        "    material held 1 times, scatter nodes 0 and 0",
+        "    renamed to A name of the library's choice",
+        "    same as itself yes, as the scene no",
+        "    clone of type 3, UID 9, named GroundPlane, in a scene no, held 1 times, equal yes",
+        "    layers to 0, material masks 0, object masks 0",
+        "    refers to the scene no, equal to itself yes, depends on UIDs",
+        "  node 10 of type 5 named GroundPlane, in the scene yes",
+        "    geometry Mesh with UID 8, materials 1, key frames 1, scale 1, rotated yes",
+        "    renamed to A name of the library's choice",
+        "    same as itself yes, as the scene no",
+        "    clone of type 5, UID 10, named GroundPlane, in a scene no, held 1 times, equal yes",
+        "    layers to 0, material masks 0, object masks 0",
+        "    refers to the scene no, equal to itself yes, depends on UIDs 8 9",
         "  pass 0 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 0, bounds infinite infinite infinite to -infinite -infinite -infinite",
-        "  pass 1 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 1, bounds infinite infinite infinite to -infinite -infinite -infinite",
+        "  pass 1 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 4, bounds infinite infinite infinite to -infinite -infinite -infinite",
         "  pass 2 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 0, bounds infinite infinite infinite to -infinite -infinite -infinite",
         "  pass 3 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 0, bounds infinite infinite infinite to -infinite -infinite -infinite",
-        "  pass 4 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 0, bounds 0.999 1.999 2.999 to 1.001 2.001 3.001",
+        "  pass 4 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 0, bounds -100 -100 -1 to 100 100 30",
         "  pass 5 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 0, bounds infinite infinite infinite to -infinite -infinite -infinite",
-        "  UIDs 1001 1002 1003 1004",
+        "  UIDs 1001 1002 1003 1004 1005 1006 1007 1008 1009 1010",
         "  pass 5 over scene.xml in scenes, buckets 4 and 4, as paths yes: depth 0, dependencies 0, bounds infinite infinite infinite to -infinite -infinite -infinite",
-        "  UIDs 1 2 3 4",
+        "  UIDs 1 2 3 4 5 6 7 8 9 10",
         "  the same child by child and as a whole yes",
     };
     // clang-format on

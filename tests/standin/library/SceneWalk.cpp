@@ -10,7 +10,17 @@ namespace {
 
 constexpr uint32_t offset = 1000;
 
-enum Type : uint32_t { camera = 1, render_settings = 2, material = 3, mesh = 4, model = 5, tone_mapping = 8 };
+enum Type : uint32_t {
+    camera = 1,
+    render_settings = 2,
+    material = 3,
+    mesh = 4,
+    model = 5,
+    sphere = 6,
+    tone_mapping = 8,
+    background_settings = 10,
+    curve = 16,
+};
 
 uint64_t countChildren(const SceneNode& root) {
     return static_cast<uint64_t>(root.children_end - root.children_begin);
@@ -43,6 +53,30 @@ void recordFields(const SceneNode& node) {
         Record() << "    mesh held " << it.mesh->refcount << " times, smoothings " << it.num_smoothings
                  << ", pixel threshold " << it.subdivide_pixel_threshold << ", smooth normals " << it.normal_smoothing
                  << ", scale " << it.scale;
+        break;
+    }
+    case material: {
+        const Material& it = static_cast<const Material&>(node);
+        Record() << "    material held " << it.material->refcount << " times, scatter nodes " << it.scatter_uids.size
+                 << " and " << it.scatter_nodes.size;
+        break;
+    }
+    case sphere: {
+        const Sphere& it = static_cast<const Sphere&>(node);
+        Record() << "    radius " << it.radius << ", key frames " << it.keyframes.size << ", bound "
+                 << (it.material != nullptr) << ", material UID " << it.material_uid;
+        break;
+    }
+    case background_settings: {
+        const BackgroundSettings& it = static_cast<const BackgroundSettings&>(node);
+        Record() << "    emission scaled " << (it.emission_scale != nullptr) << ", material held "
+                 << it.background_material->refcount << " times";
+        break;
+    }
+    case curve: {
+        const Curve1D& it = static_cast<const Curve1D&>(node);
+        Record() << "    knots " << it.knots.size << ", last at " << static_cast<double>(it.knots[it.knots.size - 1])
+                 << " of value " << static_cast<double>(it.values[it.values.size - 1]);
         break;
     }
     case model: {

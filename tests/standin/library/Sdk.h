@@ -409,6 +409,29 @@ struct Model : SceneNode {
     Vector<UID> material_uids;
 };
 
+struct Material : SceneNode {
+    RefCounted* material;
+    Vector<UID> scatter_uids;
+    Vector<SceneNode*> scatter_nodes;
+};
+
+struct BackgroundSettings : SceneNode {
+    RefCounted* emission_scale;
+    RefCounted* background_material;
+};
+
+struct Sphere : SceneNode {
+    Vector<char> keyframes;
+    double radius;
+    SceneNode* material;
+    UID material_uid;
+};
+
+struct Curve1D : SceneNode {
+    Vector<float> knots;
+    Vector<float> values;
+};
+
 struct Tonemapping : SceneNode {
     double scale;
     double pre_scale;
