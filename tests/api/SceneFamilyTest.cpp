@@ -62,7 +62,10 @@ TEST(SceneFamily, NamesThatAreOneFunctionShareItsAddress) {
     };
     sameAddress({"VelmarScene_AddBackground", "VelmarScene_AddCamera", "VelmarScene_AddMaterial", "VelmarScene_AddMesh",
                  "VelmarScene_AddRenderSettings", "VelmarScene_AddTonemapping"});
-    sameAddress({"VelmarScene_Delete", "VelmarMesh_Delete", "VelmarTonemapping_Delete"});
+    sameAddress({"VelmarContext_Delete", "VelmarMaterial_Delete", "VelmarMesh_Delete", "VelmarModel_Delete",
+                 "VelmarRenderSettings_Delete", "VelmarRenderer_Delete", "VelmarScene_Delete",
+                 "VelmarTonemapping_Delete"});
+    EXPECT_NE(exportedFunction("VelmarBackground_Delete"), exportedFunction("VelmarScene_Delete"));
     sameAddress({"VelmarMesh_NormalSmoothing", "VelmarMesh_SetNormalSmoothing"});
     EXPECT_NE(exportedFunction("VelmarScene_AddModel"), exportedFunction("VelmarScene_AddMesh"));
 }

@@ -19,6 +19,7 @@
 #include "tests/support/Throws.h"
 
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,12 +89,13 @@ class WholeScene : public testing::Test {
     /// One pass, driven as the renderer library drives it: through a state from slot 8, child by child.
     template <class Prepare, class Use>
     void run(TraversalKind kind, Prepare prepare, Use use) {
-        TraversalState* const state = root->createTraversalState(kind, "scene.xml", "");
+        const auto destroy = [this](TraversalState* state) { root->destroyTraversalState(state); };
+        const std::unique_ptr<TraversalState, decltype(destroy)> state(
+            root->createTraversalState(kind, "scene.xml", ""), destroy);
         prepare(*state);
         for (const Reference<SceneNode>& child : root->children())
             child->traverse(*state);
         use(*state);
-        root->destroyTraversalState(state);
     }
 
     void bind() {
