@@ -39,7 +39,7 @@ typedef struct VelmarBackground VelmarBackground;
 typedef struct VelmarModel VelmarModel;
 
 /** A context: the loaded renderer library. */
-typedef struct VelmarContext VelmarContext;
+typedef struct VelmarContextHandle VelmarContext;
 
 /** A renderer: one render of one scene by the renderer library. */
 typedef struct VelmarRenderer VelmarRenderer;
