@@ -11,25 +11,35 @@
 /// UV index against those of the face before, the others against the first of their own face.
 namespace Velmar::FaceDeltaFilter {
 
+/// Words go straight between the record and the bytes: gathered in a local record they would be copied out of it again
+/// before the processor has stored them.
+inline void storeWord(std::uint8_t* to, std::uint32_t word) {
+    std::memcpy(to, &word, sizeof word);
+}
+inline std::uint32_t loadWord(const std::uint8_t* from) {
+    std::uint32_t word = 0;
+    std::memcpy(&word, from, sizeof word);
+    return word;
+}
+
 /// Writes `count` filtered records of the size of `Face` to `filtered`, at any alignment.
 template <class Face>
 void encode(const Face* faces, std::size_t count, std::uint8_t* filtered) {
     constexpr std::size_t corners = std::extent_v<decltype(Face::vertex_indices)>;
     std::uint32_t prev_v = 0;
     std::uint32_t prev_uv = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const Face& face = faces[i];
-        Face deltas;
-        deltas.vertex_indices[0] = face.vertex_indices[0] - prev_v;
-        deltas.uv_indices[0] = face.uv_indices[0] - prev_uv;
-        prev_v = face.vertex_indices[0];
-        prev_uv = face.uv_indices[0];
+    for (const Face* face = faces; face != faces + count; ++face, filtered += sizeof *face) {
+        const std::uint32_t v = face->vertex_indices[0];
+        const std::uint32_t uv = face->uv_indices[0];
+        storeWord(filtered, v - prev_v);
+        storeWord(filtered + offsetof(Face, uv_indices), uv - prev_uv);
         for (std::size_t corner = 1; corner < corners; ++corner) {
-            deltas.vertex_indices[corner] = face.vertex_indices[corner] - prev_v;
-            deltas.uv_indices[corner] = face.uv_indices[corner] - prev_uv;
+            storeWord(filtered + corner * sizeof v, face->vertex_indices[corner] - v);
+            storeWord(filtered + offsetof(Face, uv_indices) + corner * sizeof uv, face->uv_indices[corner] - uv);
         }
-        deltas.material_index = face.material_index;
-        std::memcpy(filtered + i * sizeof deltas, &deltas, sizeof deltas);
+        storeWord(filtered + offsetof(Face, material_index), face->material_index);
+        prev_v = v;
+        prev_uv = uv;
     }
 }
 
@@ -37,18 +47,18 @@ void encode(const Face* faces, std::size_t count, std::uint8_t* filtered) {
 template <class Face>
 void decode(const std::uint8_t* filtered, std::size_t count, Face* faces) {
     constexpr std::size_t corners = std::extent_v<decltype(Face::vertex_indices)>;
-    std::uint32_t prev_v = 0;
-    std::uint32_t prev_uv = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        Face face;
-        std::memcpy(&face, filtered + i * sizeof face, sizeof face);
-        prev_v = face.vertex_indices[0] += prev_v;
-        prev_uv = face.uv_indices[0] += prev_uv;
+    std::uint32_t v = 0;
+    std::uint32_t uv = 0;
+    for (Face* face = faces; face != faces + count; ++face, filtered += sizeof *face) {
+        v += loadWord(filtered);
+        uv += loadWord(filtered + offsetof(Face, uv_indices));
+        face->vertex_indices[0] = v;
+        face->uv_indices[0] = uv;
         for (std::size_t corner = 1; corner < corners; ++corner) {
-            face.vertex_indices[corner] += prev_v;
-            face.uv_indices[corner] += prev_uv;
+            face->vertex_indices[corner] = v + loadWord(filtered + corner * sizeof v);
+            face->uv_indices[corner] = uv + loadWord(filtered + offsetof(Face, uv_indices) + corner * sizeof uv);
         }
-        faces[i] = face;
+        face->material_index = loadWord(filtered + offsetof(Face, material_index));
     }
 }
 

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <rply.h>
@@ -96,6 +97,33 @@ void onError(p_ply ply, const char* message) {
     std::fprintf(stderr, "RPly: %s\n", message);
 }
 
+/// The value of a type word as a plain number: some versions of RPly store -1 there, which its enumeration can't hold.
+unsigned toNumber(const e_ply_type& type) {
+    unsigned number = 0;
+    static_assert(sizeof type == sizeof number);
+    std::memcpy(&number, &type, sizeof number);
+    return number;
+}
+
+/// Whether all properties have types that exist. RPly takes any word for a type in the header, and then reads the body
+/// by a function from beside its table.
+bool hasKnownTypes(p_ply ply) {
+    for (p_ply_element element = ply_get_next_element(ply, nullptr); element != nullptr;
+         element = ply_get_next_element(ply, element)) {
+        for (p_ply_property property = ply_get_next_property(element, nullptr); property != nullptr;
+             property = ply_get_next_property(element, property)) {
+            e_ply_type type = PLY_INT8;
+            e_ply_type length_type = PLY_INT8;
+            e_ply_type value_type = PLY_INT8;
+            ply_get_property_info(property, nullptr, &type, &length_type, &value_type);
+            if (toNumber(type) > PLY_LIST) return false;
+            if (toNumber(type) == PLY_LIST && (toNumber(length_type) >= PLY_LIST || toNumber(value_type) >= PLY_LIST))
+                return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 void loadPLY(std::string_view path, Mesh& mesh, float scale) {
@@ -107,7 +135,7 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
     PlyRun run{mesh, scale};
     const PlyHandle ply(ply_open(FileUtils::toCLibraryPath(path).c_str(), onError, 0, &run));
     if (ply == nullptr) throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
-    if (ply_read_header(ply.get()) == 0) throw Velmar::Exception("could not read header.");
+    if (ply_read_header(ply.get()) == 0 || !hasKnownTypes(ply.get())) throw Velmar::Exception("could not read header.");
 
     ply_set_read_cb(ply.get(), "vertex", "x", onVertex, &run, 0);
     ply_set_read_cb(ply.get(), "vertex", "y", onVertex, &run, 1);

@@ -118,6 +118,15 @@ TEST(PlyLoader, RefusesABrokenHeader) {
     EXPECT_EQ(loaderMessage("ply\nformat ascii 1.0\n"), "could not read header.");
 }
 
+TEST(PlyLoader, RefusesTypesThatDontExist) {
+    const std::string before = "ply\nformat ascii 1.0\nelement vertex 3\n";
+    const std::string after = "\nend_header\n1 2 3\n4 5 6\n7 8 9\n";
+    for (const char* property :
+         {"property quad x", "property", "property list", "property list list int x", "property list uchar list x",
+          "property list uchar quad x", "property list what int x"})
+        EXPECT_EQ(loaderMessage(before + property + after), "could not read header.") << property;
+}
+
 TEST(PlyLoader, RefusesABodyThatEndsEarly) {
     EXPECT_EQ(loaderMessage(header(4, 1) + "0 0 0\n1 0 0\n"), "read of body failed.");
     EXPECT_EQ(loaderMessage(header(4, 1) + square + "3 0 1"), "read of body failed.");
