@@ -134,8 +134,8 @@ TEST(PlyLoader, RefusesABodyThatEndsEarly) {
 }
 
 TEST(PlyLoader, PassesTheMeshsRefusalOnAsItIs) {
-    for (const auto& [face, index] :
-         std::vector<std::pair<std::string, std::string>>{{"3 0 1 4", "4"}, {"3 -1 1 2", "4294967295"}}) {
+    for (const std::string face : {"3 0 1 4", "3 -1 1 2"}) {
+        const std::string index = face == "3 0 1 4" ? "4" : "4294967295";
         Mesh mesh;
         testing::internal::CaptureStderr();
         EXPECT_EQ(messageOf<VelmarException>([&] { load(header(4, 2) + square + face + "\n3 0 1 2\n", mesh); }),
