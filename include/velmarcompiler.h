@@ -6,6 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
 #ifndef _WIN32
 // The header declares it for debug builds only.
 // NOLINTNEXTLINE(readability-redundant-declaration,readability-inconsistent-declaration-parameter-name)
@@ -42,6 +46,23 @@ inline void assertThat(bool holds, const char* text, const char* file = __builti
                        const char* function = __builtin_FUNCTION()) {
     if (!holds) [[unlikely]]
         reportFailedAssertion(text, file, line, function);
+}
+
+/// Asks the system to back a block by large pages: with small ones the first touch of a mesh's arrays takes longer than
+/// reading the mesh into them. A wish only; without it the block works the same, and no memory is taken before it is
+/// touched. Elsewhere large pages need a privilege that hosts don't have.
+[[gnu::noinline]] inline void preferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t size) {
+#ifdef __linux__
+    // What is smaller isn't worth the call.
+    constexpr std::size_t large_block = std::size_t{4} << 20;
+    if (size < large_block) return;
+    // Whole pages inside the block alone: its ends share theirs with the allocator's own data.
+    constexpr std::uintptr_t page = 4096;
+    const auto start = reinterpret_cast<std::uintptr_t>(block);
+    const std::uintptr_t first = (start + page - 1) / page * page;
+    const std::uintptr_t behind = (start + size) / page * page;
+    if (behind > first) madvise(reinterpret_cast<void*>(first), behind - first, MADV_HUGEPAGE);
+#endif
 }
 
 } // namespace Velmar

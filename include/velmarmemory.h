@@ -1,5 +1,7 @@
 #pragma once
 
+#include "velmarcompiler.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -18,19 +20,13 @@ class BadAlloc final : public std::bad_alloc {
     const char* what() const noexcept override { return "bad allocation"; }
 };
 
-/// Blocks of this size and above are bulk data, which is filled once from end to end.
-inline constexpr std::size_t large_block = std::size_t{4} << 20;
-
-/// `malloc` for a large block. It asks the system for large pages: with small ones the first touch takes longer than
-/// reading a mesh into the block. No memory is taken before it is touched.
-void* mallocLargeBlock(std::size_t size) noexcept;
-
 /// Allocates `size` bytes. Release with `sdkFree`.
 /// Throws `BadAlloc` when memory is exhausted.
 inline void* sdkMalloc(std::size_t size) {
     // malloc may answer 0 bytes with null, which would look like exhausted memory.
-    void* const block = size >= large_block ? mallocLargeBlock(size) : std::malloc(size == 0 ? 1 : size);
+    void* const block = std::malloc(size == 0 ? 1 : size);
     if (block == nullptr) throw BadAlloc();
+    preferLargePages(block, size);
     return block;
 }
 
@@ -46,8 +42,9 @@ inline void* sdkAlignedMalloc(std::size_t size, std::size_t alignment) {
     constexpr std::size_t room_for_distance = sizeof(std::uint32_t);
     const std::size_t step = alignment < room_for_distance ? room_for_distance : alignment;
     if (size > std::numeric_limits<std::size_t>::max() - step) throw BadAlloc();
-    void* const block = size >= large_block ? mallocLargeBlock(size + step) : std::malloc(size + step);
+    void* const block = std::malloc(size + step);
     if (block == nullptr) throw BadAlloc();
+    preferLargePages(block, size);
 
     const std::size_t misalignment = reinterpret_cast<std::uintptr_t>(block) % step;
     const std::size_t distance = step - misalignment;
