@@ -19,7 +19,7 @@ compile() {
 model=$(dpkg -L glmark2-data 2>/dev/null | grep '/bunny\.obj$') || die "the package glmark2-data is missing; ./dev setup installs it"
 
 say "building VelmarAPI.dll and velmar.exe, and their native twins (a few minutes the first time)"
-compile windows velmar wineprefix
+compile windows velmar wineprefix render_in_c
 compile linux velmar
 
 rm -rf demo
@@ -51,3 +51,6 @@ say "velmar.exe info ${mesh//\//\\}"
 diff -r demo/scene_meshes demo/native/scene_meshes || die "the two builds wrote different meshes"
 tr -d '\r' <demo/scene.xml | cmp - demo/native/scene.xml || die "the two builds wrote different documents"
 say "the native build wrote the same scene, byte for byte but for the line ends (demo/native/)"
+
+say "the second road: render_in_c.exe hands a scene to a renderer library, a stand-in that tells of each call"
+(cd build/windows/standin/demo && VELMAR_STANDIN_RECORD=- ../../wine ../../render_in_c.exe | tr -d '\r' | grep -v '^ ')
