@@ -3,7 +3,8 @@
 #include "types.h"
 
 /**
- * Makes a context, which stands for the renderer library. Only rendering needs one: scenes are built and written without.
+ * Makes a context, which stands for the renderer library. Only rendering needs one: scenes are built and written
+ * without.
  * @return a context of the host's, not yet initialised. VelmarRenderer_Create takes it over; without a renderer it is
  *         given back to VelmarContext_Delete.
  */
@@ -15,7 +16,8 @@ VELMAR_API VelmarContext* VelmarContext_Create(void);
  * standard output or error stream.
  * @param context  the context, or null, which is a failure.
  * @return 0, or -1 when there is no library, it can't be loaded, it lacks an entry point or its own set-up failed. A
- *         std::exception on the way is told on the standard error stream and yields 0: it isn't known then what is usable.
+ *         std::exception on the way is told on the standard error stream and yields 0: it isn't known then what is
+ * usable.
  * @throws what the library throws of other classes.
  */
 VELMAR_API int VelmarContext_Initialize(VelmarContext* context);

@@ -3,8 +3,8 @@
 #include "types.h"
 
 /**
- * A render, in order: VelmarContext_Initialize; VelmarRenderer_Create; VelmarRenderer_InitializeWithScene; start, pause,
- * resume, update and stop as the renderer library allows; VelmarRenderer_Delete.
+ * A render, in order: VelmarContext_Initialize; VelmarRenderer_Create; VelmarRenderer_InitializeWithScene; start,
+ * pause, resume, update and stop as the renderer library allows; VelmarRenderer_Delete.
  *
  * Who deletes what. The context belongs to the renderer from VelmarRenderer_Create on, and the scene from
  * VelmarRenderer_InitializeWithScene on: VelmarRenderer_Delete ends both, and the host deletes neither. The renderer is
@@ -16,8 +16,8 @@
 /**
  * Makes a renderer.
  * @param context  an initialised context, which belongs to the renderer from now on and goes with it.
- * @return a renderer of the host's, to be given back to VelmarRenderer_Delete. When the library can't make or initialise
- *         its part, that is told on the standard output.
+ * @return a renderer of the host's, to be given back to VelmarRenderer_Delete. When the library can't make or
+ * initialise its part, that is told on the standard output.
  */
 VELMAR_API VelmarRenderer* VelmarRenderer_Create(VelmarContext* context);
 
@@ -25,10 +25,10 @@ VELMAR_API VelmarRenderer* VelmarRenderer_Create(VelmarContext* context);
  * Hands the scene to the renderer library and makes the image store that its render settings ask for. Width, height and
  * super sample factor must be set there.
  * @param context  the context that the renderer was made with.
- * @param scene    the scene, which belongs to the renderer from now on and goes with it. Its nodes' setters may still be
- *                 called; the library learns of changes by VelmarRenderer_UpdateScene.
- * @throws Velmar::VelmarException when the scene has no render settings or the image store can't be allocated. The scene
- *         is then still the host's.
+ * @param scene    the scene, which belongs to the renderer from now on and goes with it. Its nodes' setters may still
+ * be called; the library learns of changes by VelmarRenderer_UpdateScene.
+ * @throws Velmar::VelmarException when the scene has no render settings or the image store can't be allocated. The
+ * scene is then still the host's.
  */
 VELMAR_API void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext* context,
                                                    VelmarScene* scene);
