@@ -6,7 +6,9 @@
 #include "utils/CLibraryPath.h"
 #include "utils/NumericLocale.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -124,6 +126,13 @@ bool hasKnownTypes(p_ply ply) {
     return true;
 }
 
+/// Room for as many elements as the header claims, within reason: a claim that the body doesn't keep must cost nothing.
+template <class T>
+void reserveClaimed(Vector<T>& elements, long claimed) {
+    constexpr long within_reason = 4000000;
+    if (claimed > 0) elements.reserve(elements.size() + static_cast<std::size_t>(std::min(claimed, within_reason)));
+}
+
 } // namespace
 
 void loadPLY(std::string_view path, Mesh& mesh, float scale) {
@@ -139,8 +148,10 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
 
     ply_set_read_cb(ply.get(), "vertex", "x", onVertex, &run, 0);
     ply_set_read_cb(ply.get(), "vertex", "y", onVertex, &run, 1);
-    ply_set_read_cb(ply.get(), "vertex", "z", onVertex, &run, 2);
-    ply_set_read_cb(ply.get(), "face", "vertex_indices", onFace, &run, 0);
+    const long num_vertices = ply_set_read_cb(ply.get(), "vertex", "z", onVertex, &run, 2);
+    const long num_faces = ply_set_read_cb(ply.get(), "face", "vertex_indices", onFace, &run, 0);
+    reserveClaimed(mesh.verts, num_vertices);
+    reserveClaimed(mesh.triangles, num_faces);
     const bool complete = ply_read(ply.get()) != 0;
     if (run.failure != nullptr) std::rethrow_exception(run.failure);
     if (!complete) throw Velmar::Exception("read of body failed.");
