@@ -3,7 +3,9 @@
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/PlyHeader.h"
 #include "utils/CLibraryPath.h"
+#include "utils/MappedFile.h"
 #include "utils/NumericLocale.h"
 
 #include <algorithm>
@@ -13,9 +15,14 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <optional>
+#include <random>
 #include <rply.h>
 #include <string>
+#include <system_error>
 
 namespace Velmar {
 
@@ -133,6 +140,65 @@ void reserveClaimed(Vector<T>& elements, long claimed) {
     if (claimed > 0) elements.reserve(elements.size() + static_cast<std::size_t>(std::min(claimed, within_reason)));
 }
 
+/// A copy of a text with a line end behind it, in a file that goes with the object.
+class TerminatedCopy {
+  public:
+    explicit TerminatedCopy(std::string_view text) {
+        std::random_device random;
+        full_path = std::filesystem::temp_directory_path() /
+                    ("velmar-" + std::to_string(random()) + "-" + std::to_string(random()) + ".ply");
+        std::ofstream file(full_path, std::ios::binary);
+        file.write(text.data(), static_cast<std::streamsize>(text.size()));
+        file.put('\n');
+        file.close();
+        if (file.fail()) {
+            remove();
+            throw Velmar::Exception("read of body failed.");
+        }
+    }
+    ~TerminatedCopy() { remove(); }
+    TerminatedCopy(const TerminatedCopy&) = delete;
+    TerminatedCopy& operator=(const TerminatedCopy&) = delete;
+
+    std::string path() const {
+        const std::u8string text = full_path.u8string();
+        return std::string(text.begin(), text.end());
+    }
+
+  private:
+    void remove() const noexcept {
+        std::error_code ignored;
+        std::filesystem::remove(full_path, ignored);
+    }
+
+    std::filesystem::path full_path;
+};
+
+[[noreturn]] void throwBadHeader() {
+    throw Velmar::Exception("could not read header.");
+}
+
+/// Opens the file for RPly after a look at what it would stumble over. `copy` holds a text that needed its end.
+PlyHandle openChecked(std::string_view path, PlyRun& run, std::optional<TerminatedCopy>& copy) {
+    PlyHandle ply(ply_open(FileUtils::toCLibraryPath(path).c_str(), onError, 0, &run));
+    if (ply == nullptr) throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
+
+    std::optional<MappedFile> file;
+    try {
+        file.emplace(path);
+    } catch (const Velmar::Exception&) {
+        throwBadHeader();
+    }
+    const PlyHeaderCheck check = checkPlyHeader(file->getText());
+    if (!check.complete) throwBadHeader();
+    if (check.ascii && !endsWithBlank(file->getText())) {
+        copy.emplace(file->getText());
+        ply.reset(ply_open(FileUtils::toCLibraryPath(copy->path()).c_str(), onError, 0, &run));
+        if (ply == nullptr) throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
+    }
+    return ply;
+}
+
 } // namespace
 
 void loadPLY(std::string_view path, Mesh& mesh, float scale) {
@@ -142,9 +208,9 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
     // RPly reads the numbers of text files by the C runtime.
     const PlainNumericLocale locale;
     PlyRun run{mesh, scale};
-    const PlyHandle ply(ply_open(FileUtils::toCLibraryPath(path).c_str(), onError, 0, &run));
-    if (ply == nullptr) throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
-    if (ply_read_header(ply.get()) == 0 || !hasKnownTypes(ply.get())) throw Velmar::Exception("could not read header.");
+    std::optional<TerminatedCopy> copy;
+    const PlyHandle ply = openChecked(path, run, copy);
+    if (ply_read_header(ply.get()) == 0 || !hasKnownTypes(ply.get())) throwBadHeader();
 
     ply_set_read_cb(ply.get(), "vertex", "x", onVertex, &run, 0);
     ply_set_read_cb(ply.get(), "vertex", "y", onVertex, &run, 1);

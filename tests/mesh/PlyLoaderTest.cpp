@@ -133,6 +133,20 @@ TEST(PlyLoader, RefusesABodyThatEndsEarly) {
     EXPECT_EQ(loaderMessage(header(1000000000, 1) + square), "read of body failed.");
 }
 
+TEST(PlyLoader, ReadsATextWithoutALineEndBehindTheLastNumber) {
+    Mesh mesh;
+    load(header(4, 2) + square + "3 0 1 2\n3 2 3 0", mesh);
+    EXPECT_EQ(mesh.triangles.size(), 2u);
+}
+
+TEST(PlyLoader, RefusesEveryCutOfATextThatLosesANumber) {
+    const std::string text = header(4, 2) + square + "3 0 1 2\n3 2 3 0\n";
+    for (std::size_t length = 0; length + 2 < text.size(); ++length) {
+        const std::string message = loaderMessage(text.substr(0, length));
+        EXPECT_TRUE(message == "could not read header." || message == "read of body failed.") << length << message;
+    }
+}
+
 TEST(PlyLoader, PassesTheMeshsRefusalOnAsItIs) {
     for (const std::string face : {"3 0 1 4", "3 -1 1 2"}) {
         const std::string index = face == "3 0 1 4" ? "4" : "4294967295";
