@@ -1,4 +1,5 @@
 #include "api/Handles.h"
+#include "api/NewObject.h"
 #include "mesh/VmmeshWriter.h"
 
 #include <span>
@@ -6,13 +7,12 @@
 using namespace Velmar;
 
 VelmarMesh* VelmarMesh_Create(const char* name) {
-    const Reference<Mesh> mesh(new Mesh);
-    auto* const node = new SceneNodeMesh;
-    node->mesh = mesh;
+    NewObject<SceneNodeMesh> node(new SceneNodeMesh);
+    node->mesh = new Mesh;
     node->setName(String(name));
     node->view_dependent_subdivision = false;
     node->max_num_subdivisions = 0;
-    return toHandle<VelmarMesh>(node);
+    return toHandle<VelmarMesh>(node.release());
 }
 
 void VelmarMesh_NormalSmoothing(VelmarMesh* mesh, VelmarBool smooth) {

@@ -60,7 +60,7 @@ void stdVectorPushBack(benchmark::State& state) {
     }
 }
 
-BENCHMARK(velmarMesh)->Unit(benchmark::kMillisecond);
-BENCHMARK(stdVectorPushBack)->Unit(benchmark::kMillisecond);
+BENCHMARK(velmarMesh)->Name("velmarFill")->Unit(benchmark::kMillisecond);
+BENCHMARK(stdVectorPushBack)->Name("vectorFill")->Unit(benchmark::kMillisecond);
 
 } // namespace
