@@ -114,11 +114,20 @@ unsigned toNumber(const e_ply_type& type) {
     return number;
 }
 
-/// Whether all properties have types that exist. RPly takes any word for a type in the header, and then reads the body
-/// by a function from beside its table.
-bool hasKnownTypes(p_ply ply) {
+/// Whether the element has no properties but so many instances that RPly would count through them for ever.
+bool countsThroughNothing(p_ply_element element) {
+    constexpr long many = 100000000;
+    long instances = 0;
+    ply_get_element_info(element, nullptr, &instances);
+    return ply_get_next_property(element, nullptr) == nullptr && instances > many;
+}
+
+/// Whether all properties have types that exist, and all elements something to read. RPly takes any word for a type in
+/// the header, and then reads the body by a function from beside its table.
+bool isReadable(p_ply ply) {
     for (p_ply_element element = ply_get_next_element(ply, nullptr); element != nullptr;
          element = ply_get_next_element(ply, element)) {
+        if (countsThroughNothing(element)) return false;
         for (p_ply_property property = ply_get_next_property(element, nullptr); property != nullptr;
              property = ply_get_next_property(element, property)) {
             e_ply_type type = PLY_INT8;
@@ -210,7 +219,7 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
     PlyRun run{mesh, scale};
     std::optional<TerminatedCopy> copy;
     const PlyHandle ply = openChecked(path, run, copy);
-    if (ply_read_header(ply.get()) == 0 || !hasKnownTypes(ply.get())) throwBadHeader();
+    if (ply_read_header(ply.get()) == 0 || !isReadable(ply.get())) throwBadHeader();
 
     ply_set_read_cb(ply.get(), "vertex", "x", onVertex, &run, 0);
     ply_set_read_cb(ply.get(), "vertex", "y", onVertex, &run, 1);

@@ -127,6 +127,11 @@ TEST(PlyLoader, RefusesTypesThatDontExist) {
         EXPECT_EQ(loaderMessage(before + property + after), "could not read header.") << property;
 }
 
+TEST(PlyLoader, RefusesToCountThroughElementsWithoutProperties) {
+    EXPECT_EQ(loaderMessage("ply\nformat ascii 1.0\nelement nothing 2000000000\nend_header\n"),
+              "could not read header.");
+}
+
 TEST(PlyLoader, RefusesABodyThatEndsEarly) {
     EXPECT_EQ(loaderMessage(header(4, 1) + "0 0 0\n1 0 0\n"), "read of body failed.");
     EXPECT_EQ(loaderMessage(header(4, 1) + square + "3 0 1"), "read of body failed.");
