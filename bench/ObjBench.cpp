@@ -1,9 +1,11 @@
 #include "bench/support/ObjModel.h"
+#include "bench/support/PeakMemory.h"
 #include "mesh/Mesh.h"
 #include "mesh/MtlLoader.h"
 #include "mesh/ObjLoader.h"
 
 #include <benchmark/benchmark.h>
+#include <filesystem>
 #include <string>
 #include <tiny_obj_loader.h>
 #include <vector>
@@ -30,13 +32,21 @@ void countTriangles(benchmark::State& state, std::size_t triangles) {
 void velmarObj(benchmark::State& state, ObjCorners corners) {
     const std::string& path = model(corners).path();
     std::size_t triangles = 0;
+    std::size_t mesh_bytes = 0;
+    const PeakMemory peak;
     for (auto _ : state) {
         Velmar::Mesh mesh;
         Velmar::MTLLibrary library;
         Velmar::loadOBJ(path, mesh, 1.0f, false, library);
         triangles = mesh.triangles.size();
+        mesh_bytes = (mesh.verts.size() + mesh.normals.size()) * sizeof(Velmar::Vec3f) +
+                     mesh.uv_pairs.size() * sizeof(Velmar::Vec2f) + triangles * sizeof(Velmar::MeshTriangle);
     }
     countTriangles(state, triangles);
+    // The file itself is mapped and counts while it is read.
+    state.counters["peak_MiB"] = static_cast<double>(peak.rise()) / 0x100000;
+    state.counters["mesh_MiB"] = static_cast<double>(mesh_bytes) / 0x100000;
+    state.counters["file_MiB"] = static_cast<double>(std::filesystem::file_size(path)) / 0x100000;
 }
 
 void tinyObj(benchmark::State& state, ObjCorners corners) {
