@@ -1,21 +1,26 @@
+/* Made by `./dev generate` from api/functions/background.toml; make changes there. */
 #pragma once
 
 #include "types.h"
 
 /**
  * Makes a background of even light from all directions.
+ *
+ * The node is the host's until it is added to a scene. There is no function to delete it.
  * @param r, g, b  the colour, with gamma 2.2.
  * @param s        the strength that the colour is multiplied by.
- * @return a node of the host's until it is added to a scene. There is no function to delete it.
+ * @return the node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarBackground* VelmarBackground_CreateUniform(double r, double g, double b, double s);
 
 /**
- * Makes a background of sun and sky.
- * @param x, y, z  the direction towards the sun, with z up. It is used as it stands: give it a length of 1.
+ * Makes a background of sun and sky. The direction is used as it stands: give it a length of 1.
+ *
+ * The node is the host's until it is added to a scene. There is no function to delete it.
+ * @param x, y, z  the direction towards the sun, with z up.
  * @param model    the name of the sky model, UTF-8, as "original" or "captured-simulation". It isn't checked.
- * @return a node of the host's until it is added to a scene. There is no function to delete it.
+ * @return the node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarBackground* VelmarBackground_CreateSunSky(double x, double y, double z, const char* model);
@@ -26,6 +31,8 @@ VELMAR_API VelmarBackground* VelmarBackground_CreateSunSky(double x, double y, d
  *
  * This doesn't delete what VelmarBackground_CreateUniform and VelmarBackground_CreateSunSky return: never hand those to
  * it. A background leaves with its scene.
+ *
+ * The record is gone afterwards.
  * @param record  the record, or null.
  */
 VELMAR_API void VelmarBackground_Delete(void* record);

@@ -1,3 +1,4 @@
+/* Made by `./dev generate` from api/functions/camera.toml; make changes there. */
 #pragma once
 
 #include "types.h"
@@ -5,7 +6,10 @@
 /**
  * Makes a camera node named "Camera": a thin lens that looks along y with z up, focuses itself, and has no position
  * yet.
- * @return a node of the host's until it is added to a scene. There is no delete function: add it, or it is never freed.
+ *
+ * The node is the host's until it is added to a scene. There is no delete function: add it, or it is never freed.
+ * @return the node.
+ * @throws std::bad_alloc
  */
 VELMAR_API VelmarCamera* VelmarCamera_Create(void);
 
@@ -18,8 +22,10 @@ VELMAR_API void VelmarCamera_SetAutofocus(VelmarCamera* camera, VelmarBool autof
 /** Sets the exposure time, in seconds; 0.333 at creation. */
 VELMAR_API void VelmarCamera_SetExposureDuration(VelmarCamera* camera, double seconds);
 
-/** Sets the distance from lens to sensor, in metres; 0.036 at creation. With the sensor's width it gives the field of
- *  view. */
+/**
+ * Sets the distance from lens to sensor, in metres; 0.036 at creation. With the sensor's width it gives the field of
+ * view.
+ */
 VELMAR_API void VelmarCamera_SetLensSensorDistance(VelmarCamera* camera, double distance);
 
 /** Sets how far the lens is shifted to the right, in metres; 0 at creation. */
@@ -59,6 +65,8 @@ VELMAR_API void VelmarCamera_SetFov(VelmarCamera* camera, double fov, double wid
 
 /**
  * Computes 0.5 / a * b and changes nothing; the camera isn't looked at.
+ * @param a  the divisor.
+ * @param b  the factor.
  * @return the result; infinite or not a number when `a` is 0.
  */
 VELMAR_API double VelmarCamera_SetAperature(VelmarCamera* camera, double a, double b);

@@ -1,3 +1,4 @@
+/* Made by `./dev generate` from api/functions/mesh.toml; make changes there. */
 #pragma once
 
 #include "types.h"
@@ -7,8 +8,11 @@
  *
  * Filling: vertices, texture coordinates and names of materials in any order, faces with indices into them, then
  * VelmarMesh_Build once.
+ *
+ * The node is the host's until it is added to a scene or given to a model.
  * @param name  the node's name, UTF-8.
- * @return a node of the host's until it is added to a scene or given to a model.
+ * @return the node.
+ * @throws std::bad_alloc
  */
 VELMAR_API VelmarMesh* VelmarMesh_Create(const char* name);
 
@@ -34,9 +38,10 @@ VELMAR_API void VelmarMesh_AddVertices(VelmarMesh* mesh, int32_t count, const fl
 /**
  * Appends faces. Indices aren't checked, here or in VelmarMesh_Build: keep them in range.
  * @param count  how many; below 1 does nothing.
- * @param words  that many records one after the other. A triangle has 8 words: 0, three vertex indices, three texture
- *               coordinate indices, a material index. A quad has 10: any other value than 0, four vertex indices, four
- *               texture coordinate indices, a material index. Without texture coordinates their indices are ignored.
+ * @param words  count records of 8 or 10 words: one record after the other. A triangle has 8 words: 0, three vertex
+ *               indices, three texture coordinate indices, a material index. A quad has 10: any other value than 0,
+ *               four vertex indices, four texture coordinate indices, a material index. Without texture coordinates
+ *               their indices are ignored.
  * @throws std::bad_alloc
  */
 VELMAR_API void VelmarMesh_AddFaces(VelmarMesh* mesh, int32_t count, const uint32_t* words);
@@ -51,6 +56,7 @@ VELMAR_API void VelmarMesh_AddTextureCoordinates(VelmarMesh* mesh, int32_t count
 
 /**
  * Appends the name of a material that faces use by its index, unless the name is there.
+ * @param name  the material's name, UTF-8.
  * @throws std::bad_alloc
  */
 VELMAR_API void VelmarMesh_AddMaterialUsed(VelmarMesh* mesh, const char* name);
@@ -64,13 +70,15 @@ VELMAR_API uint32_t VelmarMesh_Build(VelmarMesh* mesh);
 
 /**
  * Writes the mesh as an uncompressed vmmesh file, replacing the file.
- * @param path  UTF-8.
+ * @param path  the file's path, UTF-8.
  * @throws Velmar::VelmarException when the file can't be written or the mesh is inconsistent.
  */
 VELMAR_API void VelmarMesh_WriteToFile(VelmarMesh* mesh, const char* path);
 
 /**
  * Destroys a node that was never added to a scene or given to a model.
+ *
+ * The node is gone afterwards.
  * @param mesh  the node, or null.
  */
 VELMAR_API void VelmarMesh_Delete(VelmarMesh* mesh);

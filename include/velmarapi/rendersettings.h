@@ -1,3 +1,4 @@
+/* Made by `./dev generate` from api/functions/rendersettings.toml; make changes there. */
 #pragma once
 
 #include "types.h"
@@ -6,7 +7,10 @@
  * Makes a render settings node named "Render Settings" with every setting unset. Only what is set reaches the document;
  * all else is left to the renderer's own defaults. Nothing checks the values. Each call keeps about 1.5 kilobytes for
  * the life of the process, so make one node a scene.
- * @return a node of the host's until it is added to a scene.
+ *
+ * The node is the host's until it is added to a scene.
+ * @return the node.
+ * @throws std::bad_alloc
  */
 VELMAR_API VelmarRenderSettings* VelmarRenderSettings_Create(void);
 
@@ -57,6 +61,8 @@ VELMAR_API void VelmarRenderSettings_MaterialIdTracer(VelmarRenderSettings* sett
 
 /**
  * Destroys a node that was never added to a scene.
+ *
+ * The node is gone afterwards.
  * @param settings  the node, or null.
  */
 VELMAR_API void VelmarRenderSettings_Delete(VelmarRenderSettings* settings);

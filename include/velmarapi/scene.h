@@ -1,18 +1,25 @@
+/* Made by `./dev generate` from api/functions/scene.toml; make changes there. */
 #pragma once
 
 #include "types.h"
 
 /**
  * Makes an empty scene named "Scene".
- * @return a scene of the host's, to be given back to VelmarScene_Delete.
+ *
+ * The scene is the host's, to be given back to VelmarScene_Delete.
+ * @return the scene.
+ * @throws std::bad_alloc
  */
 VELMAR_API VelmarScene* VelmarScene_Create(void);
 
 /**
- * Appends a node to the scene, which owns it from then on. The order of adding is the order in the document. A node
- * that is added twice stands twice. The seven functions differ in name only: each takes any node.
+ * Appends a node to the scene. The order of adding is the order in the document. A node that is added twice stands
+ * twice. The seven functions differ in name only: each takes any node.
+ *
+ * The scene owns the node from then on.
  * @param scene  the scene.
  * @param model  the node; must not be null.
+ * @throws std::bad_alloc
  */
 VELMAR_API void VelmarScene_AddModel(VelmarScene* scene, VelmarModel* model);
 /** As VelmarScene_AddModel. */
@@ -42,6 +49,8 @@ VELMAR_API void VelmarScene_WriteToXML(VelmarScene* scene, const char* path);
 
 /**
  * Destroys the scene and every node that it alone holds.
+ *
+ * The scene and its nodes are gone afterwards. Not for a scene that a renderer was given.
  * @param scene  the scene, or null.
  */
 VELMAR_API void VelmarScene_Delete(VelmarScene* scene);

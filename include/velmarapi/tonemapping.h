@@ -1,3 +1,4 @@
+/* Made by `./dev generate` from api/functions/tonemapping.toml; make changes there. */
 #pragma once
 
 #include "types.h"
@@ -12,7 +13,10 @@ enum {
 
 /**
  * Makes a tone mapping node named "Tone Mapping", of linear kind with scale 1.
- * @return a node of the host's until it is added to a scene.
+ *
+ * The node is the host's until it is added to a scene.
+ * @return the node.
+ * @throws std::bad_alloc
  */
 VELMAR_API VelmarTonemapping* VelmarTonemapping_Create(void);
 
@@ -43,13 +47,15 @@ VELMAR_API void VelmarTonemapping_EvAdjust(VelmarTonemapping* tonemapping, doubl
 /**
  * Sets the response function of the camera kind.
  * @param path  the file's path, UTF-8. It is written as given: a relative path stays relative to the renderer's own
- * data.
+ *              data.
  * @throws std::bad_alloc
  */
 VELMAR_API void VelmarTonemapping_SetResponseFunctionPath(VelmarTonemapping* tonemapping, const char* path);
 
 /**
  * Destroys a node that was never added to a scene.
+ *
+ * The node is gone afterwards.
  * @param tonemapping  the node, or null.
  */
 VELMAR_API void VelmarTonemapping_Delete(VelmarTonemapping* tonemapping);
