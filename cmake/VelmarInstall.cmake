@@ -27,3 +27,25 @@ file(RELATIVE_PATH velmar_pc_prefix "/p/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/p")
 string(REGEX REPLACE "/$" "" velmar_pc_prefix "${velmar_pc_prefix}")
 configure_file(cmake/velmarapi.pc.in "${CMAKE_CURRENT_BINARY_DIR}/velmarapi.pc" @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/velmarapi.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+# What linkers of other compilers make their import libraries from: the names alone, since which function a name stands
+# for is the library's own matter.
+if(WIN32)
+    file(STRINGS api/VelmarAPI.def velmar_def_lines REGEX "^[ \t]*[A-Za-z_]")
+    list(FILTER velmar_def_lines EXCLUDE REGEX "^[ \t]*(LIBRARY|EXPORTS)([ \t]|$)")
+    list(TRANSFORM velmar_def_lines REPLACE "^[ \t]*([A-Za-z0-9_]+).*" "    \\1")
+    list(JOIN velmar_def_lines "\n" velmar_def_names)
+    file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" @ONLY
+         CONTENT "LIBRARY VelmarAPI.dll\nEXPORTS\n@velmar_def_names@\n")
+    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endif()
+
+# What cmake/package/make.py makes the package of this build from.
+if(PROJECT_IS_TOP_LEVEL)
+    set(velmar_archive tar.gz)
+    if(WIN32)
+        set(velmar_archive zip)
+    endif()
+    string(TOLOWER "velmar-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-x64" velmar_package)
+    configure_file(cmake/package/package.json.in "${CMAKE_CURRENT_BINARY_DIR}/package.json" @ONLY)
+endif()

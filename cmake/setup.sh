@@ -11,7 +11,7 @@ packages=(
     g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
     libzstd-dev libxxhash-dev libdouble-conversion-dev libfast-float-dev                   # the library
     libcli11-dev                                                                           # the command line tool
-    googletest libpugixml-dev libeigen3-dev                                                # the tests
+    googletest libpugixml-dev libeigen3-dev pkgconf llvm                                   # the tests
     libbenchmark-dev libtinyobjloader-dev libassimp-dev                                    # the benchmarks and peers
     glmark2-data assimp-testmodels                                                         # real models
 )

@@ -1,17 +1,18 @@
 #include <cstdio>
+#include <string>
 #include <velmarapi.h>
 #include <velmarexceptions.h>
 
 /// The installed headers are enough to catch what the library throws by its type.
 int main() {
-    VelmarScene* const scene = VelmarScene_Create();
-    int status = 0;
+    VelmarMesh* const mesh = VelmarMesh_Create("Mesh");
+    std::string message;
     try {
-        VelmarScene_WriteToXML(scene, "host_scene.xml");
+        VelmarMesh_WriteToFile(mesh, "no_such_folder/mesh.vmmesh");
     } catch (const Velmar::VelmarException& failure) {
-        std::fwrite(failure.getMessage().data(), 1, failure.getMessage().size(), stderr);
-        status = 1;
+        message.assign(failure.getMessage().data(), failure.getMessage().size());
     }
-    VelmarScene_Delete(scene);
-    return status;
+    VelmarMesh_Delete(mesh);
+    std::puts(message.c_str());
+    return message.empty() ? 1 : 0;
 }

@@ -1,0 +1,130 @@
+#!/usr/bin/env python3
+"""Makes the package of a build: what `cmake --install` lays down, stripped, with examples, documents and licences.
+
+Usage: make.py BUILD/package.json FOLDER
+
+Prints the path of the archive, which holds one folder of its own name. The same build gives the same bytes.
+"""
+import gzip
+import io
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import tarfile
+import tempfile
+import zipfile
+
+# Whose code is in our files or linked by them, and where Debian keeps the terms.
+LICENCES = {
+    "zstd": "libzstd-dev",
+    "xxHash": "libxxhash-dev",
+    "double-conversion": "libdouble-conversion-dev",
+    "fast_float": "libfast-float-dev",
+    "CLI11": "libcli11-dev",
+}
+# The runtime that a DLL made by MinGW carries.
+LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
+
+# For people who write hosts or renderer libraries; the other documents are about the sources.
+DOCUMENTS = ["api", "errors.md", "life-of-a-scene.md", "python.md", "renderer-seam.md", "scene-document.md",
+             "threads.md", "vmmesh-format.md"]
+
+# The earliest time that a zip file can tell.
+TIME = (1980, 1, 1, 0, 0, 0)
+
+
+def copy(source, target):
+    if source.is_dir():
+        shutil.copytree(source, target, ignore=shutil.ignore_patterns("__pycache__", ".*", "*.egg-info"))
+    else:
+        shutil.copy(source, target)
+
+
+def add_documents(source, tree):
+    shutil.copy(source / "docs" / "using-a-package.md", tree / "README.md")
+    shutil.copy(source / "cmake" / "package" / "CMakeLists.txt", tree)
+    for name in ["CHANGELOG.md", "SECURITY.md", "LICENSE", "examples", "python"]:
+        if (source / name).exists():
+            copy(source / name, tree / name)
+    (tree / "docs").mkdir()
+    for name in DOCUMENTS:
+        if (source / "docs" / name).exists():
+            copy(source / "docs" / name, tree / "docs" / name)
+
+
+def add_licences(package, tree):
+    folder = tree / "licences"
+    folder.mkdir()
+    origins = dict(LICENCES)
+    if package["archive"] == "zip":
+        origins.update(LICENCES_OF_RUNTIME)
+    for name, origin in origins.items():
+        terms = pathlib.Path("/usr/share/doc", origin, "copyright")
+        if not terms.is_file():
+            sys.exit(f"{terms} is missing; it comes with Debian's package {origin}")
+        shutil.copyfile(terms, folder / f"{name}.txt")
+    # RPly has no package; its notice closes its header.
+    notice = re.search(r"/\* -+\n( \* Copyright.*?) \* -+ ?\*/\s*$",
+                       pathlib.Path(package["rply_header"]).read_text(encoding="utf-8"), re.S)
+    if not notice:
+        sys.exit(f"{package['rply_header']} doesn't end with a copyright notice")
+    (folder / "RPly.txt").write_text(re.sub(r"^ \* ?", "", notice.group(1), flags=re.M), encoding="utf-8")
+
+
+def files_of(tree):
+    return sorted(path for path in tree.rglob("*") if path.is_symlink() or not path.is_dir())
+
+
+def mode_of(path):
+    return 0o755 if path.stat().st_mode & 0o100 else 0o644
+
+
+def write_zip(tree, archive):
+    with zipfile.ZipFile(archive, "w") as out:
+        for path in files_of(tree):
+            info = zipfile.ZipInfo(path.relative_to(tree.parent).as_posix(), TIME)
+            info.compress_type = zipfile.ZIP_DEFLATED
+            info.external_attr = mode_of(path) << 16
+            out.writestr(info, path.read_bytes())
+
+
+def write_tar(tree, archive):
+    def nameless(info):
+        info.uid = info.gid = info.mtime = 0
+        info.uname = info.gname = ""
+        if info.isfile():
+            info.mode = mode_of(tree.parent / info.name)
+        return info
+
+    uncompressed = io.BytesIO()
+    with tarfile.open(fileobj=uncompressed, mode="w", format=tarfile.PAX_FORMAT) as out:
+        for path in files_of(tree):
+            out.add(path, path.relative_to(tree.parent).as_posix(), filter=nameless)
+    with open(archive, "wb") as file, gzip.GzipFile("", "wb", fileobj=file, mtime=0) as out:
+        out.write(uncompressed.getvalue())
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    package = json.loads(pathlib.Path(sys.argv[1]).read_text(encoding="utf-8"))
+    folder = pathlib.Path(sys.argv[2])
+    folder.mkdir(parents=True, exist_ok=True)
+    archive = folder / f"{package['name']}.{package['archive']}"
+    with tempfile.TemporaryDirectory() as temporary:
+        tree = pathlib.Path(temporary, package["name"])
+        # Stripping puts the time into a DLL.
+        subprocess.run([package["cmake"], "--install", package["build"], "--strip", "--prefix", tree], check=True,
+                       stdout=subprocess.DEVNULL, env={**os.environ, "SOURCE_DATE_EPOCH": "0"})
+        add_documents(pathlib.Path(package["source"]), tree)
+        add_licences(package, tree)
+        (write_zip if package["archive"] == "zip" else write_tar)(tree, archive)
+    print(archive)
+
+
+if __name__ == "__main__":
+    main()
