@@ -35,6 +35,10 @@ inline Velmar::Vec4f fromEigen(const Eigen::Quaterniond& q) {
     return {static_cast<float>(q.x()), static_cast<float>(q.y()), static_cast<float>(q.z()), static_cast<float>(q.w())};
 }
 
+inline Velmar::Vec4f point(const Eigen::Vector3d& v) {
+    return {static_cast<float>(v.x()), static_cast<float>(v.y()), static_cast<float>(v.z()), 1.0f};
+}
+
 /// The same sequence from the same seed on every system: the standard distributions aren't pinned.
 class Random {
   public:
