@@ -18,65 +18,44 @@
 
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 namespace Velmar {
 
-/// The class behind an opaque handle type.
+/// The class behind an opaque handle type, as its `type`.
 template <class Handle>
 struct ObjectOf;
 
 template <>
-struct ObjectOf<VelmarRenderer> {
-    using Type = Renderer;
-};
+struct ObjectOf<VelmarRenderer> : std::type_identity<Renderer> {};
 template <>
-struct ObjectOf<::VelmarContext> {
-    using Type = VelmarContext;
-};
+struct ObjectOf<::VelmarContext> : std::type_identity<VelmarContext> {};
 template <>
-struct ObjectOf<VelmarScene> {
-    using Type = SceneNodeRoot;
-};
+struct ObjectOf<VelmarScene> : std::type_identity<SceneNodeRoot> {};
 template <>
-struct ObjectOf<VelmarMesh> {
-    using Type = SceneNodeMesh;
-};
+struct ObjectOf<VelmarMesh> : std::type_identity<SceneNodeMesh> {};
 template <>
-struct ObjectOf<VelmarTonemapping> {
-    using Type = SceneNodeTonemapping;
-};
+struct ObjectOf<VelmarTonemapping> : std::type_identity<SceneNodeTonemapping> {};
 template <>
-struct ObjectOf<VelmarCamera> {
-    using Type = SceneNodeCamera;
-};
+struct ObjectOf<VelmarCamera> : std::type_identity<SceneNodeCamera> {};
 template <>
-struct ObjectOf<VelmarRenderSettings> {
-    using Type = SceneNodeRenderSettings;
-};
+struct ObjectOf<VelmarRenderSettings> : std::type_identity<SceneNodeRenderSettings> {};
 template <>
-struct ObjectOf<VelmarMaterialNode> {
-    using Type = SceneNodeMaterial;
-};
+struct ObjectOf<VelmarMaterialNode> : std::type_identity<SceneNodeMaterial> {};
 template <>
-struct ObjectOf<VelmarMaterial> {
-    using Type = Material;
-};
+struct ObjectOf<VelmarMaterial> : std::type_identity<Material> {};
 template <>
-struct ObjectOf<VelmarBackground> {
-    using Type = SceneNodeBackgroundSettings;
-};
+struct ObjectOf<VelmarBackground> : std::type_identity<SceneNodeBackgroundSettings> {};
 template <>
-struct ObjectOf<VelmarModel> {
-    using Type = SceneNodeModel;
-};
+struct ObjectOf<VelmarModel> : std::type_identity<SceneNodeModel> {};
 
 template <class Handle>
-typename ObjectOf<Handle>::Type* fromHandle(Handle* handle) {
-    return reinterpret_cast<typename ObjectOf<Handle>::Type*>(handle);
+typename ObjectOf<Handle>::type* fromHandle(Handle* handle) {
+    return reinterpret_cast<typename ObjectOf<Handle>::type*>(handle);
 }
 
 template <class Handle>
-Handle* toHandle(typename ObjectOf<Handle>::Type* object) {
+Handle* toHandle(typename ObjectOf<Handle>::type* object) {
     return reinterpret_cast<Handle*>(object);
 }
 
