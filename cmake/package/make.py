@@ -30,8 +30,8 @@ LICENCES = {
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
 # For people who write hosts or renderer libraries; the other documents are about the sources.
-DOCUMENTS = ["api", "errors.md", "life-of-a-scene.md", "python.md", "renderer-seam.md", "scene-document.md",
-             "threads.md", "vmmesh-format.md"]
+DOCUMENTS = ["api", "errors.md", "life-of-a-scene.md", "python.md", "renderer-layouts.md", "renderer-seam.md",
+             "scene-document.md", "threads.md", "vmmesh-format.md"]
 
 # The earliest time that a zip file can tell.
 TIME = (1980, 1, 1, 0, 0, 0)

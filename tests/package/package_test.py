@@ -198,6 +198,9 @@ class Package(unittest.TestCase):
             self.assertNotIn(b".debug_info", file.read_bytes())
             self.assertIn("no symbols", run("nm", file), file)
 
+    def test_its_documents_name_nothing_that_is_missing(self):
+        self.assertIn("documents", run(sys.executable, SOURCE / "tests" / "tree" / "links.py", TREE))
+
     def test_terms_of_all_that_is_linked_are_in_it(self):
         linked = {"zstd", "xxHash", "double-conversion", "fast_float", "CLI11", "RPly"}
         if WINDOWS:
