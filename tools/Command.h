@@ -13,5 +13,5 @@ struct Command {
 Command addExportCommand(CLI::App& tool);
 /// `velmar info`: what a mesh file holds.
 Command addInfoCommand(CLI::App& tool);
-/// `velmar convert`: a mesh file becomes a vmmesh file.
+/// `velmar convert`: a mesh file becomes a vmmesh file, or all in a folder do.
 Command addConvertCommand(CLI::App& tool);

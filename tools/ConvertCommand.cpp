@@ -1,9 +1,10 @@
-#include "mesh/VmmeshWriter.h"
 #include "tools/Command.h"
 #include "tools/Failure.h"
+#include "tools/FolderConversion.h"
 #include "tools/MeshInput.h"
-#include "tools/OutputFile.h"
+#include "tools/MeshOutput.h"
 #include "tools/Progress.h"
+#include "tools/System.h"
 #include "tools/Text.h"
 
 #include <cstdint>
@@ -16,48 +17,53 @@ namespace {
 struct Options {
     std::string input;
     std::string output;
-    float scale = 1.0F;
-    bool plain = false;
-    bool quiet = false;
+    bool recursive = false;
+    ConversionSettings settings;
 };
 
 /// Returns the size of the file written.
-std::uint64_t writeMesh(const Options& options) {
-    Progress progress(options.quiet);
+std::uint64_t convertFile(const Options& options) {
+    Progress progress(options.settings.quiet);
+    // Before the mesh is read, which may take long in vain.
     OutputFile output(options.output);
     progress.show("reading " + Text::fileName(options.input));
-    const Velmar::Reference<Velmar::Mesh> mesh = readMesh(options.input, options.scale);
+    const Velmar::Reference<Velmar::Mesh> mesh = readMesh(options.input, options.settings.scale);
     progress.show("writing " + Text::fileName(options.output));
-    try {
-        Velmar::writeToFile(Velmar::String(output.getPartialPath()), *mesh, !options.plain);
-    } catch (...) {
-        throw makeFailureOf(options.output);
-    }
-    // The writer doesn't see a failure of the last bytes, which the system may hold back until the file is closed.
-    if (!holdsMesh(output.getPartialPath(), mesh->checksum()))
-        throw Failure(options.output + ": wasn't written whole; is the disk full?");
-    return output.commit();
+    return writeMesh(*mesh, output, !options.settings.plain);
 }
 
 void convert(const Options& options) {
+    if (options.recursive) {
+        convertFolder(options.input, options.output, options.settings);
+        return;
+    }
+    if (System::isDirectory(options.input)) throw UsageError(options.input + ": is a folder, which wants --recursive");
     if (getFormat(options.output) != "vmmesh") throw UsageError(options.output + ": the output must end in .vmmesh");
-    const std::uint64_t size = writeMesh(options);
-    if (!options.quiet) std::printf("%s (%s)\n", options.output.c_str(), Text::size(size).c_str());
+    const std::uint64_t size = convertFile(options);
+    if (!options.settings.quiet) std::printf("%s (%s)\n", options.output.c_str(), Text::size(size).c_str());
 }
 
 } // namespace
 
 Command addConvertCommand(CLI::App& tool) {
-    CLI::App* const app = tool.add_subcommand("convert", "Turns a mesh file into a vmmesh file.");
+    CLI::App* const app = tool.add_subcommand("convert", "Turns mesh files into vmmesh files.");
     const auto options = std::make_shared<Options>();
-    app->add_option("IN", options->input, "The mesh file: .obj, .ply, .stl or .vmmesh.")->required();
-    app->add_option("OUT", options->output, "The file to write, ending in .vmmesh. What stands there is replaced.")
+    app->add_option("IN", options->input, "The mesh file: .obj, .ply, .stl or .vmmesh. With --recursive a folder.")
         ->required();
-    app->add_option("--scale", options->scale, "Multiplies all positions, except those of a vmmesh file.")
+    app->add_option("OUT", options->output,
+                    "The file to write, ending in .vmmesh. With --recursive the folder for the files. What stands "
+                    "there is replaced.")
+        ->required();
+    app->add_flag("-r,--recursive", options->recursive,
+                  "Convert every mesh file in the folder IN and below into the same place below OUT. A file that fails "
+                  "is told, and the others go on. Links to folders aren't followed. OUT may lie in IN.");
+    app->add_option("--scale", options->settings.scale, "Multiplies all positions, except those of vmmesh files.")
         ->type_name("FACTOR")
         ->capture_default_str();
-    app->add_flag("--plain", options->plain, "Write without compression");
-    app->add_flag("-q,--quiet", options->quiet, "Print nothing on success, and no progress");
-    app->footer("Exit codes: 0 done, 1 failed, 2 wrong usage.");
+    app->add_flag("--plain", options->settings.plain, "Write without compression");
+    app->add_flag("-q,--quiet", options->settings.quiet, "Print nothing on success, and no progress");
+    app->footer(
+        "With --recursive, a.obj becomes a.vmmesh. Where several files would get one name, each keeps its extension: "
+        "a.obj.vmmesh, a.ply.vmmesh. Exit codes: 0 done, 1 failed, 2 wrong usage.");
     return {app, [options] { convert(*options); }};
 }

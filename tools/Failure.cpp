@@ -4,7 +4,12 @@
 
 #include "utils/FileUtils.h"
 
+#include <cstdio>
 #include <exception>
+
+void printError(const std::string& message) {
+    std::fprintf(stderr, "velmar: %s\n", message.c_str());
+}
 
 // The library's exceptions stand side by side without a common base.
 std::string getCurrentMessage() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -14,6 +15,12 @@ class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
+
+/// Something failed and was told already. The program ends with code 1.
+class ToldFailure : public std::exception {};
+
+/// Tells the person at the keyboard, on the standard error output.
+void printError(const std::string& message);
 
 /// The text of the exception being handled, of whatever class. Only to be called in a handler.
 std::string getCurrentMessage();

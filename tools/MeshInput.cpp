@@ -105,6 +105,10 @@ std::string getFormat(const std::string& path) {
     return FileUtils::toLowerCase(FileUtils::getExtension(path));
 }
 
+bool isMeshFormat(std::string_view format) {
+    return format == "obj" || format == "ply" || format == "stl" || format == "vmmesh";
+}
+
 std::string findFaultyFace(const Mesh& mesh) {
     const bool has_uvs = mesh.num_uv_mappings != 0;
     // A mesh may go without names; then there is one material.

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// What the first bytes of a vmmesh file tell.
@@ -33,6 +34,9 @@ VmmeshHeader readVmmeshHeader(const std::string& path);
 
 /// The extension in lower case: what decides the format.
 std::string getFormat(const std::string& path);
+
+/// Whether a mesh file may be of this format.
+bool isMeshFormat(std::string_view format);
 
 /// What the first face is that refers to a vertex, UV or material that isn't there, in words; empty when all refer to
 /// something. Neither the mesh nor the reader of vmmesh files looks at this.

@@ -1,6 +1,5 @@
 #include "tools/OutputFile.h"
 
-#include "tools/Failure.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
@@ -20,6 +19,13 @@ OutputFile::OutputFile(std::string path)
 
 OutputFile::~OutputFile() {
     if (!partial_path.empty()) System::removeFile(partial_path);
+}
+
+Failure OutputFile::makeFailure() const {
+    std::string message = getCurrentMessage();
+    const std::size_t at = message.find(partial_path);
+    if (at != std::string::npos) return Failure(message.replace(at, partial_path.size(), given_path));
+    return Failure(given_path + ": " + message);
 }
 
 std::uint64_t OutputFile::commit() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/Failure.h"
+
 #include <cstdint>
 #include <string>
 
@@ -16,6 +18,9 @@ class OutputFile {
     /// Where to write: an absolute path. It is the file's with a longer extension, so what the library names after a
     /// file without its extension is named alike.
     const std::string& getPartialPath() const { return partial_path; }
+
+    /// The failure of the exception being handled, naming the file as it was given. Only in a handler.
+    Failure makeFailure() const;
 
     /// Puts the written file in its place and returns its size. Throws `Failure`.
     std::uint64_t commit();

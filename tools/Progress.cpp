@@ -43,7 +43,7 @@ Progress::~Progress() {
     }
     wake.notify_one();
     ticker.join();
-    std::fprintf(stderr, "\r%*s\r", static_cast<int>(drawn_width), "");
+    erase();
 }
 
 void Progress::show(std::string_view step) {
@@ -52,6 +52,19 @@ void Progress::show(std::string_view step) {
     text = shorten(step);
     start = Clock::now();
     draw();
+}
+
+void Progress::clear() {
+    if (!shown) return;
+    const std::lock_guard lock(mutex);
+    text.clear();
+    erase();
+}
+
+void Progress::erase() {
+    std::fprintf(stderr, "\r%*s\r", static_cast<int>(drawn_width), "");
+    std::fflush(stderr);
+    drawn_width = 0;
 }
 
 void Progress::draw() {

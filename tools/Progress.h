@@ -19,10 +19,14 @@ class Progress {
     /// Tells the next step, from now on.
     void show(std::string_view step);
 
+    /// Takes the line away until the next step, so that something else can be printed.
+    void clear();
+
   private:
     using Clock = std::chrono::steady_clock;
 
     void draw();
+    void erase();
     void run();
 
     bool shown;

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <compare>
+#include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,6 +48,28 @@ std::string getAbsolutePath(std::string_view path);
 bool enterDirectory(std::string_view path);
 
 bool isDirectory(std::string_view path);
+
+/// What tells a file or directory from every other one, whatever names lead to it.
+struct FileIdentity {
+    std::uint64_t volume = 0;
+    std::uint64_t number = 0;
+
+    auto operator<=>(const FileIdentity&) const = default;
+};
+
+/// Of what stands at `path`, links followed; none when that can't be told.
+std::optional<FileIdentity> getIdentity(std::string_view path);
+
+enum class EntryKind { file, directory, link_to_directory, other };
+
+/// What stands in a directory. The name of a file that isn't valid text is empty where the system's names are UTF-16.
+struct DirectoryEntry {
+    std::string name;
+    EntryKind kind;
+};
+
+/// Appends the entries of a directory, in no order. Returns whether that worked; else the last system error tells why.
+bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries);
 
 /// Gives the file `from` the name `to`; a file of that name goes. Returns whether that worked.
 bool moveFile(std::string_view from, std::string_view to);

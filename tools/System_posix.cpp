@@ -1,8 +1,10 @@
 #include "tools/System.h"
 #include "utils/SystemPath_posix.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
@@ -11,6 +13,19 @@
 namespace System {
 
 using FileUtils::toSystemPath;
+
+namespace {
+
+EntryKind getKind(int directory, const char* name) {
+    struct stat status = {};
+    const bool is_link = fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+    // A link that leads nowhere is a file that can't be read.
+    if (is_link && fstatat(directory, name, &status, 0) != 0) return EntryKind::file;
+    if (S_ISDIR(status.st_mode)) return is_link ? EntryKind::link_to_directory : EntryKind::directory;
+    return S_ISREG(status.st_mode) ? EntryKind::file : EntryKind::other;
+}
+
+} // namespace
 
 std::vector<std::string> getArguments(int argc, char** argv) {
     return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
@@ -54,6 +69,26 @@ bool enterDirectory(std::string_view path) {
 bool isDirectory(std::string_view path) {
     struct stat status = {};
     return stat(toSystemPath(path).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::optional<FileIdentity> getIdentity(std::string_view path) {
+    struct stat status = {};
+    if (stat(toSystemPath(path).c_str(), &status) != 0) return std::nullopt;
+    return FileIdentity{static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
+}
+
+bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(toSystemPath(path).c_str()), &closedir);
+    if (!directory) return false;
+    while (true) {
+        // The end and a failure differ in this alone.
+        errno = 0;
+        const dirent* const entry = readdir(directory.get());
+        if (entry == nullptr) return errno == 0;
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        entries.push_back({std::string(name), getKind(dirfd(directory.get()), entry->d_name)});
+    }
 }
 
 bool moveFile(std::string_view from, std::string_view to) {

@@ -13,6 +13,19 @@ using FileUtils::toSystemPath;
 using FileUtils::utf8ToWide;
 using FileUtils::wideToUtf8;
 
+namespace {
+
+EntryKind getKind(const WIN32_FIND_DATAW& found) {
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return EntryKind::file;
+    // Other directories with a tag are ordinary ones that some file system keeps elsewhere.
+    const bool is_link =
+        (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 &&
+        (found.dwReserved0 == IO_REPARSE_TAG_SYMLINK || found.dwReserved0 == IO_REPARSE_TAG_MOUNT_POINT);
+    return is_link ? EntryKind::link_to_directory : EntryKind::directory;
+}
+
+} // namespace
+
 // The bytes that `main` gets have passed through the system's code page and lost what it doesn't hold.
 std::vector<std::string> getArguments(int, char**) {
     int count = 0;
@@ -70,6 +83,34 @@ bool enterDirectory(std::string_view path) {
 bool isDirectory(std::string_view path) {
     const DWORD attributes = GetFileAttributesW(toSystemPath(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::optional<FileIdentity> getIdentity(std::string_view path) {
+    constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    // The flag is what lets a directory be opened.
+    const HANDLE file = CreateFileW(toSystemPath(path).c_str(), FILE_READ_ATTRIBUTES, share, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return std::nullopt;
+    BY_HANDLE_FILE_INFORMATION information = {};
+    const bool known = GetFileInformationByHandle(file, &information) != 0;
+    CloseHandle(file);
+    if (!known) return std::nullopt;
+    return FileIdentity{information.dwVolumeSerialNumber,
+                        (std::uint64_t{information.nFileIndexHigh} << 32U) | information.nFileIndexLow};
+}
+
+bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries) {
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW(toSystemPath(std::string(path) + "/*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) return GetLastError() == ERROR_FILE_NOT_FOUND && isDirectory(path);
+    do {
+        const std::wstring_view name = found.cFileName;
+        if (name != L"." && name != L"..") entries.push_back({wideToUtf8(name), getKind(found)});
+    } while (FindNextFileW(search, &found) != 0);
+    const DWORD reason = GetLastError();
+    FindClose(search);
+    SetLastError(reason);
+    return reason == ERROR_NO_MORE_FILES;
 }
 
 bool moveFile(std::string_view from, std::string_view to) {

@@ -48,6 +48,11 @@ std::string fileName(std::string_view path) {
     return std::string(separator == std::string_view::npos ? path : path.substr(separator + 1));
 }
 
+std::string joinPaths(std::string_view folder, std::string_view path) {
+    const bool separated = folder.ends_with('/') || folder.ends_with('\\');
+    return std::string(folder).append(separated ? "" : "/").append(path);
+}
+
 std::string fileStem(std::string_view path) {
     const std::string name = fileName(path);
     const std::size_t dot = name.rfind('.');

@@ -22,6 +22,9 @@ std::string printable(std::string_view text);
 /// The part of a path after its last separator.
 std::string fileName(std::string_view path);
 
+/// `path` as seen from `folder`.
+std::string joinPaths(std::string_view folder, std::string_view path);
+
 /// `fileName` without its extension.
 std::string fileStem(std::string_view path);
 

@@ -13,10 +13,6 @@ namespace {
 
 enum ExitCode { ok = 0, failed = 1, usage = 2 };
 
-void printError(const std::string& message) {
-    std::fprintf(stderr, "velmar: %s\n", message.c_str());
-}
-
 int refuseUsage(const std::string& message, const std::string& command) {
     printError(message);
     std::fprintf(stderr, "'velmar %s--help' tells more.\n", command.empty() ? "" : (command + ' ').c_str());
@@ -49,10 +45,13 @@ int runTool(std::vector<std::string> arguments) {
         return refuseUsage(e.what(), getChosenName());
     }
 
+    ExitCode result = ok;
     try {
         chosen()->run();
     } catch (const UsageError& e) {
         return refuseUsage(e.what(), getChosenName());
+    } catch (const ToldFailure&) {
+        result = failed;
     } catch (...) {
         printError(getCurrentMessage());
         return failed;
@@ -62,7 +61,7 @@ int runTool(std::vector<std::string> arguments) {
         printError("the output couldn't be written");
         return failed;
     }
-    return ok;
+    return result;
 }
 
 } // namespace

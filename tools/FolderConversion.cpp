@@ -1,0 +1,154 @@
+#include "tools/FolderConversion.h"
+
+#include "tools/Failure.h"
+#include "tools/MeshInput.h"
+#include "tools/MeshOutput.h"
+#include "tools/MeshSearch.h"
+#include "tools/Progress.h"
+#include "tools/System.h"
+#include "tools/Text.h"
+#include "utils/FileUtils.h"
+#include "utils/MappedFile.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <set>
+
+namespace {
+
+/// Makes `folder` and those above it that aren't there. Throws the library's exception when one can't be made.
+void makeFolders(const std::string& folder) {
+    for (std::size_t end = folder.find_first_of("/\\", 1);; end = folder.find_first_of("/\\", end + 1)) {
+        const std::string part = folder.substr(0, end);
+        const bool is_drive = part.ends_with(':');
+        if (!is_drive && !System::isDirectory(part)) FileUtils::createDir(part);
+        if (end == std::string::npos) return;
+    }
+}
+
+class FolderConversion {
+  public:
+    FolderConversion(const std::string& input_folder, const std::string& output_folder,
+                     const ConversionSettings& conversion_settings)
+        : input(input_folder), output(output_folder), settings(conversion_settings), progress(settings.quiet) {}
+
+    /// Returns whether all went well.
+    bool run() {
+        progress.show("looking for mesh files");
+        const MeshSearch search = findMeshFiles(input, output);
+        makeOutputFolder();
+        for (const std::string& failure : search.failures)
+            fail(failure);
+        for (const std::string& file : search.files)
+            if (const auto identity = System::getIdentity(Text::joinPaths(input, file))) protect(*identity, file);
+        const std::vector<std::string> names = nameConverted(search.files);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            progress.show('[' + std::to_string(i + 1) + '/' + std::to_string(names.size()) + "] " + search.files[i]);
+            try {
+                convert(Text::joinPaths(input, search.files[i]), Text::joinPaths(output, names[i]));
+            } catch (...) {
+                fail(getCurrentMessage());
+            }
+        }
+        progress.clear();
+        if (!settings.quiet) printSummary(search);
+        return failed == 0;
+    }
+
+  private:
+    void makeOutputFolder() const {
+        try {
+            makeFolders(output);
+        } catch (...) {
+            throw makeFailureOf(output);
+        }
+    }
+
+    void convert(const std::string& from, const std::string& to) {
+        const auto mesh = readMesh(from, settings.scale);
+        const std::uint64_t size = MappedFile(from).getSize();
+        // Links and file systems that don't tell letters apart make one file of two names.
+        if (const auto identity = System::getIdentity(to)) {
+            if (const auto other = untouchable.find(*identity); other != untouchable.end())
+                throw Failure(from + ": " + to + " is not replaced: it is " + other->second);
+        }
+        try {
+            makeFolders(FileUtils::getDirectory(to));
+            OutputFile file(to);
+            bytes_out += writeMesh(*mesh, file, !settings.plain);
+        } catch (...) {
+            throw makeFailureOf(to);
+        }
+        if (const auto identity = System::getIdentity(to)) untouchable[*identity] = "what became of " + from;
+        bytes_in += size;
+        ++converted;
+    }
+
+    void protect(const System::FileIdentity& identity, const std::string& file) {
+        untouchable.emplace(identity, Text::joinPaths(input, file));
+    }
+
+    void fail(const std::string& message) {
+        ++failed;
+        progress.clear();
+        // Names come from the disk, and a terminal obeys some characters.
+        printError(Text::printable(message));
+    }
+
+    void printSummary(const MeshSearch& search) const {
+        std::printf("%s converted, %llu failed; %s in, %s out\n", Text::count(converted, "file", "files").c_str(),
+                    static_cast<unsigned long long>(failed), Text::size(bytes_in).c_str(),
+                    Text::size(bytes_out).c_str());
+        if (search.linked_folders != 0)
+            std::printf("%s not followed\n",
+                        Text::count(search.linked_folders, "link to a folder was", "links to folders were").c_str());
+    }
+
+    std::string input;
+    std::string output;
+    ConversionSettings settings;
+    Progress progress;
+    /// The files that must not be replaced, and what they are.
+    std::map<System::FileIdentity, std::string> untouchable;
+    std::uint64_t converted = 0;
+    std::uint64_t failed = 0;
+    std::uint64_t bytes_in = 0;
+    std::uint64_t bytes_out = 0;
+};
+
+constexpr const char* new_extension = ".vmmesh";
+
+std::string replaceExtension(const std::string& path) {
+    const std::string name = Text::fileName(path);
+    return path.substr(0, path.size() - name.size()) + Text::fileStem(name) + new_extension;
+}
+
+} // namespace
+
+std::vector<std::string> nameConverted(const std::vector<std::string>& files) {
+    std::map<std::string, std::vector<std::size_t>> claims;
+    std::vector<std::string> names;
+    std::vector<std::size_t> clashing;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        names.push_back(replaceExtension(files[i]));
+        claims[FileUtils::toLowerCase(names[i])].push_back(i);
+    }
+    for (const auto& [name, claimants] : claims)
+        if (claimants.size() > 1) clashing.insert(clashing.end(), claimants.begin(), claimants.end());
+    // A longer name may be one that another file was to get, which then gets a longer one too.
+    for (std::size_t done = 0; done < clashing.size(); ++done) {
+        const std::size_t file = clashing[done];
+        names[file] = files[file] + new_extension;
+        const auto other = claims.find(FileUtils::toLowerCase(names[file]));
+        if (other != claims.end() && other->second.size() == 1) clashing.push_back(other->second.front());
+    }
+    return names;
+}
+
+void convertFolder(const std::string& input, const std::string& output, const ConversionSettings& settings) {
+    const auto identity = System::getIdentity(input);
+    if (identity && identity == System::getIdentity(output))
+        throw UsageError(output + ": is the folder to convert; another one must take the output");
+    if (!FolderConversion(input, output, settings).run()) throw ToldFailure();
+}
