@@ -10,7 +10,7 @@ packages=(
     g++ clang lld libclang-rt-14-dev clang-format clang-tidy cmake ninja-build python3 git # compilers and checks
     g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
     libzstd-dev libxxhash-dev libdouble-conversion-dev libfast-float-dev                   # the library
-    libcli11-dev                                                                           # the command line tool
+    libcli11-dev libstb-dev                                                                # the command line tool
     googletest libpugixml-dev libeigen3-dev pkgconf llvm                                   # the tests
     libbenchmark-dev libtinyobjloader-dev libassimp-dev                                    # the benchmarks and peers
     glmark2-data assimp-testmodels                                                         # real models

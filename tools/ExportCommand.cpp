@@ -1,4 +1,5 @@
 #include "tools/Command.h"
+#include "tools/CommandOptions.h"
 #include "tools/Failure.h"
 #include "tools/MeshHandover.h"
 #include "tools/MeshInput.h"
@@ -18,6 +19,10 @@
 #include <string_view>
 #include <vector>
 
+using CommandOptions::addChoice;
+using CommandOptions::addUp;
+using CommandOptions::addValue;
+using CommandOptions::inRange;
 using Velmar::Mesh;
 
 namespace {
@@ -64,8 +69,7 @@ InputModel readModel(const std::string& path, const Options& options) {
     model.mesh = readMesh(path, options.scale);
     requireUsable(path, *model.mesh);
     model.colours = readMaterialColours(path);
-    // Programs that write OBJ files mostly turn the height to y.
-    model.y_up = options.up == "y" || (options.up == "auto" && getFormat(path) == "obj");
+    model.y_up = CommandOptions::isYUp(options.up, path);
     model.smooth_normals = !model.mesh->normals.empty();
     keepWhatHostsCanGive(*model.mesh);
     return model;
@@ -180,44 +184,23 @@ void exportScene(Options options) {
     if (!options.quiet) print(report, scene_path);
 }
 
-/// An option of one value, with its default in the help.
-template <class Value>
-CLI::Option* addOption(CLI::App& app, const char* name, Value& value, const char* type, const char* description) {
-    return app.add_option(name, value, description)->type_name(type)->capture_default_str();
-}
-
-/// An option that takes one of a few words.
-void addChoice(CLI::App& app, const char* name, std::string& value, const std::vector<std::string>& words,
-               const char* description) {
-    std::string type;
-    for (const std::string& word : words)
-        type += (type.empty() ? "" : "|") + word;
-    addOption(app, name, value, type.c_str(), description)->check(CLI::IsMember(words).description(""));
-}
-
-/// A range without words of its own in the help.
-CLI::Validator inRange(double low, double high) {
-    return CLI::Range(low, high).description("");
-}
-
 void addModelOptions(CLI::App& app, Options& options) {
     app.option_defaults()->group("Models");
-    addOption(app, "--scale", options.scale, "FACTOR",
-              "Multiplies all positions, except those of vmmesh files. The scene is in metres.");
-    addChoice(app, "--up", options.up, {"auto", "y", "z"},
-              "Which axis of the models is their height; auto takes y for .obj and z for the others.");
+    addValue(app, "--scale", options.scale, "FACTOR",
+             "Multiplies all positions, except those of vmmesh files. The scene is in metres.");
+    addUp(app, options.up);
     app.add_flag("--no-ground", options.no_ground, "Leave out the ground plane below the models.");
 }
 
 void addCameraOptions(CLI::App& app, SceneSettings& scene) {
     app.option_defaults()->group("Camera");
-    addOption(app, "--azimuth", scene.azimuth, "DEGREES",
-              "Where the camera stands around the models: 0 in front, 90 to the right.")
+    addValue(app, "--azimuth", scene.azimuth, "DEGREES",
+             "Where the camera stands around the models: 0 in front, 90 to the right.")
         ->check(inRange(-360, 360));
-    addOption(app, "--elevation", scene.elevation, "DEGREES", "How high above the horizon it stands.")
+    addValue(app, "--elevation", scene.elevation, "DEGREES", "How high above the horizon it stands.")
         ->check(inRange(-89, 89));
-    addOption(app, "--fov", scene.fov, "DEGREES",
-              "Field of view across the width. The camera moves back as far as it must.")
+    addValue(app, "--fov", scene.fov, "DEGREES",
+             "Field of view across the width. The camera moves back as far as it must.")
         ->check(inRange(1, 170));
 }
 
@@ -229,22 +212,21 @@ void addLightOptions(CLI::App& app, SceneSettings& scene) {
         ->delimiter(',')
         ->expected(3)
         ->check(inRange(-1e9, 1e9));
-    addOption(app, "--light-strength", scene.light_strength, "FACTOR", "Of the uniform light.")
-        ->check(inRange(0, 1e12));
+    addValue(app, "--light-strength", scene.light_strength, "FACTOR", "Of the uniform light.")->check(inRange(0, 1e12));
 }
 
 void addImageOptions(CLI::App& app, SceneSettings& scene) {
     app.option_defaults()->group("Image");
     constexpr double max_size = 1000000;
-    addOption(app, "--width", scene.width, "PIXELS", "Width of the image.")->check(inRange(1, max_size));
-    addOption(app, "--height", scene.height, "PIXELS", "Height of the image.")->check(inRange(1, max_size));
-    addOption(app, "--samples", scene.halt_samples, "N", "Stop at so many samples per pixel; 0 for no such limit.")
+    addValue(app, "--width", scene.width, "PIXELS", "Width of the image.")->check(inRange(1, max_size));
+    addValue(app, "--height", scene.height, "PIXELS", "Height of the image.")->check(inRange(1, max_size));
+    addValue(app, "--samples", scene.halt_samples, "N", "Stop at so many samples per pixel; 0 for no such limit.")
         ->check(inRange(0, 1e9));
-    addOption(app, "--time", scene.halt_time, "SECONDS", "Stop after so long; 0 for no such limit.")
+    addValue(app, "--time", scene.halt_time, "SECONDS", "Stop after so long; 0 for no such limit.")
         ->check(inRange(0, 1e9));
     addChoice(app, "--tone-mapping", scene.tone_mapping, {"linear", "reinhard", "camera", "filmic"},
               "How light becomes an image.");
-    addOption(app, "--brightness", scene.brightness, "FACTOR", "Brightens the image, or below 1 darkens it.")
+    addValue(app, "--brightness", scene.brightness, "FACTOR", "Brightens the image, or below 1 darkens it.")
         ->check(inRange(1e-9, 1e9));
 }
 

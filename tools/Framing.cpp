@@ -31,6 +31,12 @@ double Box::getRadius() const {
     return radius > 0 ? radius : 1;
 }
 
+Vec3d getViewDirection(double azimuth, double elevation) {
+    const double around = toRadians(azimuth);
+    const double above = toRadians(elevation);
+    return {std::sin(around) * std::cos(above), -std::cos(around) * std::cos(above), std::sin(above)};
+}
+
 double roundToSize(double value, double size) {
     // By multiplication alone, which is the same everywhere.
     double steps = 1e6;
@@ -49,10 +55,7 @@ Frame frameBox(const Box& box, const SceneSettings& settings) {
     const double half_angle = std::atan(0.5 * std::min(sensor_width, sensor_height) / lens_sensor_dist);
     const double distance = radius / std::sin(half_angle);
 
-    const double azimuth = toRadians(settings.azimuth);
-    const double elevation = toRadians(settings.elevation);
-    const Vec3d towards_camera = {std::sin(azimuth) * std::cos(elevation), -std::cos(azimuth) * std::cos(elevation),
-                                  std::sin(elevation)};
+    const Vec3d towards_camera = getViewDirection(settings.azimuth, settings.elevation);
     const auto place = [&](double middle, double direction) {
         return roundToSize(middle + distance * direction, radius);
     };

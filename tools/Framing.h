@@ -24,6 +24,10 @@ struct Frame {
     double lens_radius;
 };
 
+/// Towards whoever looks from the side told in degrees: `azimuth` around, from in front to the right, and `elevation`
+/// above the horizon. Of length 1.
+Velmar::Vec3d getViewDirection(double azimuth, double elevation);
+
 constexpr double sensor_width = 0.036;
 
 /// The camera that sees the whole of `box` from the side that the settings tell. The numbers are rounded to six digits

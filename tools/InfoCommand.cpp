@@ -1,9 +1,13 @@
 #include "tools/Command.h"
+#include "tools/CommandOptions.h"
 #include "tools/Failure.h"
 #include "tools/MeshInput.h"
+#include "tools/MeshPicture.h"
+#include "tools/PngFile.h"
 #include "tools/Progress.h"
 #include "tools/Text.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -48,36 +52,96 @@ void printRow(const char* name, const std::string& value) {
     std::printf("%-10s %s\n", name, value.c_str());
 }
 
-void printInfo(const std::string& path) {
-    const auto mesh = [&] {
-        Progress progress(false);
-        progress.show("reading " + Text::fileName(path));
-        return readMesh(path, 1.0F);
-    }();
+struct Options {
+    std::string path;
+    std::string picture;
+    PictureView view;
+    std::string up = "auto";
+};
+
+void printMesh(const std::string& path, const Mesh& mesh, const std::string& fault) {
     printRow("file", path);
     printRow("kind", describeKind(path));
-    printRow("vertices", std::to_string(mesh->verts.size()));
-    printRow("normals", mesh->normals.empty() ? "none" : std::to_string(mesh->normals.size()));
-    printRow("UVs", describeUVs(*mesh));
-    printRow("triangles", std::to_string(mesh->triangles.size()));
-    printRow("quads", std::to_string(mesh->quads.size()));
-    printRow("materials", describeMaterials(*mesh));
+    printRow("vertices", std::to_string(mesh.verts.size()));
+    printRow("normals", mesh.normals.empty() ? "none" : std::to_string(mesh.normals.size()));
+    printRow("UVs", describeUVs(mesh));
+    printRow("triangles", std::to_string(mesh.triangles.size()));
+    printRow("quads", std::to_string(mesh.quads.size()));
+    printRow("materials", describeMaterials(mesh));
     // The box of no vertices is inside out.
     printRow("bounds",
-             mesh->verts.empty() ? "none" : describePoint(mesh->aabb_min) + " to " + describePoint(mesh->aabb_max));
-    printRow("checksum", std::to_string(mesh->checksum()));
-    const std::string fault = findFaultyFace(*mesh);
+             mesh.verts.empty() ? "none" : describePoint(mesh.aabb_min) + " to " + describePoint(mesh.aabb_max));
+    printRow("checksum", std::to_string(mesh.checksum()));
     if (!fault.empty()) printRow("fault", fault);
+}
+
+/// Returns the size of the picture's file.
+std::uint64_t writePicture(const Options& options, const Mesh& mesh, const std::string& fault) {
+    if (!fault.empty()) throw Failure(options.path + ": can't be drawn: " + fault);
+    PictureView view = options.view;
+    view.y_up = CommandOptions::isYUp(options.up, options.path);
+    GreyImage image;
+    try {
+        image = drawMesh(mesh, view);
+    } catch (...) {
+        throw makeFailureOf(options.path);
+    }
+    return writePng(image, options.picture);
+}
+
+void tellMesh(const Options& options) {
+    Progress progress(false);
+    progress.show("reading " + Text::fileName(options.path));
+    const Reference<Mesh> mesh = readMesh(options.path, 1.0F);
+    const std::string fault = findFaultyFace(*mesh);
+    progress.clear();
+    printMesh(options.path, *mesh, fault);
+    if (options.picture.empty()) return;
+    progress.show("drawing " + Text::fileName(options.picture));
+    const std::uint64_t size = writePicture(options, *mesh, fault);
+    progress.clear();
+    printRow("picture", options.picture + " (" + Text::size(size) + ')');
+}
+
+void addPictureOptions(CLI::App& app, Options& options) {
+    app.option_defaults()->group("Picture");
+    CLI::Option* const picture = app.add_option("--picture", options.picture,
+                                                "Draw the mesh, shaded and without perspective, into this PNG file. "
+                                                "What stands there is replaced.")
+                                     ->type_name("FILE.png");
+    PictureView& view = options.view;
+    using CommandOptions::addValue;
+    using CommandOptions::inRange;
+    constexpr double max_size = 8192;
+    CLI::Option* const others[] = {
+        addValue(app, "--azimuth", view.azimuth, "DEGREES",
+                 "From where to look, around the mesh: 0 from in front, 90 from the right.")
+            ->check(inRange(-360, 360)),
+        addValue(app, "--elevation", view.elevation, "DEGREES", "From how high above the horizon.")
+            ->check(inRange(-90, 90)),
+        CommandOptions::addUp(app, options.up),
+        addValue(app, "--width", view.width, "PIXELS", "Width of the picture.")->check(inRange(1, max_size)),
+        addValue(app, "--height", view.height, "PIXELS", "Height of the picture.")->check(inRange(1, max_size)),
+    };
+    for (CLI::Option* const other : others)
+        other->needs(picture);
+}
+
+void tell(const Options& options) {
+    if (!options.picture.empty() && getFormat(options.picture) != "png")
+        throw UsageError(options.picture + ": the picture must end in .png");
+    tellMesh(options);
 }
 
 } // namespace
 
 Command addInfoCommand(CLI::App& tool) {
-    CLI::App* const app = tool.add_subcommand("info", "Tells what a mesh file holds.");
-    const auto path = std::make_shared<std::string>();
-    app->add_option("FILE", *path, "The mesh file: .obj, .ply, .stl or .vmmesh.")->required();
+    CLI::App* const app = tool.add_subcommand("info", "Tells what a mesh file holds, and draws it.");
+    const auto options = std::make_shared<Options>();
+    app->add_option("FILE", options->path, "The mesh file: .obj, .ply, .stl or .vmmesh.")->required();
+    addPictureOptions(*app, *options);
     app->footer(
         "The checksum names the content: meshes of equal content share it, and a scene's mesh files carry it in "
         "their names. Exit codes: 0 done, 1 failed, 2 wrong usage.");
-    return {app, [path] { printInfo(*path); }};
+    return {app, [options] { tell(*options); }};
 }

@@ -285,7 +285,7 @@ class Scene(ToolTest):
 
     def test_values_that_make_no_sense_are_wrong_usage(self):
         for option, value in (("--width", "0"), ("--height", "wide"), ("--fov", "200"), ("--elevation", "90"),
-                              ("--light", "candle"), ("--sun", "1,2"), ("--brightness", "-1"), ("--up", "x")):
+                              ("--azimuth", "nan"), ("--light", "candle"), ("--sun", "1,2"), ("--brightness", "-1"), ("--up", "x")):
             with self.subTest(option=option):
                 code, output, errors = self.run_tool("export", option, value, "square.obj", "scene.xml")
                 self.assertEqual((code, output), (2, ""))

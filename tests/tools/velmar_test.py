@@ -12,6 +12,7 @@ from convert import Convert, ConvertFolder
 from export import Export, Scene
 from full_disk import FullDisk
 from info import Info
+from picture import Picture
 from usage import Usage
 
 if __name__ == "__main__":
