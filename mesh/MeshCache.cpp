@@ -87,17 +87,27 @@ MeshCache::Entry& MeshCache::probe(const String& path, double scale) const {
 void MeshCache::grow() {
     Entry* const old_buckets = buckets;
     const std::uint64_t old_count = bucket_count;
-    buckets = allocateBuckets(old_count * 2);
-    bucket_count = old_count * 2;
-    mask = bucket_count - 1;
-    for (std::uint64_t i = 0; i < old_count; ++i) {
-        Entry& entry = old_buckets[i];
-        if (isFree(entry)) continue;
-        Entry& place = probe(entry.key.path, entry.key.scale);
-        place.key = entry.key;
-        place.mesh = entry.mesh;
+    useBuckets(allocateBuckets(old_count * 2), old_count * 2);
+    try {
+        for (std::uint64_t i = 0; i < old_count; ++i) {
+            const Entry& entry = old_buckets[i];
+            if (isFree(entry)) continue;
+            Entry& place = probe(entry.key.path, entry.key.scale);
+            place.key = entry.key;
+            place.mesh = entry.mesh;
+        }
+    } catch (...) {
+        freeBuckets(buckets, bucket_count);
+        useBuckets(old_buckets, old_count);
+        throw;
     }
     freeBuckets(old_buckets, old_count);
+}
+
+void MeshCache::useBuckets(Entry* used, std::uint64_t count) {
+    buckets = used;
+    bucket_count = count;
+    mask = count - 1;
 }
 
 } // namespace Velmar

@@ -51,6 +51,7 @@ class MeshCache final : public SdkAllocated {
     /// The entry of the key, or the free place where it belongs.
     Entry& probe(const String& path, double scale) const;
     void grow();
+    void useBuckets(Entry* used, std::uint64_t count);
 
     Entry* buckets;
     std::uint64_t bucket_count;

@@ -156,13 +156,11 @@ class TerminatedCopy {
         std::random_device random;
         full_path = std::filesystem::temp_directory_path() /
                     ("velmar-" + std::to_string(random()) + "-" + std::to_string(random()) + ".ply");
-        std::ofstream file(full_path, std::ios::binary);
-        file.write(text.data(), static_cast<std::streamsize>(text.size()));
-        file.put('\n');
-        file.close();
-        if (file.fail()) {
+        try {
+            write(text);
+        } catch (...) {
             remove();
-            throw Velmar::Exception("read of body failed.");
+            throw;
         }
     }
     ~TerminatedCopy() { remove(); }
@@ -175,6 +173,14 @@ class TerminatedCopy {
     }
 
   private:
+    void write(std::string_view text) const {
+        std::ofstream file(full_path, std::ios::binary);
+        file.write(text.data(), static_cast<std::streamsize>(text.size()));
+        file.put('\n');
+        file.close();
+        if (file.fail()) throw Velmar::Exception("read of body failed.");
+    }
+
     void remove() const noexcept {
         std::error_code ignored;
         std::filesystem::remove(full_path, ignored);

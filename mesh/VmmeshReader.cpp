@@ -1,6 +1,7 @@
 #include "mesh/VmmeshReader.h"
 
 #include "velmarexceptions.h"
+#include "velmarmemory.h"
 
 #include "mesh/FaceDeltaFilter.h"
 #include "mesh/Mesh.h"
@@ -17,6 +18,7 @@
 #include <string>
 #include <string_view>
 #include <zstd.h>
+#include <zstd_errors.h>
 
 namespace Velmar {
 
@@ -130,10 +132,17 @@ std::uint64_t claimedContentSize(std::span<const std::uint8_t> frame) {
     return size == ZSTD_CONTENTSIZE_UNKNOWN || size == ZSTD_CONTENTSIZE_ERROR ? 0 : size;
 }
 
+/// What zstd returns: the size of the content or an error. Want of memory for its own state is no fault of the frame.
+std::size_t decompressInto(AlignedByteArray& inner, std::span<const std::uint8_t> frame) {
+    const std::size_t result = ZSTD_decompress(inner.data(), inner.size(), frame.data(), frame.size());
+    if (ZSTD_getErrorCode(result) == ZSTD_error_memory_allocation) throw BadAlloc();
+    return result;
+}
+
 /// Fills `inner` with what the frame holds. A damaged frame isn't refused here: what it doesn't give reads as zeros.
 void decompress(std::span<const std::uint8_t> frame, AlignedByteArray& inner) {
     const std::size_t claimed = inner.size();
-    if (ZSTD_decompress(inner.data(), claimed, frame.data(), frame.size()) == claimed) return;
+    if (decompressInto(inner, frame) == claimed) return;
 
     // zstd doesn't tell how far it came, so once more over zeros. Room is cleared only as far as a frame of this size
     // can reach: a block of four bytes, the least, gives 128 KiB at most. No reader is let beyond.
@@ -142,7 +151,7 @@ void decompress(std::span<const std::uint8_t> frame, AlignedByteArray& inner) {
         claimed / greatest_expansion >= frame.size() ? frame.size() * greatest_expansion : claimed;
     if (reachable != 0) std::memset(inner.data(), 0, reachable);
     inner.resizeUninitialized(reachable);
-    static_cast<void>(ZSTD_decompress(inner.data(), reachable, frame.data(), frame.size()));
+    decompressInto(inner, frame);
 }
 
 void readCompressedBody(FileReader& file, Mesh& mesh) {

@@ -8,11 +8,12 @@
 #include <windows.h>
 
 MappedFile::MappedFile(std::string_view path) {
-    // The text of the failing call comes first: closing a handle may change the system's last error.
-    const auto fail = [this](const std::string& what) {
-        const std::string message = what + PlatformUtils::getLastErrorText();
+    // The code of the failing call comes first: closing a handle may change the system's last error. The message comes
+    // last: there may be no memory for it.
+    const auto fail = [this](std::string_view what) {
+        const std::uint32_t code = PlatformUtils::getLastErrorCode();
         closeAll();
-        throw Velmar::Exception(message);
+        throw Velmar::Exception(std::string(what) + PlatformUtils::getErrorText(code));
     };
 
     const std::wstring system_path = FileUtils::toSystemPath(path);

@@ -11,9 +11,10 @@ struct PlainNumericLocale::State {
 };
 
 PlainNumericLocale::PlainNumericLocale() : state(std::make_unique<State>()) {
-    state->mode_before = _configthreadlocale(_ENABLE_PER_THREAD_LOCALE);
+    // Copied before anything is changed: exhausted memory must leave the host's locale alone.
     const char* const name = setlocale(LC_NUMERIC, nullptr);
     if (name != nullptr) state->name_before = name;
+    state->mode_before = _configthreadlocale(_ENABLE_PER_THREAD_LOCALE);
     setlocale(LC_NUMERIC, "C");
 }
 

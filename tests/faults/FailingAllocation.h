@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Faults {
+
+/// Whether only one allocation fails or all that follow it too.
+enum class Lasting { once, for_ever };
+
+/// As long as it lives, the `nth` allocation from its construction on fails, whichever way it is asked for: `malloc`,
+/// `calloc`, `realloc` and every `new` of all code that is linked statically. One at a time, on one thread.
+class FailingAllocation {
+  public:
+    FailingAllocation(std::int64_t nth, Lasting lasting);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+    /// Lets all allocations pass from here on.
+    void end();
+
+    /// Whether an allocation has failed.
+    bool hasStruck() const;
+};
+
+/// How many blocks are allocated and not released.
+std::int64_t liveBlocks();
+
+} // namespace Faults

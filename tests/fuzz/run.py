@@ -1,0 +1,125 @@
+#!/usr/bin/env python3
+"""Runs fuzzers for a bounded processor time and prints what came of it, as a Markdown table.
+
+    tests/fuzz/run.py FOLDER_OF_FUZZERS SECONDS [NAME...]
+
+Seeds are the inputs of the repository and the small files of Debian's packages of models that a reader takes by their
+ending; the latter are collected beside the fuzzers, as is what the fuzzers add. A finding is kept, and the fuzzer goes
+on with the time that is left. A further run goes on where the last one ended, and the table adds up all of them.
+"""
+
+import os
+import pathlib
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import time
+
+PACKAGES = ["assimp-testmodels", "glmark2-data"]
+LONGEST = 64 * 1024
+ENDINGS = {
+    "ObjFuzz": [".obj"],
+    "MtlFuzz": [".mtl"],
+    "PlyFuzz": [".ply"],
+    "StlFuzz": [".stl"],
+    "ParserFuzz": [".obj", ".mtl", ".stl"],
+    "VmmeshFuzz": [".vmmesh"],
+}
+MOST_FINDINGS = 10
+REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
+
+
+def package_files():
+    listing = subprocess.run(["dpkg", "-L", *PACKAGES], check=True, capture_output=True, text=True).stdout
+    return [path for path in map(pathlib.Path, listing.splitlines()) if path.is_file()]
+
+
+def collect_seeds(folder, name, converter):
+    """Copies small files; for vmmesh, what the command line tool makes of each model."""
+    folder.mkdir(parents=True, exist_ok=True)
+    endings = ENDINGS.get(name, [])
+    for path in package_files():
+        seed = folder / "-".join(path.parts[-2:])
+        if path.suffix.lower() in endings and path.stat().st_size <= LONGEST:
+            shutil.copyfile(path, seed)
+        elif ".vmmesh" in endings and path.suffix.lower() in (".obj", ".ply", ".stl") and converter.exists():
+            seed = seed.with_name(seed.name + ".vmmesh")
+            subprocess.run([converter, "convert", path, seed], capture_output=True, check=False)
+            if seed.exists() and seed.stat().st_size > LONGEST:
+                seed.unlink()
+    return folder
+
+
+def processor_time(pid):
+    """Seconds that a process has had so far."""
+    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def run_once(command, log, seconds):
+    """Runs one process until it has had its time or has found something. Gives its time and whether it found."""
+    process = subprocess.Popen(command, stdout=log, stderr=log)
+    used = 0.0
+    while process.poll() is None:
+        used = processor_time(process.pid)
+        if used >= seconds:
+            process.send_signal(signal.SIGUSR1)
+            process.wait()
+            break
+        time.sleep(min(1.0, seconds / 10))
+    return used, process.returncode != 0
+
+
+def table_row(name, log):
+    """What the log of one or several runs says."""
+    used = sum(map(float, re.findall(r"^processor time: ([\d.]+)", log, re.MULTILINE)))
+    executed = sum(map(int, re.findall(r"stat::number_of_executed_units:\s*(\d+)", log)))
+    findings = len(re.findall(r"^Test unit written to ", log, re.MULTILINE))
+    states = re.findall(r"cov: (\d+) ft: (\d+) corp: (\d+)/(\w+)", log)
+    edges, features, inputs, size = states[-1] if states else ("?", "?", "?", "?")
+    return f"| {name} | {used:,.0f} | {executed:,} | {edges} | {features} | {inputs} ({size}) | {findings} |"
+
+
+def fuzz(fuzzer, seconds):
+    name = fuzzer.name
+    build = fuzzer.parents[1]
+    found = build / "found"
+    own = build / "corpus" / name
+    for folder in (found, own):
+        folder.mkdir(parents=True, exist_ok=True)
+    seeds = collect_seeds(build / "seeds" / name, name, REPOSITORY / "build/linux/velmar")
+    log_path = build / f"{name}.log"
+    # New inputs go to the first folder; the others are only read.
+    command = [
+        str(fuzzer), f"-max_len={LONGEST}", "-timeout=20", "-rss_limit_mb=4096", "-print_final_stats=1",
+        f"-artifact_prefix={found}/{name}-", str(own), str(seeds), str(REPOSITORY / "tests/fuzz/corpus" / name),
+    ]
+    left = seconds
+    findings = 0
+    with open(log_path, "a", encoding="utf-8") as log:
+        while left > 0 and findings < MOST_FINDINGS:
+            used, failed = run_once(command, log, left)
+            log.write(f"\nprocessor time: {used:.2f}\n")
+            log.flush()
+            left -= max(used, 1.0)
+            findings += failed
+    print(table_row(name, log_path.read_text(errors="replace")), flush=True)
+    if findings:
+        print(f"found something: see {found} and the end of {log_path}", file=sys.stderr)
+    return findings
+
+
+def main():
+    folder, seconds, names = pathlib.Path(sys.argv[1]), float(sys.argv[2]), sys.argv[3:]
+    fuzzers = [path for path in sorted(folder.resolve().iterdir()) if not names or path.name in names]
+    if not fuzzers:
+        sys.exit("no such fuzzers")
+    print("| fuzzer | processor time, s | executions | edges | features | inputs kept | findings |")
+    print("|---|---|---|---|---|---|---|", flush=True)
+    sys.exit(1 if sum([fuzz(fuzzer, seconds) for fuzzer in fuzzers]) else 0)
+
+
+if __name__ == "__main__":
+    main()
