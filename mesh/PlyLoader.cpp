@@ -154,8 +154,10 @@ class TerminatedCopy {
   public:
     explicit TerminatedCopy(std::string_view text) {
         std::random_device random;
-        full_path = std::filesystem::temp_directory_path() /
-                    ("velmar-" + std::to_string(random()) + "-" + std::to_string(random()) + ".ply");
+        std::error_code error;
+        full_path = std::filesystem::temp_directory_path(error);
+        if (error) throw Velmar::Exception("read of body failed.");
+        full_path /= ("velmar-" + std::to_string(random()) + "-" + std::to_string(random()) + ".ply");
         try {
             write(text);
         } catch (...) {

@@ -3,6 +3,7 @@
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
+#include "tests/support/Environment.h"
 #include "tests/support/MeshSupport.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"
@@ -142,6 +143,15 @@ TEST(PlyLoader, ReadsATextWithoutALineEndBehindTheLastNumber) {
     Mesh mesh;
     load(header(4, 2) + square + "3 0 1 2\n3 2 3 0", mesh);
     EXPECT_EQ(mesh.triangles.size(), 2u);
+}
+
+TEST(PlyLoader, RefusesATextWithoutALastLineEndWhereThereIsNoFolderForItsCopy) {
+    const TextFile file("m.ply", header(4, 1) + square + "3 0 1 2");
+    const std::string missing = file.directory().file("missing");
+    const ScopedVariable posix_folder("TMPDIR", missing.c_str());
+    const ScopedVariable windows_folder("TMP", missing.c_str());
+    Mesh mesh;
+    EXPECT_EQ(messageOf<Velmar::Exception>([&] { loadPLY(file.path(), mesh, 1.0f); }), "read of body failed.");
 }
 
 TEST(PlyLoader, RefusesEveryCutOfATextThatLosesANumber) {
