@@ -104,12 +104,14 @@ cp -r /usr/share/cmake/CLI11 "$root/deps/windows/share/cmake/"
 tar -xzf cloudcompare_*.orig.tar.gz --wildcards --strip-components=3 '*/libs/qCC_io/rply.[ch]'
 rply() {
     local compiler=$1 archiver=$2 prefix=$3
-    quietly "$compiler" -O2 -DNDEBUG -fPIC "-ffile-prefix-map=$work/=" -c rply.c -o "rply-$archiver.o" &&
+    shift 3
+    quietly "$compiler" -O2 -DNDEBUG -fPIC "$@" "-ffile-prefix-map=$work/=" -c rply.c -o "rply-$archiver.o" &&
         quietly "$archiver" rcs "$prefix/lib/librply.a" "rply-$archiver.o" && cp rply.h "$prefix/include/" ||
         die "building RPly with $compiler failed"
 }
 rply gcc ar "$root/deps/linux"
-rply x86_64-w64-mingw32-gcc-posix x86_64-w64-mingw32-ar "$root/deps/windows"
+# With the sscanf of Windows: the compiler's own one writes to null when memory is exhausted.
+rply x86_64-w64-mingw32-gcc-posix x86_64-w64-mingw32-ar "$root/deps/windows" -D__USE_MINGW_ANSI_STDIO=0
 
 cd "$root"
 rm -rf "$work"
