@@ -34,7 +34,7 @@ class FailingReader : public testing::Test {
 
     /// Positions with several normals each, so that vertices are looked up in the table of pairs.
     static std::string objText() {
-        constexpr int count = 3000;
+        constexpr int count = 1200;
         std::string text = "mtllib a_library_with_a_rather_long_name.mtl\n";
         for (int i = 0; i < count; ++i)
             text += "v " + number(i) + " " + number(i * i) + " 1\nvt 0." + number(i) + " 0\nvn 0 1 " + number(i) + "\n";
