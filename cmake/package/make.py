@@ -23,7 +23,6 @@ LICENCES = {
     "zstd": "libzstd-dev",
     "xxHash": "libxxhash-dev",
     "double-conversion": "libdouble-conversion-dev",
-    "fast_float": "libfast-float-dev",
     "CLI11": "libcli11-dev",
 }
 # The runtime that a DLL made by MinGW carries.
