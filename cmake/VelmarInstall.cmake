@@ -14,6 +14,11 @@ install(FILES include/velmarapi.h include/velmarexceptions.h include/velmarstrin
               include/velmarcompiler.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 
+# The Python package finds the library from there; what lies beside it is for pip.
+install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" FILES_MATCHING
+        PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
+install(FILES python/pyproject.toml python/README.md DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python")
+
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/VelmarAPI")
 install(EXPORT VelmarAPI NAMESPACE VelmarAPI:: FILE VelmarAPITargets.cmake DESTINATION "${package_dir}")
 configure_package_config_file(cmake/VelmarAPIConfig.cmake.in "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPIConfig.cmake"

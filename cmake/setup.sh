@@ -13,6 +13,7 @@ packages=(
     libcli11-dev libstb-dev                                                                # the command line tool
     googletest libpugixml-dev libeigen3-dev pkgconf llvm                                   # the tests
     libbenchmark-dev libtinyobjloader-dev libassimp-dev                                    # the benchmarks and peers
+    python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package
     glmark2-data assimp-testmodels                                                         # real models
 )
 

@@ -46,7 +46,7 @@ def copy(source, target):
 def add_documents(source, tree):
     shutil.copy(source / "docs" / "using-a-package.md", tree / "README.md")
     shutil.copy(source / "cmake" / "package" / "CMakeLists.txt", tree)
-    for name in ["CHANGELOG.md", "SECURITY.md", "LICENSE", "examples", "python"]:
+    for name in ["CHANGELOG.md", "SECURITY.md", "LICENSE", "examples"]:
         if (source / name).exists():
             copy(source / name, tree / name)
     (tree / "docs").mkdir()

@@ -1,0 +1,76 @@
+"""Checks of what is handed to the library, which checks nothing itself."""
+from __future__ import annotations
+
+import operator
+import os
+import sys
+from typing import Any, Sequence, Tuple, Union
+
+Vector = Sequence[float]
+Path = Union[str, "os.PathLike[str]"]
+
+INT32_MAX = 2**31 - 1
+UINT32_MAX = 2**32 - 1
+
+
+def number(what: str, value: Any) -> float:
+    if isinstance(value, (str, bytes)) or not hasattr(value, "__float__"):
+        raise TypeError(f"{what} must be a number, not {type(value).__name__}")
+    return float(value)
+
+
+def whole(what: str, value: Any, least: int, greatest: int) -> int:
+    try:
+        result = operator.index(value)
+    except TypeError:
+        raise TypeError(f"{what} must be a whole number, not {type(value).__name__}") from None
+    if not least <= result <= greatest:
+        raise ValueError(f"{what} must be from {least} to {greatest}, not {result}")
+    return result
+
+
+def int32(what: str, value: Any) -> int:
+    return whole(what, value, -INT32_MAX - 1, INT32_MAX)
+
+
+def flag(what: str, value: Any) -> bool:
+    if isinstance(value, (str, bytes)):
+        raise TypeError(f"{what} must be true or false, not {type(value).__name__}")
+    return bool(value)
+
+
+def vector(what: str, value: Any) -> Tuple[float, float, float]:
+    try:
+        if isinstance(value, (str, bytes)):
+            raise TypeError
+        x, y, z = value
+    except TypeError:
+        raise TypeError(f"{what} must be three numbers, not {type(value).__name__}") from None
+    except ValueError:
+        raise ValueError(f"{what} must be three numbers") from None
+    return number(f"{what}: x", x), number(f"{what}: y", y), number(f"{what}: z", z)
+
+
+def text(what: str, value: Any) -> bytes:
+    """UTF-8 without a zero byte, at which the library would take the text to end."""
+    if not isinstance(value, str):
+        raise TypeError(f"{what} must be a str, not {type(value).__name__}")
+    if "\0" in value:
+        raise ValueError(f"{what} must not hold a zero character")
+    return value.encode("utf-8")
+
+
+def path(what: str, value: Path) -> str:
+    """A path as the library is to have it. Relative ones with a directory become absolute: their directory would count
+    twice in the folder of a scene's meshes."""
+    result = os.fspath(value)
+    if not isinstance(result, str):
+        raise TypeError(f"{what} must be a str or a path, not {type(result).__name__}")
+    if not result:
+        raise ValueError(f"{what} must not be empty")
+    if os.path.dirname(result):
+        result = os.path.abspath(result)
+    if sys.platform != "win32" and "\\" in result:
+        raise ValueError(f"{what} must not hold a backslash, which the library takes for a separator")
+    text(what, result)
+    return result

@@ -1,0 +1,25 @@
+"""What the package raises besides TypeError, ValueError and OSError."""
+
+
+class VelmarError(Exception):
+    """The base of the package's own exceptions."""
+
+
+class LibraryError(VelmarError, OSError):
+    """The library VelmarAPI wasn't found, or isn't one that this package knows."""
+
+
+class ClosedError(VelmarError, ValueError):
+    """An object was used that is gone: closed, or gone with the scene or model that held it."""
+
+
+class OwnershipError(VelmarError, ValueError):
+    """An object that belongs to a scene or model was added or closed once more."""
+
+
+class WriteError(VelmarError, OSError):
+    """A document or file wasn't written, or not to its end."""
+
+
+class RendererError(VelmarError, RuntimeError):
+    """There is no renderer library, or it couldn't be set up. It told the reason on the standard error stream."""

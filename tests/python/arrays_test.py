@@ -1,0 +1,264 @@
+"""What a mesh takes for vertices, faces and texture coordinates, and what it refuses."""
+import array
+import ctypes
+import struct
+import unittest
+
+import numpy
+
+import support
+import velmar
+from support import TRIANGLE
+
+
+def words_of(call):
+    """What a call of AddFaces hands over."""
+    _, count, words = call
+    sizes = []
+    position = 0
+    for _ in range(count):
+        size = 8 if words[position] == 0 else 10
+        sizes.append(tuple(words[position:position + size]))
+        position += size
+    return sizes
+
+
+class Vertices(unittest.TestCase):
+    def setUp(self):
+        self.mesh = velmar.Mesh("mesh")
+
+    def test_array_is_handed_over_where_it_lies(self):
+        vertices = numpy.array(TRIANGLE, numpy.float32)
+        with support.recorded("VelmarMesh_AddVertices") as calls:
+            self.mesh.add_vertices(vertices)
+        self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (3, vertices.ctypes.data))
+        self.assertEqual(self.mesh.num_vertices, 3)
+
+    def test_read_only_array_is_handed_over_where_it_lies(self):
+        vertices = numpy.array(TRIANGLE, numpy.float32)
+        vertices.flags.writeable = False
+        with support.recorded("VelmarMesh_AddVertices") as calls:
+            self.mesh.add_vertices(vertices)
+        self.assertEqual(ctypes.addressof(calls[0][2]), vertices.ctypes.data)
+
+    def test_rows_of_a_larger_array_are_handed_over_where_they_lie(self):
+        vertices = numpy.zeros((10, 3), numpy.float32)
+        with support.recorded("VelmarMesh_AddVertices") as calls:
+            self.mesh.add_vertices(vertices[4:6])
+        self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (2, vertices.ctypes.data + 4 * 12))
+
+    def test_memory_at_an_odd_address_is_copied(self):
+        block = bytearray(1 + 36)
+        struct.pack_into("=9f", block, 1, *range(9))
+        with support.recorded("VelmarMesh_AddVertices") as calls:
+            self.mesh.add_vertices(numpy.frombuffer(block, numpy.float32, 9, 1).reshape(3, 3))
+        self.assertEqual(ctypes.addressof(calls[0][2]) % 4, 0)
+        self.assertEqual(list(calls[0][2]), list(range(9)))
+
+    def test_other_arrays_than_those_of_numpy_are_handed_over_too(self):
+        numbers = array.array("f", range(6))
+        with support.recorded("VelmarMesh_AddVertices") as calls:
+            self.mesh.add_vertices(memoryview(numbers).cast("B").cast("f", (2, 3)))
+        self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (2, numbers.buffer_info()[0]))
+        read_only = memoryview(numbers.tobytes()).cast("f", (2, 3))
+        with support.recorded("VelmarMesh_AddVertices") as calls:
+            self.mesh.add_vertices(read_only)
+        self.assertEqual(list(calls[0][2]), list(range(6)))
+
+    def test_sequence_is_converted(self):
+        with support.recorded("VelmarMesh_AddVertices") as calls:
+            self.mesh.add_vertices([(0, 0.5, 1), numpy.array([2, 3, 4])])
+        self.assertEqual(list(calls[0][2]), [0, 0.5, 1, 2, 3, 4])
+
+    def test_no_vertices_are_no_vertices(self):
+        self.mesh.add_vertices(numpy.zeros((0, 3), numpy.float32))
+        self.mesh.add_vertices([])
+        self.assertEqual(self.mesh.num_vertices, 0)
+
+    def test_other_kinds_of_numbers_are_refused(self):
+        for kind in (numpy.float64, numpy.int32, numpy.float16, ">f4"):
+            with self.assertRaisesRegex(TypeError, "vertices must be float32, not " + str(numpy.dtype(kind))):
+                self.mesh.add_vertices(numpy.zeros((3, 3), kind))
+        with self.assertRaisesRegex(TypeError, "not the format 'd'"):
+            self.mesh.add_vertices(array.array("d", range(9)))
+        with self.assertRaisesRegex(TypeError, "row 0 holds what isn't a number"):
+            self.mesh.add_vertices(["abc"])
+        for value in ("abcdef", b"abcdef", None, 5, [1, 2, 3]):
+            with self.assertRaisesRegex(TypeError, "vertices must be rows of numbers"):
+                self.mesh.add_vertices(value)
+        self.assertEqual(self.mesh.num_vertices, 0)
+
+    def test_other_shapes_are_refused(self):
+        for shape in ((9,), (3, 2), (3, 4), (1, 3, 3), ()):
+            with self.assertRaisesRegex(ValueError, r"vertices must have the shape \(N, 3\), not \("):
+                self.mesh.add_vertices(numpy.zeros(shape, numpy.float32))
+        with self.assertRaisesRegex(ValueError, "row 1 has 2 numbers, not 3"):
+            self.mesh.add_vertices([(0, 0, 0), (0, 0)])
+
+    def test_memory_with_gaps_is_refused(self):
+        for vertices in (numpy.zeros((3, 6), numpy.float32)[:, ::2], numpy.zeros((3, 3), numpy.float32, "F")):
+            with self.assertRaisesRegex(ValueError, "vertices must be C-contiguous"):
+                self.mesh.add_vertices(vertices)
+
+
+class TextureCoordinates(unittest.TestCase):
+    def test_array_is_handed_over_where_it_lies(self):
+        pairs = numpy.zeros((4, 2), numpy.float32)
+        with support.recorded("VelmarMesh_AddTextureCoordinates") as calls:
+            velmar.Mesh("mesh").add_texture_coordinates(pairs)
+        self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (4, pairs.ctypes.data))
+
+    def test_other_arrays_are_refused(self):
+        mesh = velmar.Mesh("mesh")
+        with self.assertRaisesRegex(TypeError, "texture coordinates must be float32, not float64"):
+            mesh.add_texture_coordinates(numpy.zeros((4, 2)))
+        with self.assertRaisesRegex(ValueError, r"texture coordinates must have the shape \(N, 2\), not \(4, 3\)"):
+            mesh.add_texture_coordinates(numpy.zeros((4, 3), numpy.float32))
+
+    def test_sets_of_different_sizes_are_refused(self):
+        mesh = velmar.Mesh("mesh", TRIANGLE)
+        mesh.add_texture_coordinates([(0, 0)] * 2)
+        mesh.add_texture_coordinates([(0, 0)])
+        with self.assertRaisesRegex(ValueError, "the 2 sets of texture coordinates .* differ in size"):
+            mesh.build()
+        mesh.add_texture_coordinates([(0, 0)] * 3)
+        mesh.build()
+
+
+class Faces(unittest.TestCase):
+    def setUp(self):
+        self.mesh = velmar.Mesh("mesh", numpy.zeros((9, 3), numpy.float32))
+
+    def added(self, *arguments, **options):
+        with support.recorded("VelmarMesh_AddFaces") as calls:
+            self.mesh.add_faces(*arguments, **options)
+        return words_of(calls[0])
+
+    def test_records_are_handed_over_where_they_lie(self):
+        for records in (numpy.array([(0, 1, 2, 3, 0, 0, 0, 5)], numpy.uint32),
+                        numpy.array([(7, 1, 2, 3, 4, 0, 0, 0, 0, 1)], numpy.uint32)):
+            with support.recorded("VelmarMesh_AddFaces") as calls:
+                self.mesh.add_faces(records)
+            self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (1, records.ctypes.data))
+        self.assertEqual((self.mesh.num_faces, self.mesh.num_materials), (2, 6))
+
+    def test_records_of_other_arrays_are_handed_over_too(self):
+        records = (ctypes.c_uint32 * 8 * 2)((0, 1, 2, 3, 0, 0, 0, 5), (0, 3, 2, 1, 0, 0, 0, 4))
+        with support.recorded("VelmarMesh_AddFaces") as calls:
+            self.mesh.add_faces(records)
+        self.assertEqual(ctypes.addressof(calls[0][2]), ctypes.addressof(records))
+
+    def test_indices_are_packed(self):
+        triangle, quad = [(0, 1, 2, 3, 0, 0, 0, 0)], [(1, 1, 2, 3, 4, 0, 0, 0, 0, 0)]
+        for kind in (numpy.int64, numpy.uint8, numpy.int32, ">i4"):
+            self.assertEqual(self.added(numpy.array([(1, 2, 3)], kind)), triangle)
+            self.assertEqual(self.added(numpy.array([(1, 2, 3, 4)], kind)), quad)
+        self.assertEqual(self.added(numpy.array([(1, 2, 3)], order="F")), triangle)
+        self.assertEqual(self.added([(1, 2, 3), (1, 2, 3, 4)]), triangle + quad)
+        self.assertEqual(self.added(memoryview(bytes([1, 2, 3])).cast("B", (1, 3))), triangle)
+
+    def test_texture_indices_and_materials_are_packed(self):
+        wanted = [(0, 1, 2, 3, 4, 5, 6, 7), (0, 3, 2, 1, 6, 5, 4, 8)]
+        faces, texture = [(1, 2, 3), (3, 2, 1)], [(4, 5, 6), (6, 5, 4)]
+        self.assertEqual(self.added(faces, texture, [7, 8]), wanted)
+        self.assertEqual(self.added(faces, texture, numpy.array([7, 8])), wanted)
+        self.assertEqual(self.added(numpy.array(faces), texture, (7, 8)), wanted)
+        self.assertEqual(self.added(numpy.array(faces), numpy.array(texture), numpy.array([7, 8])), wanted)
+        self.assertEqual([words[-1] for words in self.added(faces, materials=3)], [3, 3])
+        self.assertEqual([words[-1] for words in self.added(numpy.array(faces), materials=numpy.int8(3))], [3, 3])
+
+    def test_vertices_take_the_texture_coordinates_of_their_numbers(self):
+        self.mesh.add_texture_coordinates(numpy.zeros((9, 2), numpy.float32))
+        wanted = [(0, 1, 2, 3, 1, 2, 3, 0)]
+        self.assertEqual(self.added([(1, 2, 3)]), wanted)
+        self.assertEqual(self.added(numpy.array([(1, 2, 3)])), wanted)
+
+    def test_no_faces_are_no_faces(self):
+        self.mesh.add_faces([])
+        self.mesh.add_faces(numpy.zeros((0, 3), int))
+        self.mesh.add_faces(numpy.zeros((0, 8), numpy.uint32))
+        self.assertEqual((self.mesh.num_faces, self.mesh.num_materials), (0, 1))
+        self.mesh.build()
+
+    def test_records_of_another_kind_than_their_size_are_refused(self):
+        with self.assertRaisesRegex(ValueError, "first word must be 0"):
+            self.mesh.add_faces(numpy.ones((2, 8), numpy.uint32))
+        with self.assertRaisesRegex(ValueError, "first word must not be 0"):
+            self.mesh.add_faces(numpy.zeros((2, 10), numpy.uint32))
+
+    def test_other_numbers_are_refused(self):
+        with self.assertRaisesRegex(TypeError, "face records must be uint32, not int64"):
+            self.mesh.add_faces(numpy.zeros((1, 8), numpy.int64))
+        with self.assertRaisesRegex(TypeError, "faces must be whole numbers, not float32"):
+            self.mesh.add_faces(numpy.zeros((1, 3), numpy.float32))
+        with self.assertRaisesRegex(TypeError, "faces must be a whole number, not float"):
+            self.mesh.add_faces([(0, 1, 2.5)])
+        for faces in ([(0, 1, -1)], numpy.array([(0, 1, -1)]), [(0, 1, 2**32)], numpy.array([(0, 1, 2**32)])):
+            with self.assertRaisesRegex(ValueError, "faces must be from 0 to 4294967295"):
+                self.mesh.add_faces(faces)
+        for materials in (-1, [-1], numpy.array([-1])):
+            for faces in ([(0, 1, 2)], numpy.array([(0, 1, 2)])):
+                with self.assertRaisesRegex(ValueError, "materials must be from 0"):
+                    self.mesh.add_faces(faces, materials=materials)
+        self.assertEqual(self.mesh.num_faces, 0)
+
+    def test_other_shapes_are_refused(self):
+        for shape in ((3,), (2, 5), (2, 2), (1, 3, 3)):
+            with self.assertRaisesRegex(ValueError, "faces must be indices of the shape"):
+                self.mesh.add_faces(numpy.zeros(shape, int))
+        with self.assertRaisesRegex(ValueError, "row 1 has 2 indices, not 3 or 4"):
+            self.mesh.add_faces([(0, 1, 2), (0, 1)])
+        for faces in ([(0, 1, 2)], numpy.array([(0, 1, 2)])):
+            with self.assertRaisesRegex(ValueError, "texture indices"):
+                self.mesh.add_faces(faces, [(0, 1, 2), (0, 1, 2)])
+            with self.assertRaisesRegex(ValueError, "texture indices"):
+                self.mesh.add_faces(faces, [(0, 1, 2, 3)])
+            with self.assertRaisesRegex(ValueError, "materials must"):
+                self.mesh.add_faces(faces, materials=[0, 0])
+        with self.assertRaisesRegex(ValueError, "face records hold their texture indices"):
+            self.mesh.add_faces(numpy.zeros((1, 8), numpy.uint32), materials=1)
+
+    def test_vertex_that_is_not_there_is_refused_by_build(self):
+        for faces in ([(0, 1, 9)], numpy.array([(0, 1, 9)]), numpy.array([(0, 0, 1, 9, 0, 0, 0, 0)], numpy.uint32)):
+            mesh = velmar.Mesh("mesh", numpy.zeros((9, 3), numpy.float32))
+            mesh.add_faces(faces)
+            with self.assertRaisesRegex(ValueError, "a face of .* has the vertex 9, and there are 9"):
+                mesh.build()
+            mesh.add_vertices(TRIANGLE)
+            mesh.build()
+
+    def test_texture_coordinates_that_are_not_there_are_refused_by_build(self):
+        self.mesh.add_texture_coordinates([(0, 0)] * 4)
+        self.mesh.add_faces([(0, 1, 2)], [(0, 1, 3)])
+        self.mesh.build()
+        self.mesh.add_texture_coordinates([(0, 0)] * 2)
+        with self.assertRaisesRegex(ValueError, "a face of .* has the texture coordinates 3, and there are 3"):
+            self.mesh.build()
+
+    def test_texture_indices_of_a_mesh_without_texture_coordinates_do_not_matter(self):
+        self.mesh.add_faces([(0, 1, 2)], [(7, 8, 9)])
+        self.mesh.build()
+
+
+class WithoutNumpy(support.InFolder):
+    def test_everything_but_its_arrays_works(self):
+        status, output = support.run("""
+import sys
+sys.modules["numpy"] = None
+import array, velmar
+square = memoryview(array.array("f", [0, 0, 0, 1, 0, 0, 1, 1, 0])).cast("B").cast("f", (3, 3))
+triangle = memoryview(array.array("I", [0, 0, 1, 2, 0, 0, 0, 6])).cast("B").cast("I", (1, 8))
+mesh = velmar.Mesh("mesh", square, triangle)
+print(mesh.num_vertices, mesh.num_faces, mesh.num_materials)
+mesh.add_faces([(0, 1, 2)])
+mesh.add_faces(memoryview(array.array("I", [0, 0, 1, 3, 0, 0, 0, 0])).cast("B").cast("I", (1, 8)))
+try:
+    mesh.build()
+except ValueError as failure:
+    print(failure)
+""")
+        self.assertEqual((status, output), (0, "3 1 7\na face of <velmar.Mesh 'mesh'> has the vertex 3, and there are 3\n"))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,67 @@
+"""The package of an installed tree, as it lies there and installed by pip.
+
+Usage: installed_test.py CMAKE BUILD EXAMPLES WORK [unittest options]
+"""
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+import unittest
+
+CMAKE, BUILD = sys.argv[1:3]
+EXAMPLES, WORK = pathlib.Path(sys.argv[3]), pathlib.Path(sys.argv[4])
+TREE = WORK / "tree"
+
+
+def run(*command, folder=WORK, **environment):
+    clean = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "VELMAR_LIBRARY")}
+    done = subprocess.run([str(part) for part in command], cwd=folder, env={**clean, **environment}, capture_output=True,
+                          text=True, timeout=250, stdin=subprocess.DEVNULL)
+    if done.returncode != 0:
+        raise RuntimeError(f"{command} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
+    return done.stdout
+
+
+def setUpModule():
+    shutil.rmtree(WORK, ignore_errors=True)
+    WORK.mkdir(parents=True)
+    run(CMAKE, "--install", BUILD, "--prefix", WORK / "first")
+    # It must work wherever it is unpacked.
+    (WORK / "first").rename(TREE)
+
+
+class Installed(unittest.TestCase):
+    def test_example_of_numpy_runs(self):
+        folder = WORK / "example"
+        folder.mkdir()
+        output = run(sys.executable, EXAMPLES / "numpy_mesh.py", folder=folder,
+                     PYTHONPATH=str(TREE / "share/velmar/python"), PYTHONDONTWRITEBYTECODE="1")
+        self.assertEqual(output, "Num materials: 1\nwaves.xml: 65536 vertices, 65025 faces\n")
+        self.assertEqual(len(list(folder.glob("waves_meshes/*.vmmesh"))), 1)
+        info = run(TREE / "bin/velmar", "info", *folder.glob("waves_meshes/*.vmmesh"))
+        self.assertRegex(info, r"vertices +65536\n")
+        self.assertRegex(info, r"quads +65025\n")
+
+    def test_pip_installs_it(self):
+        # A copy, because building leaves files behind.
+        shutil.copytree(TREE / "share/velmar/python", WORK / "source")
+        run(sys.executable, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-cache-dir",
+            "--disable-pip-version-check", "--target", WORK / "site", WORK / "source")
+        shown = run(sys.executable, "-c", "import velmar; print(velmar.__version__); velmar.Scene().write('scene.xml')",
+                    PYTHONPATH=str(WORK / "site"), VELMAR_LIBRARY=str(TREE / "lib/libVelmarAPI.so"))
+        version = (TREE / "lib/pkgconfig/velmarapi.pc").read_text("utf-8")
+        self.assertEqual(shown.strip(), re.search(r"^Version: (\S+)$", version, re.M).group(1))
+        self.assertTrue((WORK / "site/velmar/py.typed").is_file())
+        self.assertTrue((WORK / "scene.xml").is_file())
+
+    def test_example_of_the_readme_runs(self):
+        readme = (TREE / "share/velmar/python/README.md").read_text("utf-8")
+        program = re.search(r"^```python\n(.*?)^```$", readme, re.M | re.S).group(1)
+        run(sys.executable, "-c", program, PYTHONPATH=str(TREE / "share/velmar/python"), PYTHONDONTWRITEBYTECODE="1")
+        self.assertTrue((WORK / "triangle.xml").is_file())
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + sys.argv[5:])

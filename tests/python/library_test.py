@@ -1,0 +1,133 @@
+"""How the library is found, and that it has what the package declares."""
+import ctypes
+import os
+import pathlib
+import shutil
+import unittest
+import unittest.mock
+
+import support
+import velmar
+from velmar import _functions, _library
+
+BUILT = os.environ["VELMAR_LIBRARY"]
+PACKAGE = pathlib.Path(velmar.__file__).resolve().parent
+WHERE = "import velmar; print(velmar.library()._name)"
+
+
+class Finding(support.InFolder):
+    def where(self, package="", **environment):
+        """The library that a process finds, with the package as it lies in a folder."""
+        options = {"VELMAR_LIBRARY": "", "PYTHONPATH": str(package or PACKAGE.parent), **environment}
+        status, output = support.run(WHERE, **options)
+        return output.splitlines()[-1] if status else output.strip()
+
+    def package_in(self, folder):
+        shutil.copytree(PACKAGE, self.folder / folder / "velmar")
+        return self.folder / folder
+
+    def library_in(self, folder):
+        place = self.folder / folder
+        place.mkdir(parents=True, exist_ok=True)
+        shutil.copy(BUILT, place / "libVelmarAPI.so")
+        return str(place / "libVelmarAPI.so")
+
+    def test_environment_comes_first(self):
+        package = self.package_in("site")
+        self.library_in("site/velmar")
+        named = self.library_in("elsewhere")
+        self.assertEqual(self.where(package, VELMAR_LIBRARY=named), named)
+        os.rename(named, self.folder / "elsewhere" / "other.so")
+        self.assertIn("other.so", self.where(package, VELMAR_LIBRARY="./elsewhere/other.so"))
+
+    def test_beside_the_package(self):
+        package = self.package_in("site")
+        library = self.library_in("site/velmar")
+        self.assertEqual(self.where(package), library)
+
+    def test_in_the_installed_tree(self):
+        for lib in ("lib", "lib64", "lib/x86_64-linux-gnu"):
+            package = self.package_in(f"{lib}-tree/share/velmar/python")
+            library = self.library_in(f"{lib}-tree/{lib}")
+            self.assertEqual(self.where(package), library)
+
+    def test_on_the_systems_path(self):
+        package = self.package_in("site")
+        self.library_in("system")
+        os.rename("system/libVelmarAPI.so", "system/libVelmarAPI.so.1")
+        with unittest.mock.patch("ctypes.util.find_library", return_value="libVelmarAPI.so.1"), \
+                unittest.mock.patch.dict(os.environ, VELMAR_LIBRARY=""):
+            self.assertEqual(list(_library.candidates())[-1], "libVelmarAPI.so.1")
+        program = f"import ctypes.util; ctypes.util.find_library = lambda name: 'lib{{}}.so.1'.format(name); {WHERE}"
+        status, output = support.run(program, VELMAR_LIBRARY="", PYTHONPATH=str(package),
+                                     LD_LIBRARY_PATH=str(self.folder / "system"))
+        self.assertEqual((status, output), (0, "libVelmarAPI.so.1\n"))
+
+    def test_failure_names_every_place(self):
+        package = self.package_in("tree/share/velmar/python")
+        status, output = support.run(WHERE, VELMAR_LIBRARY="", PYTHONPATH=str(package))
+        self.assertNotEqual(status, 0)
+        self.assertIn("name it in the environment variable VELMAR_LIBRARY", output)
+        self.assertIn(f"{package}/velmar/libVelmarAPI.so: no such file", output)
+        self.assertIn(f"{self.folder}/tree/lib/libVelmarAPI.so: no such file", output)
+        status, output = support.run(WHERE, VELMAR_LIBRARY="/nowhere/velmar.so")
+        self.assertIn("velmar.errors.LibraryError", output)
+        self.assertIn("/nowhere/velmar.so: no such file", output)
+
+    def test_other_library_is_told(self):
+        pathlib.Path("text.so").write_text("text", "utf-8")
+        status, output = support.run(WHERE, VELMAR_LIBRARY=str(self.folder / "text.so"))
+        self.assertIn("LibraryError", output)
+        status, output = support.run(WHERE, VELMAR_LIBRARY=ctypes.util.find_library("c"))
+        self.assertIn("libc.so.6 has no function VelmarBackground_CreateUniform", output)
+
+    def test_package_is_imported_without_a_library(self):
+        status, output = support.run("import velmar; print(velmar.__version__)", VELMAR_LIBRARY="/nowhere/velmar.so")
+        self.assertEqual((status, output), (0, velmar.__version__ + "\n"))
+
+
+class FindingOnWindows(unittest.TestCase):
+    """The order there; a library of that system can't be loaded here."""
+
+    def test_dll_is_looked_for_in_bin(self):
+        with unittest.mock.patch("sys.platform", "win32"), unittest.mock.patch.dict(os.environ, VELMAR_LIBRARY=""), \
+                unittest.mock.patch("sys.prefix", "/python"), \
+                unittest.mock.patch("ctypes.util.find_library", return_value=r"C:\bin\VelmarAPI.dll"):
+            self.assertEqual(list(_library.candidates()),
+                             [str(PACKAGE / "VelmarAPI.dll"), "/python/bin/VelmarAPI.dll", r"C:\bin\VelmarAPI.dll"])
+
+
+class Functions(unittest.TestCase):
+    def test_all_are_declared_as_the_table_has_them(self):
+        functions = velmar.library()
+        for name, (result, *arguments) in _functions.FUNCTIONS.items():
+            function = getattr(functions, name)
+            self.assertEqual((function.restype, list(function.argtypes)), (result, arguments), name)
+        self.assertEqual(len(_functions.FUNCTIONS), 91)
+
+    def test_names_that_are_one_function_have_one_address(self):
+        functions = velmar.library()
+
+        def address(name):
+            return ctypes.cast(getattr(functions, name), ctypes.c_void_p).value
+
+        self.assertEqual(address("VelmarScene_Delete"), address("VelmarMesh_Delete"))
+        self.assertNotEqual(address("VelmarScene_AddModel"), address("VelmarScene_AddMesh"))
+
+
+class Throwing(support.InFolder):
+    """What the package checks for beforehand, and why."""
+
+    def test_exception_of_the_library_ends_the_process_and_says_so(self):
+        status, output = support.run("""
+import velmar
+functions = velmar.library()
+functions.VelmarMesh_WriteToFile(functions.VelmarMesh_Create(b"mesh"), b"nowhere/mesh.vmmesh")
+""", "-X", "faulthandler")
+        self.assertLess(status, 0)
+        self.assertIn("Velmar::VelmarException", output)
+        self.assertIn('File "<string>", line 4', output)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,189 @@
+"""Who owns what: what goes when, and what can't be done with what is gone."""
+import copy
+import gc
+import pickle
+import unittest
+
+import support
+import velmar
+from support import TRIANGLE
+
+MAKERS = {
+    "VelmarMesh_Delete": lambda: velmar.Mesh("mesh"),
+    "VelmarMaterial_Delete": lambda: velmar.Material("material"),
+    "VelmarRenderSettings_Delete": velmar.RenderSettings,
+    "VelmarTonemapping_Delete": velmar.Tonemapping,
+}
+
+
+class Nodes(unittest.TestCase):
+    def test_node_of_nobody_goes_when_it_is_closed_once(self):
+        for delete, make in MAKERS.items():
+            node = make()
+            handle = node._handle
+            with support.recorded(delete) as calls:
+                node.close()
+                node.close()
+            self.assertEqual([call[0] for call in calls], [handle], delete)
+            self.assertTrue(node.closed)
+
+    def test_node_of_nobody_goes_with_its_last_reference(self):
+        for delete, make in MAKERS.items():
+            with support.recorded(delete) as calls:
+                make()
+                gc.collect()
+            self.assertEqual(len(calls), 1, delete)
+
+    def test_node_without_a_delete_function_goes_with_a_scene_of_its_own(self):
+        for make in (velmar.Camera, velmar.Background.uniform):
+            with support.recorded("VelmarScene_Delete") as calls:
+                make().close()
+            self.assertEqual(len(calls), 1)
+
+    def test_node_of_a_scene_is_not_deleted(self):
+        for delete, make in MAKERS.items():
+            with support.recorded(delete) as calls, velmar.Scene() as scene:
+                node = scene.add(make())
+                with self.assertRaisesRegex(velmar.OwnershipError, "goes with what holds it"):
+                    node.close()
+                self.assertFalse(node.closed)
+                del node
+            gc.collect()
+            self.assertEqual(calls, [], delete)
+
+    def test_node_is_gone_with_its_scene(self):
+        with velmar.Scene() as scene:
+            camera = scene.add(velmar.Camera())
+            mesh = scene.add(velmar.Mesh("mesh", TRIANGLE))
+            camera.lens_radius = 0.5
+        self.assertTrue(camera.closed and mesh.closed and scene.closed)
+        for use in (lambda: setattr(camera, "lens_radius", 1), mesh.build, lambda: mesh.add_vertices(TRIANGLE),
+                    lambda: velmar.Model("model", mesh), lambda: scene.add(velmar.Camera()), scene.add_ground_plane,
+                    lambda: scene.write("scene.xml"), scene.__enter__):
+            with self.assertRaisesRegex(velmar.ClosedError, "is gone"):
+                use()
+        camera.close()
+        scene.close()
+        self.assertEqual(camera.lens_radius, 0.5)
+
+    def test_node_is_gone_with_the_last_reference_to_its_scene(self):
+        camera = velmar.Scene().add(velmar.Camera())
+        gc.collect()
+        self.assertTrue(camera.closed)
+
+    def test_scene_keeps_nodes_that_nobody_else_refers_to(self):
+        with velmar.Scene() as scene:
+            scene.add(velmar.Model("model", scene.add(velmar.Mesh("mesh", TRIANGLE)), [scene.add(velmar.Material("red"))]))
+            gc.collect()
+            self.assertEqual([type(node).__name__ for node in scene.nodes], ["Mesh", "Material", "Model"])
+            self.assertFalse(any(node.closed for node in scene.nodes))
+
+    def test_node_belongs_to_one_scene_and_stands_there_once(self):
+        with velmar.Scene() as scene, velmar.Scene() as other:
+            camera = scene.add(velmar.Camera())
+            for another in (scene, other):
+                with self.assertRaisesRegex(velmar.OwnershipError, "was added to a scene already"):
+                    another.add(camera)
+            with self.assertRaisesRegex(TypeError, "a Scene isn't a node"):
+                scene.add(other)
+            with self.assertRaisesRegex(TypeError, "a str isn't a node"):
+                scene.add("camera")
+            self.assertEqual(scene.nodes, (camera,))
+
+    def test_node_is_not_copied(self):
+        for make in (copy.copy, copy.deepcopy, pickle.dumps):
+            with self.assertRaisesRegex(TypeError, "can't be copied"):
+                make(velmar.Mesh("mesh"))
+
+    def test_failed_constructors_leave_nothing_behind(self):
+        mesh = velmar.Mesh("mesh", TRIANGLE, [(0, 1, 2)], materials=1)
+        for arguments, options in (((mesh, [velmar.Material("red")]), {}), ((mesh, ["red"]), {}),
+                                   ((mesh,), {"position": (1, 2)}), ((mesh,), {"rotation": [1, 2, 3]})):
+            with self.assertRaises((TypeError, ValueError)):
+                velmar.Model("model", *arguments, **options)
+            gc.collect()
+            self.assertFalse(mesh.closed)
+        with self.assertRaises(TypeError):
+            velmar.Camera(position="here")
+        with self.assertRaises(TypeError):
+            velmar.Mesh(5)
+
+
+class Models(unittest.TestCase):
+    def setUp(self):
+        self.mesh = velmar.Mesh("mesh", TRIANGLE, [(0, 1, 2)])
+        self.red, self.blue = velmar.Material("red"), velmar.Material("blue")
+
+    def test_mesh_and_materials_go_with_their_last_model(self):
+        one = velmar.Model("one", self.mesh, [self.red])
+        other = velmar.Model("other", self.mesh, [self.red, self.blue])
+        one.close()
+        self.assertFalse(self.mesh.closed or self.red.closed)
+        other.close()
+        self.assertTrue(self.mesh.closed and self.red.closed and self.blue.closed)
+
+    def test_mesh_of_a_scene_stays_without_its_model(self):
+        with velmar.Scene() as scene:
+            scene.add(self.mesh)
+            velmar.Model("model", self.mesh).close()
+            self.assertFalse(self.mesh.closed)
+            self.mesh.build()
+
+    def test_material_goes_when_its_last_model_takes_others(self):
+        model = velmar.Model("model", self.mesh, [self.red, self.red])
+        model.materials = [self.blue, self.red]
+        self.assertFalse(self.red.closed)
+        model.materials = [self.blue]
+        self.assertTrue(self.red.closed)
+        self.assertFalse(self.blue.closed)
+        with self.assertRaises(velmar.ClosedError):
+            model.materials = [self.red]
+        self.assertEqual(model.materials, (self.blue,))
+
+    def test_material_of_a_scene_stays_when_its_model_takes_others(self):
+        with velmar.Scene() as scene:
+            scene.add(self.red)
+            model = velmar.Model("model", self.mesh, [self.red])
+            model.materials = ()
+            self.red.colour = (1, 0, 0)
+            self.assertFalse(self.red.closed)
+
+    def test_too_few_materials_are_refused(self):
+        mesh = velmar.Mesh("mesh", TRIANGLE, [(0, 1, 2)], materials=1)
+        with self.assertRaisesRegex(ValueError, "use 2 materials, and 1 were given"):
+            velmar.Model("model", mesh, [self.red])
+        model = velmar.Model("model", mesh)
+        with self.assertRaisesRegex(ValueError, "use 2 materials, and 1 were given"):
+            model.materials = [self.red]
+        model.materials = [self.red, self.blue]
+
+    def test_what_is_not_a_mesh_or_material_is_refused(self):
+        for mesh in (None, self.red, "mesh"):
+            with self.assertRaisesRegex(TypeError, "mesh must be a Mesh"):
+                velmar.Model("model", mesh)
+        for material in (None, self.mesh, "red"):
+            with self.assertRaisesRegex(TypeError, "materials must be of the class Material"):
+                velmar.Model("model", self.mesh, [material])
+
+
+class Functions(unittest.TestCase):
+    def test_handle_of_another_kind_is_refused(self):
+        functions = velmar.library()
+        scene = functions.VelmarScene_Create()
+        with self.assertRaisesRegex(Exception, "wrong type"):
+            functions.VelmarScene_AddMesh(scene, scene)
+        functions.VelmarScene_Delete(scene)
+
+    def test_process_ends_cleanly_with_everything_open(self):
+        status, output = support.run("""
+import velmar
+scene = velmar.Scene()
+mesh = scene.add(velmar.Mesh("mesh", [(0, 0, 0)]))
+model = velmar.Model("model", velmar.Mesh("other"), [velmar.Material("red")])
+camera, settings = velmar.Camera(), velmar.RenderSettings()
+""", "-X", "dev")
+        self.assertEqual((status, output), (0, "Num materials: 1\n"))
+
+
+if __name__ == "__main__":
+    unittest.main()

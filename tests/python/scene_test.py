@@ -1,0 +1,301 @@
+"""What scenes hold and write, and which failures of writing are seen."""
+import errno
+import math
+import os
+import pathlib
+import subprocess
+import sys
+import unittest
+import unittest.mock
+
+import numpy
+
+import support
+import velmar
+from support import TRIANGLE
+
+EXAMPLE = pathlib.Path(__file__).resolve().parents[2] / "examples" / "python" / "scene.py"
+
+
+class Documents(support.InFolder):
+    def files(self, folder):
+        return {path.relative_to(folder).as_posix(): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+
+    def test_scene_is_the_one_that_the_functions_make(self):
+        """The scene of the example that calls the functions themselves."""
+        sys.path.insert(0, str(EXAMPLE.parent))
+        self.addCleanup(sys.path.remove, str(EXAMPLE.parent))
+        import scene as example
+
+        for name in ("functions", "package"):
+            os.mkdir(name)
+        subprocess.run([sys.executable, EXAMPLE, velmar.library()._name], cwd="functions", check=True,
+                       stdout=subprocess.DEVNULL, timeout=100)
+        os.chdir("package")
+        with velmar.Scene() as scene:
+            scene.add(velmar.RenderSettings(800, 600, halt_samples_per_pixel=200))
+            scene.add(velmar.Camera(position=(0, -8, 2), forwards=(0, 1, -0.125), up=(0, 0, 1), sensor_width=0.036,
+                                    lens_sensor_distance=0.036, focus_distance=8))
+            scene.add(velmar.Tonemapping(velmar.TonemappingKind.REINHARD, burn=10))
+            scene.add(velmar.Background.sun_sky((-1, -1, 1)))
+            walls = scene.add(velmar.Material("Walls", (0.6, 0.2, 0.1)))
+            lid = scene.add(velmar.Material("Lid", (0.8, 0.8, 0.7)))
+            sides = numpy.array([side for side in example.SIDES if side[0] == example.QUAD], numpy.uint32)
+            top = numpy.array([side for side in example.SIDES if side[0] == example.TRIANGLE], numpy.uint32)
+            box = scene.add(velmar.Mesh("Box", numpy.array(example.CORNERS, numpy.float32), sides,
+                                        texture_coordinates=numpy.array(example.TEXTURE_COORDINATES, numpy.float32),
+                                        material_names=["Walls", "Lid"]))
+            box.add_faces(top)
+            scene.add(velmar.Model("Box", box, [walls, lid], position=(0.5, 0, 0),
+                                   rotation=[(0, -1, 0), (1, 0, 0), (0, 0, 1)]))
+            scene.add_ground_plane(0, 100)
+            scene.write("scene.xml")
+        written = self.files(self.folder / "package")
+        self.assertEqual(len(written), 3)
+        self.assertEqual(written, self.files(self.folder / "functions"))
+
+    def test_every_setting_reaches_the_document(self):
+        names = ["super_sample_factor", "halt_time", "halt_samples_per_pixel", "image_save_period"]
+        flags = ["metropolis", "bidirectional", "dithering", "vignetting", "shadow_pass", "render_foreground_alpha",
+                 "info_overlay", "depth_pass", "material_id_tracer"]
+        with velmar.Scene() as scene:
+            settings = scene.add(velmar.RenderSettings(3, 4, **{name: 5 for name in names}, **dict.fromkeys(flags, True)))
+            root = support.document(scene).find("renderer_settings")
+            elements = {"depth_pass": "depth_channel", "material_id_tracer": "material_id_channel"}
+            for name in names + flags:
+                wanted = "true" if name in flags else "5"
+                self.assertEqual(root.findtext(elements.get(name, name)), wanted, name)
+            self.assertEqual((root.findtext("width"), root.findtext("height")), ("3", "4"))
+            settings.metropolis = False
+            self.assertEqual(support.document(scene).findtext("renderer_settings/metropolis"), "false")
+            self.assertIs(settings.metropolis, False)
+            self.assertIsNone(velmar.RenderSettings().metropolis)
+
+    def test_defaults_are_those_of_the_library(self):
+        with velmar.Scene() as scene:
+            camera, tonemapping, mesh = velmar.Camera(), velmar.Tonemapping(), velmar.Mesh("mesh", TRIANGLE)
+            for node in (camera, tonemapping, mesh):
+                scene.add(node)
+            before = support.document(scene)
+            for node in (camera, tonemapping, mesh):
+                for kind in type(node).__mro__:
+                    for name, setting in vars(kind).items():
+                        if isinstance(setting, type(velmar.Camera.up)) and setting.default is not None:
+                            setattr(node, name, getattr(node, name))
+            after = support.document(scene)
+        texts = [[(element.tag, element.text) for element in root.iter()] for root in (before, after)]
+        self.assertEqual(*texts)
+
+    def test_camera(self):
+        with velmar.Scene() as scene:
+            camera = scene.add(velmar.Camera(lens_radius=0.25, autofocus=False, exposure_duration=0.5,
+                                             lens_shift_right=0.125, lens_shift_up=0.75))
+            with self.assertRaisesRegex(ValueError, "no position"):
+                camera.look_at((0, 0, 0))
+            camera.position = numpy.array([3, 0, 4], numpy.float32)
+            camera.look_at((0, 0, 0))
+            camera.field_of_view = math.pi / 2
+            root = support.document(scene).find("camera")
+            self.assertEqual((camera.forwards, camera.focus_distance), ((-3, 0, -4), 5))
+            self.assertAlmostEqual(float(root.findtext("lens_sensor_dist")), 0.018)
+            self.assertAlmostEqual(camera.field_of_view, math.pi / 2)
+            names = ("aperture_radius", "exposure_duration", "lens_shift_right_distance", "lens_shift_up_distance")
+            self.assertEqual([root.findtext(name) for name in names], ["0.25", "0.5", "0.125", "0.75"])
+            self.assertIsNone(root.find("autofocus"))
+            camera.autofocus = True
+            self.assertIsNotNone(support.document(scene).find("camera/autofocus"))
+            with self.assertRaisesRegex(ValueError, "stands at the target"):
+                camera.look_at((3, 0, 4))
+            for angle in (0, math.pi, math.nan):
+                with self.assertRaisesRegex(ValueError, "between 0 and pi"):
+                    camera.field_of_view = angle
+
+    def test_tone_mapping(self):
+        kinds = velmar.TonemappingKind
+        with velmar.Scene() as scene:
+            tonemapping = scene.add(velmar.Tonemapping(kinds.CAMERA, iso=400, ev_adjust=-1, response_function_path="r.txt"))
+            root = support.document(scene).find("tonemapping/camera")
+            self.assertEqual([element.text for element in root], ["r.txt", "400", "-1"])
+            for kind, wanted in ((kinds.REINHARD, ["2", "3", "4"]), (kinds.FILMIC, ["5"]), (kinds.LINEAR, ["5"])):
+                tonemapping.kind = kind
+                tonemapping.pre_scale, tonemapping.post_scale, tonemapping.burn, tonemapping.scale = 2, 3, 4, 5
+                root = support.document(scene).find("tonemapping/" + kind.name.lower())
+                self.assertEqual([element.text for element in root], wanted)
+            with self.assertRaises(ValueError):
+                tonemapping.kind = 5
+            self.assertEqual(tonemapping.response_function_path, "r.txt")
+
+    def test_materials_and_backgrounds(self):
+        with velmar.Scene() as scene:
+            material = scene.add(velmar.Material("Rouge Été", (0.5, 0.25, 0)))
+            material.colour = (0, 0.25, 0.5)
+            scene.add(velmar.Background.uniform((1, 0.5, 0.25), 2))
+            scene.add_default_material()
+            scene.add_sun_sky()
+            root = support.document(scene)
+            self.assertEqual([node.findtext("name") for node in root.iterfind("material")], ["Rouge Été", "Default"])
+            self.assertEqual(root.find("material").findtext(".//rgb/rgb"), "0 0.25 0.5")
+            self.assertEqual(root.find("background_settings").findtext(".//rgb/rgb"), "1 0.5 0.25")
+            self.assertEqual(root.findall("background_settings")[1].findtext(".//sundir"), "1 1 1")
+            self.assertEqual((material.name, material.colour), ("Rouge Été", (0, 0.25, 0.5)))
+
+    def test_mesh_settings(self):
+        with velmar.Scene() as scene:
+            scene.add(velmar.Mesh("mesh", TRIANGLE, normal_smoothing=True, view_dependent_subdivision=True,
+                                  max_num_subdivisions=2**32 - 1))
+            root = support.document(scene).find("mesh")
+            self.assertIsNone(root.find("normal_smoothing"))
+            self.assertEqual(root.findtext("max_num_subdivisions"), "-1")
+            self.assertEqual(root.findtext("view_dependent_subdivision"), "true")
+
+    def test_values_of_other_types_are_refused(self):
+        camera, settings = velmar.Camera(), velmar.RenderSettings()
+        for assign in (lambda: setattr(camera, "lens_radius", "1"), lambda: setattr(camera, "position", 5),
+                       lambda: setattr(camera, "position", ("a", 0, 0)), lambda: setattr(camera, "autofocus", "no"),
+                       lambda: setattr(settings, "width", 1.5), lambda: setattr(settings, "halt_time", None),
+                       lambda: velmar.Material(b"red"), lambda: velmar.Material("red", 1)):
+            with self.assertRaises(TypeError):
+                assign()
+        for assign in (lambda: setattr(settings, "width", 2**31), lambda: setattr(camera, "up", (0, 1)),
+                       lambda: velmar.Material("re\0d"), lambda: velmar.Mesh("mesh", max_num_subdivisions=-1),
+                       lambda: velmar.Material("\ud800")):
+            with self.assertRaises(ValueError):
+                assign()
+        self.assertIsNone(settings.width)
+
+
+class Paths(support.InFolder):
+    def setUp(self):
+        super().setUp()
+        self.scene = velmar.Scene()
+        self.addCleanup(self.scene.close)
+        self.mesh = self.scene.add(velmar.Mesh("mesh", TRIANGLE, [(0, 1, 2)]))
+
+    def written(self):
+        return sorted(path.relative_to(self.folder).as_posix().split("mesh_")[0] for path in self.folder.rglob("*")
+                      if path.is_file())
+
+    def test_name_without_a_directory_gives_a_document_that_can_be_moved(self):
+        self.scene.write("scene.xml")
+        self.assertEqual(self.written(), ["scene.xml", "scene_meshes/"])
+        self.assertIn("<path>scene_meshes\\mesh_", pathlib.Path("scene.xml").read_text("utf-8"))
+
+    def test_directory_counts_once(self):
+        os.mkdir("out.d")
+        for path in ("out.d/scene.xml", pathlib.Path("out.d/other.xml"), self.folder / "out.d" / "third"):
+            self.scene.write(path)
+        self.assertEqual(self.written(), sorted(["out.d/other.xml", "out.d/other_meshes/", "out.d/scene.xml",
+                                                 "out.d/scene_meshes/", "out.d/third", "out_meshes/"]))
+
+    def test_unicode(self):
+        os.mkdir("Zeichnungen für 絵")
+        self.scene.write("Zeichnungen für 絵/Szene.xml")
+        self.assertEqual(len(self.written()), 2)
+
+    def test_other_paths_are_refused(self):
+        for path in ("", "a\0b") if os.sep == "\\" else ("", "a\0b", "a\\b.xml"):
+            with self.assertRaises(ValueError):
+                self.scene.write(path)
+        for path in (None, 5, b"scene.xml"):
+            with self.assertRaises(TypeError):
+                self.scene.write(path)
+        self.assertEqual(self.written(), [])
+
+    def test_mesh_files(self):
+        self.mesh.write("mesh.vmmesh")
+        self.mesh.write_text("mesh.txt")
+        self.assertEqual(pathlib.Path("mesh.txt").read_text("utf-8").splitlines()[:3], ["mesh", "vertices", "  0 0 0"])
+        self.assertGreater(os.path.getsize("mesh.vmmesh"), 36)
+
+
+class Failures(support.InFolder):
+    def setUp(self):
+        super().setUp()
+        self.scene = velmar.Scene()
+        self.addCleanup(self.scene.close)
+
+    def test_folder_that_is_not_there(self):
+        self.scene.write("scene.xml")
+        for has_mesh in (False, True):
+            if has_mesh:
+                self.scene.add(velmar.Mesh("mesh", TRIANGLE))
+            with self.assertRaises(FileNotFoundError):
+                self.scene.write("nowhere/scene.xml")
+
+    def test_folder_in_the_documents_place(self):
+        os.mkdir("scene.xml")
+        with self.assertRaises(OSError):
+            self.scene.write("scene.xml")
+
+    def test_file_in_the_place_of_the_meshes_folder(self):
+        self.scene.add(velmar.Mesh("mesh", TRIANGLE))
+        pathlib.Path("scene_meshes").write_text("in the way", "utf-8")
+        with self.assertRaises(FileExistsError):
+            self.scene.write("scene.xml")
+        self.assertFalse(os.path.exists("scene.xml"))
+
+    def test_file_in_the_place_of_the_meshes_folder_of_a_ground_plane(self):
+        self.scene.add_ground_plane()
+        pathlib.Path("scene_meshes").write_text("in the way", "utf-8")
+        with self.assertRaises(FileExistsError):
+            self.scene.write("scene.xml")
+
+    def test_too_little_room_for_the_meshes(self):
+        self.scene.add(velmar.Mesh("mesh", numpy.zeros((1000, 3), numpy.float32)))
+        with unittest.mock.patch("shutil.disk_usage", return_value=unittest.mock.Mock(free=12000)):
+            with self.assertRaises(OSError) as caught:
+                self.scene.write("scene.xml")
+        self.assertEqual(caught.exception.errno, errno.ENOSPC)
+
+    @unittest.skipUnless(os.path.exists("/dev/full"), "needs a device that is always full")
+    def test_document_on_a_full_disk(self):
+        with self.assertRaisesRegex(velmar.WriteError, "couldn't be written"):
+            self.scene.write("/dev/full")
+        mesh = velmar.Mesh("mesh", TRIANGLE)
+        with self.assertRaisesRegex(velmar.WriteError, "couldn't be written"):
+            mesh.write_text("/dev/full")
+
+    def test_old_document_is_not_taken_for_the_new_one(self):
+        self.scene.write("scene.xml")
+        with unittest.mock.patch.object(velmar.Scene, "_call"):
+            with self.assertRaises(velmar.WriteError):
+                self.scene.write("scene.xml")
+
+    def test_mesh_file_that_cannot_be_opened(self):
+        mesh = velmar.Mesh("mesh", TRIANGLE)
+        for write in (mesh.write, mesh.write_text):
+            with self.assertRaises(FileNotFoundError):
+                write("nowhere/mesh.file")
+
+    def test_mesh_is_built_and_checked_before_anything_is_written(self):
+        mesh = self.scene.add(velmar.Mesh("mesh", TRIANGLE))
+        mesh.add_faces([(0, 1, 3)])
+        for write in (self.scene.write, mesh.write):
+            with self.assertRaisesRegex(ValueError, "has the vertex 3"):
+                write("file")
+        self.assertEqual(os.listdir(), [])
+        mesh.add_vertices([(0, 0, 1)])
+        with support.recorded("VelmarMesh_Build") as calls:
+            self.scene.write("scene.xml")
+            self.scene.write("scene.xml")
+        self.assertEqual(len(calls), 1)
+
+    def test_model_whose_mesh_or_material_is_elsewhere(self):
+        mesh, material = velmar.Mesh("mesh", TRIANGLE), velmar.Material("red")
+        self.scene.add(velmar.Model("model", mesh, [material]))
+        for missing in (mesh, material):
+            with self.assertRaisesRegex(ValueError, f"shows <velmar.{type(missing).__name__} .*must be added"):
+                self.scene.write("scene.xml")
+            self.scene.add(missing)
+        self.scene.write("scene.xml")
+
+    def test_faces_that_came_to_need_more_materials(self):
+        mesh, material = self.scene.add(velmar.Mesh("mesh", TRIANGLE)), self.scene.add(velmar.Material("red"))
+        self.scene.add(velmar.Model("model", mesh, [material]))
+        mesh.add_faces([(0, 1, 2)], materials=1)
+        with self.assertRaisesRegex(ValueError, "use 2 materials, and 1 were given"):
+            self.scene.write("scene.xml")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,54 @@
+"""Helpers of the tests of the Python package."""
+import contextlib
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree
+
+import velmar
+
+TRIANGLE = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+
+
+class InFolder(unittest.TestCase):
+    """Each test works in an empty folder."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.addCleanup(os.chdir, os.getcwd())
+        self.folder = pathlib.Path(folder.name).resolve()
+        os.chdir(self.folder)
+
+
+def document(scene):
+    """The scene as it is written into the working folder."""
+    scene.write("scene.xml")
+    return xml.etree.ElementTree.parse("scene.xml").getroot()
+
+
+@contextlib.contextmanager
+def recorded(name):
+    """Calls of a function of the library are listed on their way."""
+    functions = velmar.library()
+    function, calls = getattr(functions, name), []
+
+    def record(*arguments):
+        calls.append(arguments)
+        return function(*arguments)
+
+    setattr(functions, name, record)
+    try:
+        yield calls
+    finally:
+        setattr(functions, name, function)
+
+
+def run(program, *options, **environment):
+    """Runs a text of Python in a process of its own; with the exit status, its output."""
+    done = subprocess.run([sys.executable, *options, "-c", program], capture_output=True, text=True, timeout=100,
+                          env={**os.environ, **environment}, stdin=subprocess.DEVNULL)
+    return done.returncode, done.stdout + done.stderr
