@@ -11,7 +11,7 @@ struct Command {
 
 /// `velmar export`: mesh files become a scene.
 Command addExportCommand(CLI::App& tool);
-/// `velmar info`: what a mesh file holds.
+/// `velmar info`: what a mesh file or a scene holds, and a picture of a mesh.
 Command addInfoCommand(CLI::App& tool);
 /// `velmar convert`: a mesh file becomes a vmmesh file, or all in a folder do.
 Command addConvertCommand(CLI::App& tool);

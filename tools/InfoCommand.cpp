@@ -5,12 +5,14 @@
 #include "tools/MeshPicture.h"
 #include "tools/PngFile.h"
 #include "tools/Progress.h"
+#include "tools/SceneInfo.h"
 #include "tools/Text.h"
 
 #include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 using Velmar::Mesh;
 using Velmar::Reference;
@@ -48,8 +50,8 @@ std::string describePoint(const Vec3f& p) {
     return '(' + Text::number(p.x) + ", " + Text::number(p.y) + ", " + Text::number(p.z) + ')';
 }
 
-void printRow(const char* name, const std::string& value) {
-    std::printf("%-10s %s\n", name, value.c_str());
+void printRow(std::string_view name, const std::string& value) {
+    std::printf("%s\n", Text::row(name, value).c_str());
 }
 
 struct Options {
@@ -130,18 +132,27 @@ void addPictureOptions(CLI::App& app, Options& options) {
 void tell(const Options& options) {
     if (!options.picture.empty() && getFormat(options.picture) != "png")
         throw UsageError(options.picture + ": the picture must end in .png");
-    tellMesh(options);
+    if (getFormat(options.path) != "xml") {
+        tellMesh(options);
+    } else if (options.picture.empty()) {
+        printSceneInfo(options.path);
+    } else {
+        throw UsageError(options.path + ": a scene isn't drawn; --picture takes a mesh file");
+    }
 }
 
 } // namespace
 
 Command addInfoCommand(CLI::App& tool) {
-    CLI::App* const app = tool.add_subcommand("info", "Tells what a mesh file holds, and draws it.");
+    CLI::App* const app = tool.add_subcommand("info", "Tells what a mesh file or a scene holds, and draws a mesh.");
     const auto options = std::make_shared<Options>();
-    app->add_option("FILE", options->path, "The mesh file: .obj, .ply, .stl or .vmmesh.")->required();
+    app->add_option("FILE", options->path, "The mesh file (.obj, .ply, .stl, .vmmesh) or scene document (.xml).")
+        ->required();
     addPictureOptions(*app, *options);
     app->footer(
         "The checksum names the content: meshes of equal content share it, and a scene's mesh files carry it in "
-        "their names. Exit codes: 0 done, 1 failed, 2 wrong usage.");
+        "their names. Of a scene the nodes are told, and with each mesh its file, which must be there: it is looked "
+        "for from where the document is, then from the working directory. Exit codes: 0 done, 1 failed, 2 wrong "
+        "usage.");
     return {app, [options] { tell(*options); }};
 }

@@ -1,5 +1,6 @@
 #include "tools/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -14,6 +15,13 @@ std::string number(float value) {
     char digits[32];
     const auto end = std::to_chars(digits, digits + sizeof digits, value);
     return {digits, end.ptr};
+}
+
+std::string row(std::string_view name, std::string_view value) {
+    constexpr std::size_t name_width = 11;
+    std::string line(name);
+    line.resize(std::max(name.size() + 1, name_width), ' ');
+    return line.append(value);
 }
 
 std::string size(std::uint64_t bytes) {

@@ -13,6 +13,9 @@ std::string count(std::uint64_t number, std::string_view one, std::string_view m
 /// The shortest digits that read back as the same number, whatever the locale.
 std::string number(float value);
 
+/// A line of a table with a name in front.
+std::string row(std::string_view name, std::string_view value);
+
 /// "512 bytes", "3.1 KB", "1.2 GB".
 std::string size(std::uint64_t bytes);
 

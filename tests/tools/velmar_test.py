@@ -13,6 +13,7 @@ from export import Export, Scene
 from full_disk import FullDisk
 from info import Info
 from picture import Picture
+from scene_info import SceneInfo
 from usage import Usage
 
 if __name__ == "__main__":
