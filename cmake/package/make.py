@@ -24,6 +24,7 @@ LICENCES = {
     "xxHash": "libxxhash-dev",
     "double-conversion": "libdouble-conversion-dev",
     "CLI11": "libcli11-dev",
+    "stb": "libstb-dev",
 }
 # The runtime that a DLL made by MinGW carries.
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}

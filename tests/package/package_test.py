@@ -191,6 +191,16 @@ class Package(unittest.TestCase):
         run(sys.executable, TREE / "examples" / "python" / "scene.py", TREE / "lib" / "libVelmarAPI.so", folder=folder)
         self.assert_is_document(folder / "scene.xml")
 
+    @unittest.skipIf(WINDOWS, "a Python of that system would be needed to load a library of it")
+    def test_the_python_package_finds_the_library_beside_it(self):
+        folder = self.room()
+        python = next(path for path in [sys.executable, "/usr/bin/python3"]
+                      if subprocess.run([path, "-c", "import numpy"], capture_output=True).returncode == 0)
+        run(python, TREE / "examples" / "python" / "numpy_mesh.py", "waves.xml", folder=folder,
+            variables={"PYTHONPATH": str(TREE / "share" / "velmar" / "python"), "VELMAR_LIBRARY": ""})
+        self.assert_is_document(folder / "waves.xml")
+        self.assertEqual(len(list(folder.glob("waves_meshes/*.vmmesh"))), 1)
+
     def test_binaries_are_stripped(self):
         files = [TREE / "bin" / "VelmarAPI.dll"] if WINDOWS else [TREE / "lib" / "libVelmarAPI.so"]
         for file in files + [program_of(TREE / "bin", "velmar")]:
@@ -202,7 +212,7 @@ class Package(unittest.TestCase):
         self.assertIn("documents", run(sys.executable, SOURCE / "tests" / "tree" / "links.py", TREE))
 
     def test_terms_of_all_that_is_linked_are_in_it(self):
-        linked = {"zstd", "xxHash", "double-conversion", "CLI11", "RPly"}
+        linked = {"zstd", "xxHash", "double-conversion", "CLI11", "stb", "RPly"}
         if WINDOWS:
             linked |= {"gcc", "mingw-w64"}
         licences = {path.stem: path.read_text(encoding="utf-8") for path in (TREE / "licences").iterdir()}
