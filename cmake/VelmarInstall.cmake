@@ -18,6 +18,8 @@ install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FI
 install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" FILES_MATCHING
         PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
 install(FILES python/pyproject.toml python/README.md DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python")
+# For those who make bindings of their own.
+install(DIRECTORY api/functions DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar" FILES_MATCHING PATTERN "*.toml")
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/VelmarAPI")
 install(EXPORT VelmarAPI NAMESPACE VelmarAPI:: FILE VelmarAPITargets.cmake DESTINATION "${package_dir}")

@@ -39,6 +39,9 @@ VELMAR_API void VelmarScene_AddTonemapping(VelmarScene* scene, VelmarTonemapping
  * Writes the scene as an XML document, replacing the file. Each mesh goes as mesh_<checksum>.vmmesh into the folder
  * "<path without extension>_meshes" beside it, unless a file of that name is there. The scene isn't changed.
  *
+ * Pass a path without a directory, or an absolute one: a relative path with a directory counts twice in the folder of
+ * the meshes. Without a directory, the document names its meshes as seen from itself and can be moved with them.
+ *
  * A document that can't be opened or written, as in a folder that doesn't exist or on a full disk, isn't reported; look
  * for the file.
  * @param scene  the scene.

@@ -190,6 +190,9 @@ class Package(unittest.TestCase):
         folder = self.room()
         run(sys.executable, TREE / "examples" / "python" / "scene.py", TREE / "lib" / "libVelmarAPI.so", folder=folder)
         self.assert_is_document(folder / "scene.xml")
+        run(sys.executable, "-c", "import velmar; velmar.Scene().write('package.xml')", folder=folder,
+            variables={"PYTHONPATH": str(TREE / "share" / "velmar" / "python"), "PYTHONDONTWRITEBYTECODE": "1"})
+        self.assert_is_document(folder / "package.xml")
 
     @unittest.skipIf(WINDOWS, "a Python of that system would be needed to load a library of it")
     def test_the_python_package_finds_the_library_beside_it(self):
