@@ -10,7 +10,8 @@ Usage: generate.py [--check]
 
 With --check nothing is written; files that aren't what the table gives are listed, and the exit status tells.
 
-A file of the table is a family. Its functions stand in the order of the header and of the export list. Keys of a function:
+A file of the table is a family. Its functions stand in the order of the header and of the export list. Keys of a
+function:
 
 name, arguments, returns   the prototype. An argument has a type, where it makes sense a unit and a shape, and a meaning
                            unless the brief says it; a missing `returns` is void.
@@ -22,6 +23,9 @@ implementation             the function behind the name, when it isn't the one o
 ownership                  who owns what afterwards, when that changes.
 throws, prints, silent     exceptions; what goes to the standard streams; failures that aren't reported.
 example                    C statements, between the family's example_begin and example_end.
+
+A family has a title, where its header needs them `about` and `declarations`, and the ownership of functions that tell
+none.
 """
 import itertools
 import pathlib
@@ -33,6 +37,8 @@ import tomllib
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 NOTICE = "Made by `./dev generate` from api/functions/{}; make changes there."
 WIDTH = 120
+# The functions of the table that was loaded.
+NAMES = set()
 # What an argument is that the brief tells all about.
 UNSAID = {"x": "the x component", "y": "the y component", "z": "the z component", "...": "what the library takes"}
 FUNCTION_KEYS = {"name", "brief", "details", "as", "arguments", "returns", "implementation", "ownership", "throws",
@@ -44,7 +50,7 @@ C_TYPES = {
 }
 
 
-# ---- the table ----------------------------------------------------------------------------------------------------------
+# ---- the table -------------------------------------------------------------------------------------------------------
 
 
 def paragraphs(text):
@@ -67,6 +73,7 @@ def load(folder=ROOT / "api" / "functions"):
             if function["name"] in functions:
                 raise ValueError(f"{function['name']} stands twice in the table")
             functions[function["name"]] = function
+            NAMES.add(function["name"])
             function["family"] = family
             complete(function, functions)
     for function in functions.values():
@@ -121,7 +128,7 @@ def meaning(argument):
     return text + ("" if text.endswith(".") else ".")
 
 
-# ---- headers ------------------------------------------------------------------------------------------------------------
+# ---- headers ---------------------------------------------------------------------------------------------------------
 
 
 def comment_lines(mark, pieces, indent=""):
@@ -190,7 +197,7 @@ def header(family):
     return "\n".join(lines) + "\n"
 
 
-# ---- the export list ----------------------------------------------------------------------------------------------------
+# ---- the export list -------------------------------------------------------------------------------------------------
 
 
 def export_list(families):
@@ -204,17 +211,24 @@ def export_list(families):
     return "\n".join(lines) + "\n"
 
 
-# ---- pages --------------------------------------------------------------------------------------------------------------
+# ---- pages -----------------------------------------------------------------------------------------------------------
 
 
-def linked(text, own_name=""):
-    """Text for a page: names of functions lead to their pages, and nothing is taken for markup."""
+def linked(text, function=None):
+    """Text for a page: names of other functions lead to their pages, and nothing is taken for markup."""
     def link(match):
         name = match.group()
-        return f"`{name}`" if name == own_name else f"[{name}]({name}.md)"
+        if function is not None and name == function["name"]:
+            return f"`{name}`"
+        return f"[{name}]({name}.md)" if name in NAMES else name
 
     text = text.replace("<", "\\<").replace("*", "\\*")
-    return re.sub(r"\b(?:Velmar[A-Za-z]+_[A-Za-z]+|velmar_[a-z_]+[a-z])\b(?!\.)", link, text)
+    return re.sub(r"\b[Vv]elmar\w*_\w+\b", link, text)
+
+
+def sentence(text, function):
+    text = " ".join(text.split())
+    return wrapped(linked(text[0].upper() + text[1:], function))
 
 
 def wrapped(text):
@@ -235,8 +249,7 @@ def argument_row(argument):
 def errors(function):
     lines = []
     for thrown in function["throws"]:
-        known = "::" in thrown["class"]
-        name = f"`{thrown['class']}`" if known else thrown["class"]
+        name = thrown["class"] if " " in thrown["class"] else f"`{thrown['class']}`"
         lines.append("- Throws " + " ".join([name, *thrown.get("when", "").split()]) + ".")
     if "prints" in function:
         lines += ["- Prints: " + linked(block) for block in paragraphs(function["prints"])]
@@ -253,19 +266,21 @@ def example(function):
 def page(function):
     name, family = function["name"], function["family"]
     anchor = re.sub(r"[^a-z0-9 -]", "", family["title"].lower()).replace(" ", "-")
-    lines = [f"<!-- {NOTICE.format(family['name'] + '.toml')} -->", f"# {name}", "", "```c", prototype(function), "```", "",
+    lines = [f"<!-- {NOTICE.format(family['name'] + '.toml')} -->", f"# {name}", "",
+             "```c", prototype(function), "```", "",
              f"[{family['title']}](README.md#{anchor}), `velmarapi/{family['name']}.h`", ""]
     if "as" in function:
         lines += [wrapped(f"Does the same as {linked(function['as'])}."), ""]
     for block in paragraphs(function["brief"]) + paragraphs(function.get("details", "")):
         if block:
-            lines += [wrapped(linked(block, name)), ""]
+            lines += [wrapped(linked(block, function)), ""]
     if function["arguments"]:
         lines += ["## Arguments", "", "| name | type | shape, unit | meaning |", "|---|---|---|---|"]
         lines += [argument_row(argument) for argument in function["arguments"]] + [""]
     if "meaning" in function["returns"]:
-        lines += ["## Returns", "", wrapped(linked(" ".join(function["returns"]["meaning"].split()), name)), ""]
-    lines += ["## Ownership", "", wrapped(linked(" ".join(function.get("ownership", "Nothing changes hands.").split()))), ""]
+        lines += ["## Returns", "", sentence(function["returns"]["meaning"], function), ""]
+    ownership = function.get("ownership", family.get("ownership")) or "Nothing changes hands."
+    lines += ["## Ownership", "", sentence(ownership, function), ""]
     lines += ["## Errors", "", *errors(function), ""]
     if function["shared_with"]:
         names = ", ".join(f"[{other}]({other}.md)" for other in function["shared_with"])
@@ -281,8 +296,8 @@ def index(families):
     lines = [f"<!-- {NOTICE.format('')} -->", "# The exported functions", ""]
     for block in paragraphs(head):
         lines += [wrapped(linked(block)), ""]
-    lines += [wrapped(f"The {count} functions, by family. The example on each page is the body of a C function in a file "
-                      "that includes `stdio.h` and `velmarapi.h`; a test compiles and runs them."), ""]
+    lines += [wrapped(f"The {count} functions, by family. The example on each page is the body of a C function in a "
+                      "file that includes `stdio.h` and `velmarapi.h`; a test compiles and runs them."), ""]
     for family in families.values():
         lines += [f"## {family['title']}", "", "| function | |", "|---|---|"]
         for function in family["function"]:
@@ -296,7 +311,7 @@ def first_sentence(text):
     return re.split(r"(?<=\.) (?=[A-Z])", text)[0]
 
 
-# ---- Python -------------------------------------------------------------------------------------------------------------
+# ---- Python ----------------------------------------------------------------------------------------------------------
 
 
 def python_type(c_type):
@@ -336,7 +351,7 @@ def python_binding(families):
     return "\n".join(lines) + "\n"
 
 
-# ---- all of it ----------------------------------------------------------------------------------------------------------
+# ---- all of it -------------------------------------------------------------------------------------------------------
 
 
 def generated():

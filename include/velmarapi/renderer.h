@@ -44,24 +44,28 @@ VELMAR_API void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, Vel
 /**
  * Starts the render.
  * @return what the library returned; narrower results of it leave the upper bits undefined.
+ * @throws what leaves the library's operation
  */
 VELMAR_API uint64_t VelmarRenderer_Start(VelmarRenderer* renderer);
 
 /**
  * Pauses the render.
  * @return as VelmarRenderer_Start.
+ * @throws what leaves the library's operation
  */
 VELMAR_API uint64_t VelmarRenderer_Pause(VelmarRenderer* renderer);
 
 /**
  * Resumes the render.
  * @return as VelmarRenderer_Start.
+ * @throws what leaves the library's operation
  */
 VELMAR_API uint64_t VelmarRenderer_Resume(VelmarRenderer* renderer);
 
 /**
  * Stops the render.
  * @return as VelmarRenderer_Start.
+ * @throws what leaves the library's operation
  */
 VELMAR_API uint64_t VelmarRenderer_Stop(VelmarRenderer* renderer);
 
@@ -72,6 +76,7 @@ VELMAR_API uint64_t VelmarRenderer_Stop(VelmarRenderer* renderer);
  * Written as below, arguments are promoted as those of printf are; to pass a float or to receive another result, call
  * through a pointer to a function of the library's own signature with the renderer before its arguments.
  * @return as VelmarRenderer_Start.
+ * @throws what leaves the library's operation, which may be a Velmar::VelmarException of a node that it asked
  */
 VELMAR_API uint64_t VelmarRenderer_UpdateScene(VelmarRenderer* renderer, ...);
 

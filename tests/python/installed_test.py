@@ -17,8 +17,8 @@ TREE = WORK / "tree"
 
 def run(*command, folder=WORK, **environment):
     clean = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "VELMAR_LIBRARY")}
-    done = subprocess.run([str(part) for part in command], cwd=folder, env={**clean, **environment}, capture_output=True,
-                          text=True, timeout=250, stdin=subprocess.DEVNULL)
+    done = subprocess.run([str(part) for part in command], cwd=folder, env={**clean, **environment},
+                          capture_output=True, text=True, timeout=250, stdin=subprocess.DEVNULL)
     if done.returncode != 0:
         raise RuntimeError(f"{command} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
     return done.stdout

@@ -74,7 +74,9 @@ class Nodes(unittest.TestCase):
 
     def test_scene_keeps_nodes_that_nobody_else_refers_to(self):
         with velmar.Scene() as scene:
-            scene.add(velmar.Model("model", scene.add(velmar.Mesh("mesh", TRIANGLE)), [scene.add(velmar.Material("red"))]))
+            mesh = scene.add(velmar.Mesh("mesh", TRIANGLE))
+            scene.add(velmar.Model("model", mesh, [scene.add(velmar.Material("red"))]))
+            del mesh
             gc.collect()
             self.assertEqual([type(node).__name__ for node in scene.nodes], ["Mesh", "Material", "Model"])
             self.assertFalse(any(node.closed for node in scene.nodes))

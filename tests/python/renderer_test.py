@@ -21,7 +21,8 @@ def rendered_scene():
 
 def render(program):
     """Runs a program in the folder of the renderer library, which tells what happens to it."""
-    status, output = support.run(f"import os\nos.chdir({FOLDER!r})\n{PROGRAM}{program}", "-u", VELMAR_STANDIN_RECORD="-")
+    program = f"import os\nos.chdir({FOLDER!r})\n{PROGRAM}{program}"
+    status, output = support.run(program, "-u", VELMAR_STANDIN_RECORD="-")
     return status, [line for line in output.splitlines() if line.startswith(("interface ", "unloaded", "python: "))]
 
 

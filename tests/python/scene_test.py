@@ -59,7 +59,8 @@ class Documents(support.InFolder):
         flags = ["metropolis", "bidirectional", "dithering", "vignetting", "shadow_pass", "render_foreground_alpha",
                  "info_overlay", "depth_pass", "material_id_tracer"]
         with velmar.Scene() as scene:
-            settings = scene.add(velmar.RenderSettings(3, 4, **{name: 5 for name in names}, **dict.fromkeys(flags, True)))
+            values = {**dict.fromkeys(names, 5), **dict.fromkeys(flags, True)}
+            settings = scene.add(velmar.RenderSettings(3, 4, **values))
             root = support.document(scene).find("renderer_settings")
             elements = {"depth_pass": "depth_channel", "material_id_tracer": "material_id_channel"}
             for name in names + flags:
@@ -113,7 +114,8 @@ class Documents(support.InFolder):
     def test_tone_mapping(self):
         kinds = velmar.TonemappingKind
         with velmar.Scene() as scene:
-            tonemapping = scene.add(velmar.Tonemapping(kinds.CAMERA, iso=400, ev_adjust=-1, response_function_path="r.txt"))
+            tonemapping = scene.add(velmar.Tonemapping(kinds.CAMERA, iso=400, ev_adjust=-1,
+                                                       response_function_path="r.txt"))
             root = support.document(scene).find("tonemapping/camera")
             self.assertEqual([element.text for element in root], ["r.txt", "400", "-1"])
             for kind, wanted in ((kinds.REINHARD, ["2", "3", "4"]), (kinds.FILMIC, ["5"]), (kinds.LINEAR, ["5"])):
