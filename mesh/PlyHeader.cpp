@@ -73,7 +73,10 @@ class HeaderWalk {
 
     bool passLine() {
         const std::size_t length = rest.find('\n');
-        if (length == std::string_view::npos || rest.substr(0, length).find('\0') != std::string_view::npos)
+        // RPly puts what it refuses into a message of 1024 bytes, among twenty of its own, without looking at the size.
+        constexpr std::size_t longest_line = 1024 - 20;
+        if (length == std::string_view::npos || length > longest_line ||
+            rest.substr(0, length).find('\0') != std::string_view::npos)
             return false;
         rest.remove_prefix(length + 1);
         return true;
