@@ -1,8 +1,10 @@
 #include "mesh/PlyHeader.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <iterator>
+#include <system_error>
 
 namespace Velmar {
 
@@ -33,7 +35,7 @@ class HeaderWalk {
                 ascii = word == "ascii";
                 if (!next() || word != "1.0" || !next()) return false;
             } else if (word == "element") {
-                if (!next() || !next() || !next() || !walkProperties()) return false;
+                if (!next() || !next() || !countFits() || !next() || !walkProperties()) return false;
             } else if (!isRemark() || !passLine() || !next()) {
                 return false;
             }
@@ -54,6 +56,14 @@ class HeaderWalk {
         if (!next()) return false;
         if (word == "list") return next() && isScalar() && next() && isScalar() && next();
         return isScalar() && next();
+    }
+
+    /// RPly leaves it to the system what becomes of a number that is too large.
+    bool countFits() const {
+        const std::string_view digits = word.substr(word.starts_with('+') ? 1 : 0);
+        long count = 0;
+        return std::from_chars(digits.data(), digits.data() + digits.size(), count).ec !=
+               std::errc::result_out_of_range;
     }
 
     bool isScalar() const { return isOneOf(word, scalar_types); }
