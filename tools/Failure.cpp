@@ -2,13 +2,15 @@
 
 #include "velmarexceptions.h"
 
+#include "tools/Text.h"
 #include "utils/FileUtils.h"
 
 #include <cstdio>
 #include <exception>
 
 void printError(const std::string& message) {
-    std::fprintf(stderr, "velmar: %s\n", message.c_str());
+    // Names come from files and disks, and a terminal obeys some characters.
+    std::fprintf(stderr, "velmar: %s\n", Text::printable(message).c_str());
 }
 
 // The library's exceptions stand side by side without a common base.

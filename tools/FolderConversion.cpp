@@ -13,25 +13,27 @@
 #include <cstdint>
 #include <cstdio>
 #include <map>
-#include <set>
+#include <utility>
 
 namespace {
 
 /// Makes `folder` and those above it that aren't there. Throws the library's exception when one can't be made.
 void makeFolders(const std::string& folder) {
-    for (std::size_t end = folder.find_first_of("/\\", 1);; end = folder.find_first_of("/\\", end + 1)) {
-        const std::string part = folder.substr(0, end);
-        const bool is_drive = part.ends_with(':');
-        if (!is_drive && !System::isDirectory(part)) FileUtils::createDir(part);
-        if (end == std::string::npos) return;
+    std::vector<std::size_t> missing;
+    for (std::string part = folder; !part.empty() && !System::isDirectory(part); part = FileUtils::getDirectory(part))
+        missing.push_back(part.size());
+    for (auto size = missing.rbegin(); size != missing.rend(); ++size) {
+        const std::string part = folder.substr(0, *size);
+        // A separator at the end makes no other folder.
+        if (!System::isDirectory(part)) FileUtils::createDir(part);
     }
 }
 
 class FolderConversion {
   public:
-    FolderConversion(const std::string& input_folder, const std::string& output_folder,
-                     const ConversionSettings& conversion_settings)
-        : input(input_folder), output(output_folder), settings(conversion_settings), progress(settings.quiet) {}
+    FolderConversion(std::string input_folder, std::string output_folder, const ConversionSettings& conversion_settings)
+        : input(std::move(input_folder)), output(std::move(output_folder)), settings(conversion_settings),
+          progress(settings.quiet) {}
 
     /// Returns whether all went well.
     bool run() {
@@ -41,7 +43,7 @@ class FolderConversion {
         for (const std::string& failure : search.failures)
             fail(failure);
         for (const std::string& file : search.files)
-            if (const auto identity = System::getIdentity(Text::joinPaths(input, file))) protect(*identity, file);
+            protect(Text::joinPaths(input, file), Text::joinPaths(input, file));
         const std::vector<std::string> names = nameConverted(search.files);
         for (std::size_t i = 0; i < names.size(); ++i) {
             progress.show('[' + std::to_string(i + 1) + '/' + std::to_string(names.size()) + "] " + search.files[i]);
@@ -80,20 +82,19 @@ class FolderConversion {
         } catch (...) {
             throw makeFailureOf(to);
         }
-        if (const auto identity = System::getIdentity(to)) untouchable[*identity] = "what became of " + from;
+        protect(to, "what became of " + from);
         bytes_in += size;
         ++converted;
     }
 
-    void protect(const System::FileIdentity& identity, const std::string& file) {
-        untouchable.emplace(identity, Text::joinPaths(input, file));
+    void protect(const std::string& path, const std::string& description) {
+        if (const auto identity = System::getIdentity(path)) untouchable[*identity] = description;
     }
 
     void fail(const std::string& message) {
         ++failed;
         progress.clear();
-        // Names come from the disk, and a terminal obeys some characters.
-        printError(Text::printable(message));
+        printError(message);
     }
 
     void printSummary(const MeshSearch& search) const {

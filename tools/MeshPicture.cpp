@@ -25,9 +25,6 @@ constexpr std::int32_t max_band_samples = 1 << 23;
 // The part of the picture that the mesh may fill.
 constexpr double filled_part = 0.9;
 
-template <class Face>
-constexpr std::size_t corner_count = std::size(Face{}.vertex_indices);
-
 class Drawing {
   public:
     Drawing(const Mesh& drawn_mesh, const PictureView& picture_view)

@@ -14,7 +14,7 @@ namespace {
 
 class Search {
   public:
-    Search(const std::string& folder, const std::string& left_out) : root(folder) {
+    Search(std::string folder, const std::string& left_out) : root(std::move(folder)) {
         if (const auto identity = System::getIdentity(left_out)) seen.insert(*identity);
     }
 

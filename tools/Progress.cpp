@@ -1,6 +1,7 @@
 #include "tools/Progress.h"
 
 #include "tools/System.h"
+#include "tools/Text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -49,7 +50,7 @@ Progress::~Progress() {
 void Progress::show(std::string_view step) {
     if (!shown) return;
     const std::lock_guard lock(mutex);
-    text = shorten(step);
+    text = shorten(Text::printable(step));
     start = Clock::now();
     draw();
 }

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// What the tool asks of the operating system beyond what the library asks. Text and paths are UTF-8.
@@ -49,13 +49,8 @@ bool enterDirectory(std::string_view path);
 
 bool isDirectory(std::string_view path);
 
-/// What tells a file or directory from every other one, whatever names lead to it.
-struct FileIdentity {
-    std::uint64_t volume = 0;
-    std::uint64_t number = 0;
-
-    auto operator<=>(const FileIdentity&) const = default;
-};
+/// What tells a file or directory from every other one, whatever names lead to it: its volume and its number there.
+using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
 /// Of what stands at `path`, links followed; none when that can't be told.
 std::optional<FileIdentity> getIdentity(std::string_view path);

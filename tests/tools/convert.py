@@ -2,7 +2,7 @@
 import struct
 import unittest
 
-from support import EMULATOR, SQUARE, TRIANGLE, ToolTest
+from support import COMMAND, EMULATOR, SQUARE, TRIANGLE, ToolTest
 
 
 class Convert(ToolTest):
@@ -240,3 +240,39 @@ velmar: Failed to open file 'in\\loop\.obj': [^\n]+
         self.assertRegex(errors, r"\Avelmar: in/shut/: can't be read: .+ \(code 13\)\n\Z")
         self.assertRegex(output, r"\A1 file converted, 1 failed; ")
         self.assertEqual([p.name for p in (self.folder / "out").rglob("*.vmmesh")], ["b.vmmesh"])
+
+    @unittest.skipIf(EMULATOR, "a terminal of this system")
+    def test_a_terminal_shows_the_progress_and_in_the_end_the_errors_alone(self):
+        import os
+        import pty
+        import subprocess
+        self.put("a.obj")
+        self.put("b\a.obj", "f 1 x")
+        terminal, end = pty.openpty()
+        with os.fdopen(terminal, "rb", buffering=0) as reader:
+            subprocess.run(COMMAND + ["convert", "-r", "in", "out"], cwd=self.folder, stdout=subprocess.DEVNULL,
+                           stderr=end, timeout=60)
+            shown = os.read(reader.fileno(), 65536).decode()
+        os.close(end)
+        self.assertIn("[1/2] a.obj", shown)
+        self.assertIn("[2/2] b\\x07.obj", shown)
+        self.assertNotIn("\a", shown)
+        lines = [""]
+        column = 0
+        for character in shown:
+            if character == "\n":
+                lines.append("")
+            elif character == "\r":
+                column = 0
+            else:
+                lines[-1] = lines[-1][:column] + character + lines[-1][column + 1:]
+                column += 1
+        self.assertEqual([line.rstrip() for line in lines][1:], [""])
+        self.assertRegex(lines[0].rstrip(), r"\Avelmar: in/b\\x07\.obj: .+ on line 1\)\Z")
+
+    def test_an_output_folder_is_made_with_those_above_it(self):
+        self.put("a.obj")
+        for output in ("out/deep/er", "out/again/", "out/./x/../y"):
+            with self.subTest(output=output):
+                self.assertEqual(self.convert("in", output)[::2], (0, ""))
+                self.assertTrue((self.folder / output / "a.vmmesh").is_file())
