@@ -11,7 +11,7 @@ packages=(
     g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
     libzstd-dev libxxhash-dev libdouble-conversion-dev libfast-float-dev                   # the library
     libcli11-dev libstb-dev                                                                # the command line tool
-    googletest libpugixml-dev libeigen3-dev pkgconf llvm                                   # the tests
+    googletest libpugixml-dev libeigen3-dev pkgconf llvm locales                           # the tests
     libbenchmark-dev libtinyobjloader-dev libassimp-dev                                    # the benchmarks and peers
     python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package
     glmark2-data assimp-testmodels                                                         # real models
