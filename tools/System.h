@@ -23,7 +23,8 @@ class ConsoleEncoding {
     ConsoleEncoding& operator=(const ConsoleEncoding&) = delete;
 
   private:
-    unsigned before = 0;
+    /// Where the system has such a setting.
+    [[maybe_unused]] unsigned before = 0;
 };
 
 /// Drops what this process writes to its standard output while it lives, the library's own lines included.
