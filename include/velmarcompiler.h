@@ -2,6 +2,7 @@
 
 /// What differs between compilers and runtimes. Every other source file is plain C++20.
 
+#include <bit>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +16,13 @@
 // NOLINTNEXTLINE(readability-redundant-declaration,readability-inconsistent-declaration-parameter-name)
 extern "C" [[gnu::noreturn]] void __assert_fail(const char* text, const char* file, unsigned line,
                                                 const char* function) noexcept;
+#endif
+
+/// For functions of inner loops whose state must stay in registers.
+#ifdef _MSC_VER
+#define VELMAR_ALWAYS_INLINE __forceinline
+#else
+#define VELMAR_ALWAYS_INLINE [[gnu::always_inline]] inline
 #endif
 
 namespace Velmar {
@@ -46,6 +54,15 @@ inline void assertThat(bool holds, const char* text, const char* file = __builti
                        const char* function = __builtin_FUNCTION()) {
     if (!holds) [[unlikely]]
         reportFailedAssertion(text, file, line, function);
+}
+
+/// The place of the lowest bit that is set. `bits` must not be 0: that spares a look at it, unlike std::countr_zero.
+VELMAR_ALWAYS_INLINE std::size_t lowestBit(std::uint64_t bits) {
+#ifdef _MSC_VER
+    return static_cast<std::size_t>(std::countr_zero(bits));
+#else
+    return static_cast<std::size_t>(__builtin_ctzll(bits));
+#endif
 }
 
 /// Asks the system to back a block by large pages: with small ones the first touch of a mesh's arrays takes longer than

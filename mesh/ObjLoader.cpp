@@ -1,18 +1,21 @@
 #include "mesh/ObjLoader.h"
 
+#include "velmarcompiler.h"
 #include "velmarexceptions.h"
 #include "velmarstring.h"
-#include "velmarvector.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/MeshChecks.h"
 #include "mesh/MtlLoader.h"
-#include "mesh/ObjVertexMap.h"
+#include "mesh/ObjVertices.h"
+#include "mesh/RecordAppender.h"
 #include "mesh/TextLines.h"
+#include "utils/Digits.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
+#include "utils/PlainFloats.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -25,47 +28,6 @@ namespace Velmar {
 namespace {
 
 constexpr std::uint32_t max_corners = 256;
-constexpr int most_plain_digits = 9;
-constexpr std::uint32_t no_vertex = 0xFFFFFFFF;
-/// The second half of the key of a corner without a normal: it shares its vertex with normal 0.
-constexpr std::int32_t key_without_normal = 0;
-
-/// A `v` line, and what stands in front of the vertex map: most positions have one normal, or none.
-struct Position {
-    Vec3f at;
-    std::int32_t first_normal;
-    std::uint32_t first_vertex;
-};
-
-/// Makes room in a list that a file fills line by line, so that a large one is seldom copied: as much as the rest of
-/// the file holds if it goes on as it did from `first_offset`, but eight times the present size at most.
-template <class T>
-class RoomForecast {
-  public:
-    void beforeAppend(Vector<T>& records, const Parser& parser) {
-        if (records.size() == records.capacity()) [[unlikely]]
-            makeRoom(records, parser);
-    }
-
-  private:
-    void makeRoom(Vector<T>& records, const Parser& parser) {
-        const std::uint64_t size = records.size();
-        if (size < least_to_judge_by) {
-            if (size == 0) first_offset = parser.pos;
-            records.growFor(1);
-            return;
-        }
-        const std::uint64_t read = parser.pos - first_offset;
-        const std::uint64_t rest = parser.size - parser.pos;
-        const std::uint64_t to_come = read == 0 ? 0 : rest * size / read;
-        const std::uint64_t with_margin = to_come + to_come / 64 + 1;
-        records.growFor(1 + std::min(with_margin, size * 7));
-    }
-
-    static constexpr std::uint64_t least_to_judge_by = 1024;
-
-    std::uint32_t first_offset = 0;
-};
 
 /// Lets names be looked up as views of the file.
 struct NameHash {
@@ -77,6 +39,8 @@ class ObjReader {
   public:
     ObjReader(std::string_view file_path, Parser text, Mesh& filled_mesh, float position_scale)
         : path(file_path), parser(text), mesh(filled_mesh), scale(position_scale) {}
+    ObjReader(const ObjReader&) = delete;
+    ObjReader& operator=(const ObjReader&) = delete;
 
     /// Null: no library is read.
     MTLLibrary* library = nullptr;
@@ -84,16 +48,194 @@ class ObjReader {
     void read() {
         while (!parser.atEnd()) {
             ++line_num;
-            TextLines::skipSpacesAndTabs(parser);
-            Parser::Token keyword;
-            // A comment has no letters at its start, like any other line without a keyword.
-            if (parser.parseAlpha(keyword)) readStatement(keyword);
-            TextLines::advancePastLineEnd(parser);
+            if (!readPlainLine()) readLine();
         }
+        vertices.settle();
+        uvs.settle();
+        triangles.settle();
+        quads.settle();
         mesh.build();
     }
 
   private:
+    // ---- the quick road: lines as nearly all programs write them, and nothing that could fail -----------------------
+
+    /// How many bytes from the start of a number or a corner must be readable.
+    static constexpr std::uint32_t plain_reach = PlainFloats::reach + 4;
+
+    /// Reads the line at the cursor if it is of the usual form and right. Otherwise returns false, and the other road
+    /// may read the same line from its start.
+    bool readPlainLine() {
+        if (parser.size - parser.pos < plain_reach) return false;
+        const char* const p = parser.text + parser.pos;
+        if (p[0] == 'f') return p[1] == ' ' && readPlainFace(p + 2);
+        if (p[0] != 'v') return false;
+        // Some programs write two blanks here.
+        if (p[1] == ' ') return readPlainPosition(p[2] == ' ' ? p + 3 : p + 2);
+        if (p[2] != ' ') return false;
+        if (p[1] == 't') return readPlainTexCoord(p + 3);
+        return p[1] == 'n' && readPlainNormal(p + 3);
+    }
+
+    bool readPlainPosition(const char* p) {
+        float numbers[3];
+        if ((p = PlainFloats::scan(p, numbers)) == nullptr) return false;
+        vertices.addPosition({numbers[0] * scale, numbers[1] * scale, numbers[2] * scale});
+        passLineFrom(p);
+        return true;
+    }
+
+    bool readPlainNormal(const char* p) {
+        float numbers[3];
+        if ((p = PlainFloats::scan(p, numbers)) == nullptr) return false;
+        vertices.addNormal({numbers[0], numbers[1], numbers[2]});
+        passLineFrom(p);
+        return true;
+    }
+
+    bool readPlainTexCoord(const char* p) {
+        float numbers[2];
+        if ((p = PlainFloats::scan(p, numbers)) == nullptr) return false;
+        addTexCoord({numbers[0], numbers[1]});
+        passLineFrom(p);
+        return true;
+    }
+
+    bool readPlainFace(const char* p) {
+        if (current_material < 0) return false;
+        std::uint64_t stops = Digits::findOthers<48>(p);
+        if (p[lowestBit(stops)] == ' ') return readPlainFaceOfPositions(p, stops);
+        std::uint32_t corners = 0;
+        for (;;) {
+            if ((p = readPlainCorner(p, stops, corners)) == nullptr) return false;
+            ++corners;
+            if (*p == ' ') ++p;
+            if (Parser::isLineEnd(*p)) break;
+            if (corners == max_corners || parser.text + parser.size - p < plain_reach) return false;
+            stops = Digits::findOthers<32>(p);
+        }
+        if (corners < 3) return false;
+        addFace(corners);
+        passLineFrom(p);
+        return true;
+    }
+
+    /// A triangle or a quad of positions alone. `stops` tells the bytes from `p` on that are no digits.
+    bool readPlainFaceOfPositions(const char* p, std::uint64_t stops) {
+        // The places behind the numbers.
+        const std::size_t a = takeLowestBit(stops);
+        const std::size_t b = takeLowestBit(stops);
+        const std::size_t c = takeLowestBit(stops);
+        if (p[b] != ' ' || !isIndexLength(a) || !isIndexLength(b - a - 1) || !isIndexLength(c - b - 1)) return false;
+        std::size_t end = c;
+        std::size_t fourth_length = 0;
+        if (p[c] == ' ') {
+            end = takeLowestBit(stops);
+            fourth_length = end - c - 1;
+            // No fourth number is there where only a blank ends the line.
+            if (fourth_length > longest_index) return false;
+        }
+        if (!Parser::isLineEnd(p[end])) return false;
+
+        const Digits::Four positions = Digits::join(Digits::makePair(p, a, p + a + 1, b - a - 1),
+                                                    Digits::makePair(p + b + 1, c - b - 1, p + c + 1, fourth_length))
+                                           .minusOne();
+        if (!takePosition(0, positions.get<0>()) || !takePosition(1, positions.get<1>()) ||
+            !takePosition(2, positions.get<2>()))
+            return false;
+        if (fourth_length == 0) {
+            addTriangle(1, 2);
+        } else {
+            if (!takePosition(3, positions.get<3>())) return false;
+            addQuad();
+        }
+        passLineFrom(p + end);
+        return true;
+    }
+
+    bool takePosition(std::uint32_t corner, std::uint32_t position) {
+        if (position >= vertices.numPositions()) return false;
+        vertex_indices[corner] = vertices.vertexFor(position, ObjVertices::key_without_normal, false);
+        return true;
+    }
+
+    /// Reads a corner of indices that count from 1. Returns the place behind it, or null for any other. `stops` tells
+    /// the bytes from `p` on that are no digits.
+    const char* readPlainCorner(const char* p, std::uint64_t stops, std::uint32_t corner) {
+        const std::size_t position_length = takeLowestBit(stops);
+        if (!isIndexLength(position_length)) return nullptr;
+        const char* end = p + position_length;
+        const char* uv_at = p;
+        const char* normal_at = p;
+        std::size_t uv_length = 0;
+        std::size_t normal_length = 0;
+        if (*end == '/') {
+            uv_at = end + 1;
+            end = p + takeLowestBit(stops);
+            uv_length = static_cast<std::size_t>(end - uv_at);
+            if (uv_length > longest_index) return nullptr;
+            if (*end == '/') {
+                normal_at = end + 1;
+                end = p + takeLowestBit(stops);
+                normal_length = static_cast<std::size_t>(end - normal_at);
+                if (!isIndexLength(normal_length)) return nullptr;
+            }
+        }
+
+        // Before a vertex is made, because the other road may read the rest of the corner and make another.
+        if (*end != ' ' && !Parser::isLineEnd(*end)) return nullptr;
+
+        const Digits::Four indices = Digits::join(Digits::makePair(p, position_length, uv_at, uv_length),
+                                                  Digits::makePair(normal_at, normal_length, p, 0))
+                                         .minusOne();
+        const std::uint32_t position = indices.get<0>();
+        if (position >= vertices.numPositions()) return nullptr;
+        if (uv_length != 0) {
+            const std::uint32_t uv = indices.get<1>();
+            if (uv == before_first) return nullptr;
+            uv_indices[corner] = uv;
+        }
+        if (normal_length != 0) {
+            const std::uint32_t normal = indices.get<2>();
+            if (normal >= vertices.numNormals()) return nullptr;
+            vertex_indices[corner] = vertices.vertexFor(position, normal, true);
+        } else {
+            vertex_indices[corner] = vertices.vertexFor(position, ObjVertices::key_without_normal, false);
+        }
+        return end;
+    }
+
+    static constexpr std::size_t longest_index = 8;
+
+    /// Also false for what is less than 0.
+    static bool isIndexLength(std::size_t length) { return length - 1 < longest_index; }
+
+    static std::size_t takeLowestBit(std::uint64_t& bits) {
+        const std::size_t bit = lowestBit(bits);
+        bits &= bits - 1;
+        return bit;
+    }
+
+    /// Passes the rest of a line of which everything up to `p` is read.
+    void passLineFrom(const char* p) {
+        parser.pos = static_cast<std::uint32_t>(p - parser.text);
+        if (*p == '\n') [[likely]]
+            ++parser.pos;
+        else
+            TextLines::advancePastLineEnd(parser);
+    }
+
+    // ---- the careful road: everything that may stand in a file
+    // -------------------------------------------------------
+
+    void readLine() {
+        TextLines::skipSpacesAndTabs(parser);
+        Parser::Token keyword;
+        // A comment has no letters at its start, like any other line without a keyword.
+        if (parser.parseAlpha(keyword)) readStatement(keyword);
+        TextLines::advancePastLineEnd(parser);
+    }
+
     void readStatement(const Parser::Token& keyword) {
         switch (keyword.size) {
         case 1:
@@ -131,8 +273,7 @@ class ObjReader {
     void readPosition() {
         Vec3f p;
         if (!readTriple(p)) throwAtLine("Parse error while reading position on line ");
-        position_room.beforeAppend(positions, parser);
-        positions.push_back({{p.x * scale, p.y * scale, p.z * scale}, key_without_normal, no_vertex});
+        vertices.addPosition({p.x * scale, p.y * scale, p.z * scale});
     }
 
     void readTexCoord() {
@@ -140,27 +281,27 @@ class ObjReader {
         const bool u = readNumber(uv.x);
         const bool v = readNumber(uv.y);
         if (!u || !v) throwAtLine("Parse error while reading tex coord on line ");
+        addTexCoord(uv);
+    }
+
+    void addTexCoord(const Vec2f& uv) {
         if (num_uvs == 0) mesh.raiseNumUVMappings(1);
-        uv_room.beforeAppend(mesh.uv_pairs, parser);
-        mesh.addUVs({&uv, 1});
+        uvs.append(uv, parser);
+        // The further pairs of a mesh that had more UV sets.
+        for (std::uint32_t i = 1; i < mesh.num_uv_mappings; ++i)
+            uvs.append({0.0f, 0.0f}, parser);
         ++num_uvs;
     }
 
     void readNormal() {
         Vec3f normal;
         if (!readTriple(normal)) throwAtLine("Parse error while reading normal on line ");
-        normal_room.beforeAppend(normals, parser);
-        normals.push_back(normal);
+        vertices.addNormal(normal);
     }
 
     void readFace() {
-        if (mesh.verts.empty()) reserveVertices();
         std::uint32_t corners = 0;
         while (corners < max_corners) {
-            if (readPlainCorner(corners)) [[likely]] {
-                ++corners;
-                continue;
-            }
             parser.skipBlanks();
             if (parser.atEnd() || Parser::isLineEnd(parser.current())) break;
             readCorner(corners);
@@ -173,57 +314,13 @@ class ObjReader {
         addFace(corners);
     }
 
-    /// Reads a corner written in the usual way: one space, then indices that count from 1 and have few digits. Returns
-    /// false for any other, with the cursor where it was.
-    bool readPlainCorner(std::uint32_t corner) {
-        constexpr std::uint32_t longest = 1 + 3 * (most_plain_digits + 1) + 1;
-        if (parser.size - parser.pos < longest) return false;
-        const char* p = parser.text + parser.pos;
-        if (*p != ' ') return false;
-        std::uint32_t position = 0;
-        p = scanPlainIndex(p + 1, position);
-        if (p == nullptr) return false;
-
-        std::uint32_t uv = 0;
-        std::uint32_t normal = 0;
-        bool has_uv = false;
-        bool has_normal = false;
-        if (*p == '/') {
-            ++p;
-            has_uv = *p != '/';
-            if (has_uv && (p = scanPlainIndex(p, uv)) == nullptr) return false;
-            has_normal = *p == '/';
-            if (has_normal && (p = scanPlainIndex(p + 1, normal)) == nullptr) return false;
-        }
-        parser.pos = static_cast<std::uint32_t>(p - parser.text);
-        if (has_uv) uv_indices[corner] = uv;
-        vertex_indices[corner] =
-            vertexFor(static_cast<std::int32_t>(position), static_cast<std::int32_t>(normal), has_normal);
-        return true;
-    }
-
-    /// The index at `p`, counted from 0, and the place behind it; null for a number that isn't plain.
-    static const char* scanPlainIndex(const char* p, std::uint32_t& index) {
-        std::uint32_t number = 0;
-        const char* const first = p;
-        for (;; ++p) {
-            const auto digit = static_cast<std::uint32_t>(static_cast<unsigned char>(*p)) - '0';
-            if (digit > 9) break;
-            if (p - first == most_plain_digits) return nullptr;
-            number = number * 10 + digit;
-        }
-        // Also where there is no digit: 0 counts back from nothing.
-        if (number == 0) return nullptr;
-        index = number - 1;
-        return p;
-    }
-
     void readCorner(std::uint32_t corner) {
         std::int32_t index = 0;
         if (!parser.parseInt(index)) throwSyntaxError("f");
-        const std::int32_t position = fromZero(index, positions.size(), position_invalid);
+        constexpr const char* position_invalid = "Position index invalid.";
+        const std::int32_t position = fromZero(index, vertices.numPositions(), position_invalid);
 
-        std::int32_t normal = key_without_normal;
+        std::int32_t normal = ObjVertices::key_without_normal;
         bool has_normal = false;
         if (passSlash()) {
             // Without a number the corner keeps the UV index that an earlier face left there.
@@ -231,11 +328,17 @@ class ObjReader {
                 uv_indices[corner] = static_cast<std::uint32_t>(fromZero(index, num_uvs, "Invalid tex coord index."));
             if (passSlash()) {
                 if (!parser.parseInt(index)) throwSyntaxError("/");
-                normal = fromZero(index, normals.size(), "Invalid normal index.");
+                normal = fromZero(index, vertices.numNormals(), "Invalid normal index.");
                 has_normal = true;
             }
         }
-        vertex_indices[corner] = vertexFor(position, normal, has_normal);
+
+        const auto position_at = static_cast<std::uint32_t>(position);
+        const auto normal_at = static_cast<std::uint32_t>(normal);
+        // As unsigned numbers negative indices are out of bounds like too large ones.
+        if (position_at >= vertices.numPositions()) throwInvalidIndex(position_invalid, position);
+        if (has_normal && normal_at >= vertices.numNormals()) throwInvalidIndex("Normal index invalid.", normal);
+        vertex_indices[corner] = vertices.vertexFor(position_at, normal_at, has_normal);
     }
 
     bool passSlash() {
@@ -253,57 +356,41 @@ class ObjReader {
         return static_cast<std::int32_t>(count) + index;
     }
 
-    std::uint32_t vertexFor(std::int32_t position_index, std::int32_t normal_index, bool has_normal) {
-        const auto position_at = static_cast<std::uint32_t>(position_index);
-        const auto normal_at = static_cast<std::uint32_t>(normal_index);
-        // As unsigned numbers negative indices are out of bounds like too large ones.
-        if (position_at >= positions.size()) [[unlikely]]
-            throwInvalidIndex(position_invalid, position_index);
-        if (has_normal && normal_at >= normals.size()) [[unlikely]]
-            throwInvalidIndex("Normal index invalid.", normal_index);
-
-        Position& position = positions.data()[position_at];
-        if (position.first_vertex == no_vertex) {
-            addVertex(position, normal_at, has_normal);
-            position.first_normal = normal_index;
-            position.first_vertex = next_vertex;
-            return next_vertex++;
-        }
-        if (position.first_normal == normal_index) [[likely]]
-            return position.first_vertex;
-
-        const std::uint32_t vertex = vertex_map.findOrInsert(position_at, normal_at, next_vertex);
-        if (vertex != next_vertex) return vertex;
-        addVertex(position, normal_at, has_normal);
-        return next_vertex++;
-    }
-
-    void addVertex(const Position& position, std::uint32_t normal_at, bool has_normal) {
-        if (has_normal)
-            mesh.addVertexWithNormal(position.at, normals.data()[normal_at]);
-        else
-            mesh.addVertex(position.at);
-    }
-
     void addFace(std::uint32_t corners) {
-        const auto material = static_cast<std::uint32_t>(current_material);
+        if (corners == 3)
+            addTriangle(1, 2);
+        else if (corners == 4)
+            addQuad();
+        else
+            for (std::uint32_t i = 1; i + 1 < corners; ++i)
+                addTriangle(i, i + 1);
+    }
+
+    /// Of the first corner and two others. As `Mesh::addTriangle`, but vertices that were made here needn't be checked.
+    VELMAR_ALWAYS_INLINE void addTriangle(std::uint32_t second, std::uint32_t third) {
+        const std::uint32_t(&v)[max_corners] = vertex_indices;
+        const std::uint32_t(&uv)[max_corners] = uv_indices;
+        checkUVIndices(mesh.num_uv_mappings, uvs.size(), FaceKind::triangle, {uv[0], uv[second], uv[third]});
+        if (!vertices.haveArea(v[0], v[second], v[third])) return;
+        // Field by field: a record made aside and copied has the processor wait for its parts.
+        MeshTriangle& triangle = triangles.append(parser);
+        triangle.vertex_indices[0] = v[0];
+        triangle.vertex_indices[1] = v[second];
+        triangle.vertex_indices[2] = v[third];
+        triangle.uv_indices[0] = uv[0];
+        triangle.uv_indices[1] = uv[second];
+        triangle.uv_indices[2] = uv[third];
+        triangle.material_index = static_cast<std::uint32_t>(current_material);
+    }
+
+    /// As `Mesh::addQuad`.
+    void addQuad() {
         const auto& v = vertex_indices;
         const auto& uv = uv_indices;
-        if (corners == 4) {
-            quad_room.beforeAppend(mesh.quads, parser);
-            mesh.addQuad({v[0], v[1], v[2], v[3]}, {uv[0], uv[1], uv[2], uv[3]}, material);
-            return;
-        }
-        for (std::uint32_t i = 0; i + 2 < corners; ++i) {
-            triangle_room.beforeAppend(mesh.triangles, parser);
-            mesh.addTriangle({v[0], v[i + 1], v[i + 2]}, {uv[0], uv[i + 1], uv[i + 2]}, material);
-        }
-    }
-
-    /// Most files have as many vertices as positions before their first face.
-    void reserveVertices() {
-        mesh.verts.reserve(positions.size());
-        if (!normals.empty()) mesh.normals.reserve(positions.size());
+        const MeshQuad quad = {
+            {v[0], v[1], v[2], v[3]}, {uv[0], uv[1], uv[2], uv[3]}, static_cast<std::uint32_t>(current_material)};
+        checkUVIndices(mesh.num_uv_mappings, uvs.size(), FaceKind::quad, quad.uv_indices);
+        quads.append(quad, parser);
     }
 
     void takeMaterial(std::string_view name) {
@@ -346,7 +433,8 @@ class ObjReader {
                                 std::to_string(line_num) + ")");
     }
 
-    static constexpr const char* position_invalid = "Position index invalid.";
+    /// Of an index that counts from 1 and is 0.
+    static constexpr std::uint32_t before_first = 0xFFFFFFFF;
 
     std::string_view path;
     Parser parser;
@@ -355,22 +443,16 @@ class ObjReader {
     const bool mesh_had_materials = !mesh.used_materials.empty();
 
     std::uint32_t line_num = 0;
-    Vector<Position> positions;
-    Vector<Vec3f> normals;
+    ObjVertices vertices{mesh, parser};
+    RecordAppender<Vec2f> uvs{mesh.uv_pairs};
     std::uint64_t num_uvs = 0;
+    RecordAppender<MeshTriangle> triangles{mesh.triangles};
+    RecordAppender<MeshQuad> quads{mesh.quads};
     std::uint32_t vertex_indices[max_corners] = {};
     /// Not cleared between faces.
     std::uint32_t uv_indices[max_corners] = {};
     std::int32_t current_material = -1;
     std::unordered_map<std::string, std::uint32_t, NameHash, std::equal_to<>> material_indices;
-    ObjVertexMap vertex_map;
-    std::uint32_t next_vertex = 0;
-
-    RoomForecast<Position> position_room;
-    RoomForecast<Vec3f> normal_room;
-    RoomForecast<Vec2f> uv_room;
-    RoomForecast<MeshTriangle> triangle_room;
-    RoomForecast<MeshQuad> quad_room;
 };
 
 } // namespace

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utils/Digits.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -37,23 +39,14 @@ struct DigitRun {
 };
 
 inline DigitRun scanEight(const char* p) {
-    std::uint64_t bytes = 0;
-    std::memcpy(&bytes, p, sizeof bytes);
+    std::uint64_t bytes = Digits::loadEight(p);
     // Digits become 0 to 9. Behind the first other byte the marks may be wrong, but only the first one counts.
     bytes ^= 0x3030303030303030;
     const std::uint64_t others = ((bytes + 0x7676767676767676) | bytes) & 0x8080808080808080;
     const int count = std::countr_zero(others) / 8;
     if (count == 0) return {0, 0};
-    // The digits move to the last places, behind leading zeros; then pairs, fours and eights of them are joined.
-    std::uint64_t digits = bytes << (64 - 8 * count);
-    digits = (digits * (1 + (10 << 8)) >> 8) & 0x00FF00FF00FF00FF;
-    digits = (digits * (1 + (100 << 16)) >> 16) & 0x0000FFFF0000FFFF;
-    digits = digits * (1 + (std::uint64_t{10000} << 32)) >> 32;
-    return {count, digits};
-}
-
-inline bool isDigit(char c) {
-    return static_cast<unsigned char>(c - '0') <= 9;
+    // The digits move to the last places, behind leading zeros.
+    return {count, Digits::join(bytes << (64 - 8 * count))};
 }
 
 } // namespace Details
@@ -69,7 +62,7 @@ inline const char* scan(const char* p, float& result) {
 
     const char* const first_digit = p;
     std::uint64_t mantissa = 0;
-    for (; isDigit(*p); ++p) {
+    for (; Digits::isDigit(*p); ++p) {
         if (p - first_digit == most_digits) return nullptr;
         mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
     }
@@ -95,14 +88,14 @@ inline const char* scan(const char* p, float& result) {
         const bool exponent_negative = *q == '-';
         q += exponent_negative || *q == '+';
         // Without digits the letter isn't part of the number.
-        if (isDigit(*q)) {
+        if (Digits::isDigit(*q)) {
             const int tens = *q - '0';
             ++q;
             int written_exponent = tens;
-            if (isDigit(*q)) {
+            if (Digits::isDigit(*q)) {
                 written_exponent = tens * 10 + (*q - '0');
                 ++q;
-                if (isDigit(*q)) return nullptr;
+                if (Digits::isDigit(*q)) return nullptr;
             }
             exponent += exponent_negative ? -written_exponent : written_exponent;
             p = q;

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "velmarmemory.h"
+#include "velmarvector.h"
+
+#include "utils/Parser.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace Velmar {
+
+/// Appends to a list that a text fills record by record. While it lives the list's size means nothing: it covers room
+/// for records to come, which costs no memory before it is written.
+template <class T>
+class RecordAppender {
+  public:
+    explicit RecordAppender(Vector<T>& filled) : records(filled), first(filled.data()), count(filled.size()) {
+        room = count;
+    }
+    ~RecordAppender() { settle(); }
+    RecordAppender(const RecordAppender&) = delete;
+    RecordAppender& operator=(const RecordAppender&) = delete;
+
+    /// A record for the caller to write. `cursor` tells how far the text is read.
+    T& append(const Parser& cursor) {
+        if (count == room) [[unlikely]]
+            makeRoom(cursor);
+        return first[count++];
+    }
+
+    void append(const T& record, const Parser& cursor) { append(cursor) = record; }
+
+    /// Makes room for `n` records in all, if that is more than there is.
+    void reserve(std::size_t n, const Parser& cursor) {
+        startCounting(cursor);
+        if (n > records.capacity()) growTo(n);
+    }
+
+    /// Gives the list its true size; nothing may be appended afterwards.
+    void settle() {
+        records.resizeUninitialized(count);
+        room = count;
+    }
+
+    T* data() { return first; }
+    std::size_t size() const { return count; }
+
+  private:
+    /// As much as the rest of the text holds if it goes on as it did from the first record on, so that a large list is
+    /// hardly ever copied; but at first no more than a few times the present size.
+    void makeRoom(const Parser& cursor) {
+        constexpr std::size_t least_to_judge_by = 1024;
+        constexpr std::size_t enough_to_trust = 32768;
+        startCounting(cursor);
+        const std::size_t doubled = std::max(2 * count, count + 16);
+        const std::uint64_t appended = count - first_count;
+        if (appended < least_to_judge_by) return growTo(doubled);
+
+        const std::uint64_t read = std::max<std::uint64_t>(cursor.pos - first_offset, 1);
+        const std::uint64_t rest = cursor.size - cursor.pos;
+        const std::uint64_t to_come = rest * appended / read;
+        std::uint64_t forecast = count + to_come + to_come / 64 + 16;
+        if (appended < enough_to_trust) forecast = std::min<std::uint64_t>(forecast, 8 * count);
+        try {
+            growTo(forecast);
+        } catch (const BadAlloc&) {
+            growTo(doubled);
+        }
+    }
+
+    void growTo(std::size_t n) {
+        // What is reserved is copied, so not the empty room.
+        records.resizeUninitialized(count);
+        records.reserve(n);
+        records.resizeUninitialized(records.capacity());
+        first = records.data();
+        room = records.capacity();
+    }
+
+    void startCounting(const Parser& cursor) {
+        if (first_offset != not_started) return;
+        first_offset = cursor.pos;
+        first_count = count;
+    }
+
+    static constexpr std::uint32_t not_started = 0xFFFFFFFF;
+
+    Vector<T>& records;
+    T* first;
+    std::size_t count;
+    std::size_t room = 0;
+    std::size_t first_count = 0;
+    std::uint32_t first_offset = not_started;
+};
+
+} // namespace Velmar
