@@ -3,9 +3,11 @@
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/RecordAppender.h"
 #include "mesh/TextLines.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
+#include "utils/PlainFloats.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -61,6 +63,8 @@ class TextReader {
   public:
     TextReader(Parser text, Mesh& filled_mesh, float position_scale)
         : parser(text), mesh(filled_mesh), scale(position_scale) {}
+    TextReader(const TextReader&) = delete;
+    TextReader& operator=(const TextReader&) = delete;
 
     void read() {
         expect("solid");
@@ -69,14 +73,66 @@ class TextReader {
         Parser::Token keyword;
         if (!parser.parseAlpha(keyword)) throw Velmar::Exception("Invalid file, expected 'facet' or 'endsolid'");
         while (keyword == "facet") {
-            readFacet();
+            if (!readPlainFacet()) readFacet();
             parser.parseAlpha(keyword);
         }
         if (!(keyword == "endsolid")) throwExpected("endsolid");
+        vertices.settle();
+        triangles.settle();
         mesh.build();
     }
 
   private:
+    /// Reads what follows "facet" if it is of the usual form: its words, with whitespace between the lines only, and
+    /// plain numbers. Otherwise returns false, with the cursor in place and nothing added.
+    bool readPlainFacet() {
+        const char* p = parser.text + parser.pos;
+        float corners[3][3];
+        if (!passPlainWord(p, " normal ") || !passPlain(p, PlainFloats::pass) || !passPlainWhitespace(p) ||
+            !passPlainWord(p, "outer loop") || !passPlainWhitespace(p))
+            return false;
+        for (auto& corner : corners) {
+            const auto scan = [&corner](const char* first) { return PlainFloats::scanWithExponents(first, corner); };
+            if (!passPlainWord(p, "vertex ") || !passPlain(p, scan) || !passPlainWhitespace(p)) return false;
+        }
+        if (!passPlainWord(p, "endloop") || !passPlainWhitespace(p) || !passPlainWord(p, "endfacet") ||
+            !passPlainWhitespace(p))
+            return false;
+
+        addTriangle();
+        for (const auto& corner : corners)
+            addVertex({corner[0], corner[1], corner[2]});
+        parser.pos = static_cast<std::uint32_t>(p - parser.text);
+        return true;
+    }
+
+    bool isFarFromEnd(const char* p) const { return parser.text + parser.size - p >= std::ptrdiff_t{plain_reach}; }
+
+    template <std::size_t size>
+    bool passPlainWord(const char*& p, const char (&word)[size]) const {
+        static_assert(size <= plain_reach);
+        if (!isFarFromEnd(p) || std::memcmp(p, word, size - 1) != 0) return false;
+        p += size - 1;
+        return true;
+    }
+
+    /// `scan` returns the place behind what it passes, or null.
+    template <class Scan>
+    bool passPlain(const char*& p, Scan scan) const {
+        if (!isFarFromEnd(p)) return false;
+        p = scan(p);
+        return p != nullptr;
+    }
+
+    /// False near the end of the file.
+    bool passPlainWhitespace(const char*& p) const {
+        while (isFarFromEnd(p)) {
+            if (!Parser::isBlank(*p) && !Parser::isLineEnd(*p)) return true;
+            ++p;
+        }
+        return false;
+    }
+
     void readFacet() {
         skipBlanks();
         expect("normal");
@@ -88,18 +144,25 @@ class TextReader {
         skipBlanks();
         expect("loop");
         skipWhitespace();
-        mesh.triangles.push_back(triangleFrom(static_cast<std::uint32_t>(mesh.verts.size())));
+        addTriangle();
         for (int corner = 0; corner < 3; ++corner) {
             expect("vertex");
             skipBlanks();
             Vec3f position = {0.0f, 0.0f, 0.0f};
             readTriple(position);
-            mesh.addVertex({position.x * scale, position.y * scale, position.z * scale});
+            addVertex(position);
         }
         expect("endloop");
         skipWhitespace();
         expect("endfacet");
         skipWhitespace();
+    }
+
+    /// Of the three vertices that come next.
+    void addTriangle() { triangles.append(triangleFrom(static_cast<std::uint32_t>(vertices.size())), parser); }
+
+    void addVertex(const Vec3f& position) {
+        vertices.append({position.x * scale, position.y * scale, position.z * scale}, parser);
     }
 
     /// A number that isn't there leaves its component as it was.
@@ -127,9 +190,13 @@ class TextReader {
             ++parser.pos;
     }
 
+    static constexpr std::size_t plain_reach = PlainFloats::reach;
+
     Parser parser;
     Mesh& mesh;
     float scale;
+    RecordAppender<Vec3f> vertices{mesh.verts};
+    RecordAppender<MeshTriangle> triangles{mesh.triangles};
 };
 
 } // namespace

@@ -10,10 +10,13 @@
 #include <emmintrin.h>
 
 /// Several numbers at once, written as most programs write them: one space between them, at most seven digits before
-/// the point and eight behind it, no exponent. Each gets the float that `Parser::parseFloat` gives it.
+/// the point and eight behind it. Each gets the float that `Parser::parseFloat` gives it.
+///
+/// All functions get the place of the first number and return the place behind the last one, where a blank or a line
+/// end stands, or null when one of the numbers isn't plain; that says nothing of whether they are there.
 namespace PlainFloats {
 
-/// How many bytes from its start `scan` may look at.
+/// How many bytes from their start the functions may look at, whatever they are.
 inline constexpr std::size_t reach = 64;
 
 namespace Details {
@@ -21,13 +24,44 @@ namespace Details {
 inline constexpr std::size_t most_whole_digits = 7;
 inline constexpr std::size_t most_decimals = 8;
 
-struct Number {
-    Digits::Pair digits;
-    /// The power of ten by which to divide, with the sign of the number.
-    const double* divisor;
+/// 10^0 to 10^22, the powers of ten that a double holds exactly.
+inline constexpr std::array<double, 23> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                         1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                         1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+inline constexpr int greatest_exponent = 22;
+
+/// By what the digits of a number, without the point, are multiplied and divided; one of the two is 1 or -1.
+struct Scale {
+    double factor;
+    double divisor;
 };
 
+constexpr std::size_t scaleIndex(int exponent, std::size_t negative) {
+    return static_cast<std::size_t>(exponent + greatest_exponent) * 2 + negative;
+}
+
+inline constexpr auto scales = [] {
+    std::array<Scale, scaleIndex(greatest_exponent, 1) + 1> result = {};
+    for (int exponent = -greatest_exponent; exponent <= greatest_exponent; ++exponent) {
+        const double factor = exponent > 0 ? powers_of_ten[static_cast<std::size_t>(exponent)] : 1;
+        const double divisor = exponent < 0 ? powers_of_ten[static_cast<std::size_t>(-exponent)] : 1;
+        result[scaleIndex(exponent, 0)] = {factor, divisor};
+        result[scaleIndex(exponent, 1)] = {factor, -divisor};
+    }
+    return result;
+}();
+
+struct Number {
+    Digits::Pair digits;
+    std::size_t decimals;
+    std::size_t negative;
+    int exponent;
+};
+
+enum class Exponents { refused, taken };
+
 /// A walk over the numbers of one line by the places of the bytes that are no digits.
+template <Exponents exponents>
 class Walk {
   public:
     Walk(const char* text, std::uint64_t others) : p(text), stops(others) {}
@@ -48,7 +82,12 @@ class Walk {
             if (decimals - 1 >= most_decimals) return false;
         }
         number.digits = Digits::makePair(p + first, whole_digits, p + fraction, decimals);
-        number.divisor = &divisors[negative * (most_decimals + 1) + decimals];
+        number.decimals = decimals;
+        number.negative = negative;
+        number.exponent = 0;
+        if constexpr (exponents == Exponents::taken) {
+            if ((p[at] | 0x20) == 'e') return takeExponent(number.exponent);
+        }
         return true;
     }
 
@@ -59,61 +98,135 @@ class Walk {
     const char* place() const { return p + at; }
 
   private:
+    /// A sign and two digits.
+    VELMAR_ALWAYS_INLINE bool takeExponent(int& exponent) {
+        const char* const sign = p + takeStop();
+        if (sign != p + at + 1 || (*sign != '-' && *sign != '+')) return false;
+        at = takeStop();
+        if (p + at != sign + 3) return false;
+        const int magnitude = (sign[1] - '0') * 10 + (sign[2] - '0');
+        exponent = *sign == '-' ? -magnitude : magnitude;
+        return true;
+    }
+
     VELMAR_ALWAYS_INLINE std::size_t takeStop() {
         const std::size_t stop = Velmar::lowestBit(stops);
         stops &= stops - 1;
         return stop;
     }
 
-    static constexpr std::array<double, 2 * (most_decimals + 1)> divisors = {
-        1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, -1e0, -1e1, -1e2, -1e3, -1e4, -1e5, -1e6, -1e7, -1e8};
-
     const char* p;
     std::uint64_t stops;
     std::size_t at = 0;
 };
 
-/// The two numbers of which `halves` holds the digits before and behind the point, in the two lower places.
-///
-/// Up to the division everything is exact. Its result, a double, could round to another float than the true quotient q
-/// only if it were the middle m of two floats and q another number. But for q in the range of 2^e, m is a multiple of
-/// 2^(e-24) and q one of 10^-8, so they are at least 2^(e-24) * 10^-8 apart, which is more than the 2^(e-53) of the
-/// rounding.
-inline __m128 divide(Digits::Four halves, const double* first_divisor, const double* second_divisor) {
-    const __m128d divisor = _mm_loadh_pd(_mm_load_sd(first_divisor), second_divisor);
-    const __m128d power = _mm_andnot_pd(_mm_set1_pd(-0.0), divisor);
+/// The digits of two numbers as integers, which are exact: they have 15 digits at most. `halves` holds those before and
+/// behind the point, in the two lower places.
+inline __m128d joinHalves(Digits::Four halves, const Number& a, const Number& b) {
+    const __m128d power = _mm_loadh_pd(_mm_load_sd(&powers_of_ten[a.decimals]), &powers_of_ten[b.decimals]);
     const __m128d wholes = _mm_cvtepi32_pd(_mm_shuffle_epi32(halves.numbers, _MM_SHUFFLE(3, 1, 2, 0)));
     const __m128d fractions = _mm_cvtepi32_pd(_mm_shuffle_epi32(halves.numbers, _MM_SHUFFLE(2, 0, 3, 1)));
-    return _mm_cvtpd_ps(_mm_div_pd(_mm_add_pd(_mm_mul_pd(wholes, power), fractions), divisor));
+    return _mm_add_pd(_mm_mul_pd(wholes, power), fractions);
+}
+
+/// Two numbers without exponents.
+///
+/// The only rounding before the last is that of the division. Its result, a double, could round to another float than
+/// the true quotient q only if it were the middle m of two floats and q another number. But for q in the range of 2^e,
+/// m is a multiple of 2^(e-24) and q one of 10^-8, so they are at least 2^(e-24) * 10^-8 apart, which is more than the
+/// 2^(e-53) of the rounding.
+inline __m128 valuesOf(Digits::Four halves, const Number& a, const Number& b) {
+    const auto divisor = [](const Number& number) {
+        return &scales[scaleIndex(-static_cast<int>(number.decimals), number.negative)].divisor;
+    };
+    const __m128d divisors = _mm_loadh_pd(_mm_load_sd(divisor(a)), divisor(b));
+    return _mm_cvtpd_ps(_mm_div_pd(joinHalves(halves, a, b), divisors));
+}
+
+/// Two numbers with exponents. False when one of them has too large an exponent, or may lie so near to the middle of
+/// two floats that its double doesn't tell to which it rounds.
+inline bool valuesOf(Digits::Four halves, const Number& a, const Number& b, __m128& values) {
+    const int exponent_a = a.exponent - static_cast<int>(a.decimals);
+    const int exponent_b = b.exponent - static_cast<int>(b.decimals);
+    constexpr auto range = static_cast<unsigned>(2 * greatest_exponent);
+    if (static_cast<unsigned>(exponent_a + greatest_exponent) > range ||
+        static_cast<unsigned>(exponent_b + greatest_exponent) > range)
+        return false;
+    const Scale& scale_a = scales[scaleIndex(exponent_a, a.negative)];
+    const Scale& scale_b = scales[scaleIndex(exponent_b, b.negative)];
+    const __m128d factors = _mm_loadh_pd(_mm_load_sd(&scale_a.factor), &scale_b.factor);
+    const __m128d divisors = _mm_loadh_pd(_mm_load_sd(&scale_a.divisor), &scale_b.divisor);
+    // Of product and quotient only one rounds.
+    const __m128d doubles = _mm_div_pd(_mm_mul_pd(joinHalves(halves, a, b), factors), divisors);
+    values = _mm_cvtpd_ps(doubles);
+
+    const __m128i dropped_bits = _mm_and_si128(_mm_castpd_si128(doubles), _mm_set1_epi32((1 << 29) - 1));
+    const __m128i is_middle = _mm_cmpeq_epi32(dropped_bits, _mm_set1_epi32(1 << 28));
+    constexpr int lower_words = 0x0F0F;
+    return (_mm_movemask_epi8(is_middle) & lower_words) == 0;
+}
+
+inline void storeTwo(__m128 values, float* numbers) {
+    _mm_storel_pi(reinterpret_cast<__m64*>(numbers), values);
+}
+
+template <Exponents exponents>
+VELMAR_ALWAYS_INLINE bool takeThree(Walk<exponents>& walk, Number& x, Number& y, Number& z) {
+    return walk.take(x) && walk.takeBehindSpace(y) && walk.takeBehindSpace(z) && walk.atBlankOrLineEnd();
 }
 
 } // namespace Details
 
-/// Reads two numbers at `p`, where the first one begins. Returns the place behind the second one, where a blank or a
-/// line end stands, or null when one of them isn't plain; that says nothing of whether they are there. `reach` bytes
-/// from `p` must be readable.
+/// Reads two numbers without exponents.
 inline const char* scan(const char* p, float (&numbers)[2]) {
     using namespace Details;
-    Walk walk(p, Digits::findOthers<32>(p));
+    Walk<Exponents::refused> walk(p, Digits::findOthers<32>(p));
     Number x;
     Number y;
     if (!walk.take(x) || !walk.takeBehindSpace(y) || !walk.atBlankOrLineEnd()) return nullptr;
-    _mm_storel_pi(reinterpret_cast<__m64*>(numbers), divide(Digits::join(x.digits, y.digits), x.divisor, y.divisor));
+    storeTwo(valuesOf(Digits::join(x.digits, y.digits), x, y), numbers);
     return walk.place();
 }
 
-/// As for two numbers.
+/// Reads three numbers without exponents.
 inline const char* scan(const char* p, float (&numbers)[3]) {
     using namespace Details;
-    Walk walk(p, Digits::findOthers<48>(p));
+    Walk<Exponents::refused> walk(p, Digits::findOthers<48>(p));
     Number x;
     Number y;
     Number z;
-    if (!walk.take(x) || !walk.takeBehindSpace(y) || !walk.takeBehindSpace(z) || !walk.atBlankOrLineEnd())
-        return nullptr;
-    _mm_storel_pi(reinterpret_cast<__m64*>(numbers), divide(Digits::join(x.digits, y.digits), x.divisor, y.divisor));
-    _mm_store_ss(numbers + 2, divide(Digits::join(z.digits, z.digits), z.divisor, z.divisor));
+    if (!takeThree(walk, x, y, z)) return nullptr;
+    storeTwo(valuesOf(Digits::join(x.digits, y.digits), x, y), numbers);
+    _mm_store_ss(numbers + 2, valuesOf(Digits::join(z.digits, z.digits), z, z));
     return walk.place();
+}
+
+/// Reads three numbers that may have exponents of two digits.
+inline const char* scanWithExponents(const char* p, float (&numbers)[3]) {
+    using namespace Details;
+    Walk<Exponents::taken> walk(p, Digits::findOthers<48>(p));
+    Number x;
+    Number y;
+    Number z;
+    if (!takeThree(walk, x, y, z)) return nullptr;
+    __m128 first_two;
+    __m128 third;
+    if (!valuesOf(Digits::join(x.digits, y.digits), x, y, first_two) ||
+        !valuesOf(Digits::join(z.digits, z.digits), z, z, third))
+        return nullptr;
+    storeTwo(first_two, numbers);
+    _mm_store_ss(numbers + 2, third);
+    return walk.place();
+}
+
+/// Passes three numbers that may have exponents of two digits.
+inline const char* pass(const char* p) {
+    using namespace Details;
+    Walk<Exponents::taken> walk(p, Digits::findOthers<48>(p));
+    Number x;
+    Number y;
+    Number z;
+    return takeThree(walk, x, y, z) ? walk.place() : nullptr;
 }
 
 } // namespace PlainFloats

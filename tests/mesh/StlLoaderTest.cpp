@@ -8,7 +8,10 @@
 #include "tests/support/Throws.h"
 #include "tests/support/VmmeshBytes.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
+#include <initializer_list>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -174,6 +177,70 @@ TEST(StlLoader, PassesTheMappingsFailureOn) {
     Mesh mesh;
     const std::string message = messageOf<Velmar::Exception>([&] { loadSTL(path, mesh, 1.0f); });
     EXPECT_TRUE(message.starts_with("Failed to open file '" + path + "': ")) << message;
+}
+
+/// What a file gives: the vertices, or the message of what was thrown.
+std::string outcomeOf(const std::string& text) {
+    Mesh mesh;
+    const std::string message = messageOf<Velmar::Exception>([&] { load(text, mesh, 0.75f); });
+    return message + bytesOf(mesh.verts) + bytesOf(mesh.triangles);
+}
+
+/// Facets are read on a quick road when they are of the usual form. Two blanks before "normal" change nothing of what
+/// they mean, but take them off that road.
+std::string offTheQuickRoad(std::string text) {
+    for (std::size_t at = 0; (at = text.find("facet normal", at)) != std::string::npos; at += 12)
+        text.insert(at + 5, " ");
+    return text;
+}
+
+TEST(StlLoader, ReadsFacetsOfTheUsualFormAsAnyOthers) {
+    std::mt19937_64 random(5);
+    const auto oneOf = [&](std::initializer_list<const char*> words) {
+        return std::string(words.begin()[random() % words.size()]);
+    };
+    const auto number = [&] {
+        const double value = (static_cast<double>(random() % 2000001) - 1000000) / 1000;
+        char text[64];
+        std::snprintf(text, sizeof text, oneOf({"%e", "%e", "%.6f", "%g", "%.9e"}).c_str(), value);
+        return random() % 300 == 0 ? oneOf({"nan", "", "1.5f", "1e5", "1e-30", "-"}) : std::string(text);
+    };
+    const auto blank = [&] { return random() % 200 == 0 ? oneOf({"  ", "\t", ""}) : " "; };
+    for (int file = 0; file < 400; ++file) {
+        const std::string end = oneOf({"\n", "\n", "\r\n", "\r", "\n   ", " "});
+        const auto triple = [&] { return blank() + number() + blank() + number() + blank() + number() + end; };
+        std::string text = "solid x\n";
+        for (std::uint64_t facets = random() % 12; facets > 0; --facets) {
+            text += "facet normal" + triple() + "outer loop" + end;
+            for (int corner = 0; corner < 3; ++corner)
+                text += (random() % 500 == 0 ? "vertx" : "vertex") + triple();
+            text += "endloop" + end + "endfacet" + end;
+        }
+        if (random() % 4 != 0) text += "endsolid x\n";
+        // The last facets of a file are too near to its end for the quick road.
+        if (random() % 2 == 0) text += std::string(200, ' ');
+        ASSERT_EQ(outcomeOf(text), outcomeOf(offTheQuickRoad(text))) << text;
+    }
+}
+
+TEST(StlLoader, ReadsLargeTexts) {
+    // The lists grow many times.
+    constexpr int facets = 40000;
+    std::string text = "solid x\n";
+    for (int i = 0; i < facets; ++i) {
+        const std::string number = std::to_string(i);
+        text += "facet normal 0 0 1\nouter loop\nvertex " + number + " 0 0\nvertex 0 " + number + " 0\nvertex 0 0 " +
+                number + "\nendloop\nendfacet\n";
+    }
+    Mesh mesh;
+    load(text + "endsolid x\n", mesh);
+    ASSERT_EQ(mesh.verts.size(), std::size_t{3} * facets);
+    ASSERT_EQ(mesh.triangles.size(), std::size_t{facets});
+    for (std::uint32_t i = 0; i < facets; ++i) {
+        ASSERT_EQ(mesh.verts[std::size_t{3} * i].x, static_cast<float>(i));
+        ASSERT_EQ(mesh.verts[std::size_t{3} * i + 2].z, static_cast<float>(i));
+        ASSERT_EQ(mesh.triangles[i].vertex_indices[2], 3 * i + 2);
+    }
 }
 
 } // namespace

@@ -15,25 +15,28 @@ using TestSupport::ExactBlock;
 
 namespace {
 
-/// What `scan` reads of `text`, which is followed by no more bytes than it may look at; null and zeros for nothing.
-template <std::size_t count>
-std::size_t scanned(const std::string& text, float (&numbers)[count]) {
+/// How far a function reads in `text`, which is followed by no more bytes than it may look at; 0 for nothing.
+template <class Scan>
+std::size_t consumedBy(const std::string& text, Scan scan) {
     std::string padded = text;
     padded.resize(std::max(padded.size(), PlainFloats::reach), 'x');
     const ExactBlock block(padded);
-    const char* const behind = PlainFloats::scan(block.data(), numbers);
+    const char* const behind = scan(block.data());
     return behind == nullptr ? 0 : static_cast<std::size_t>(behind - block.data());
 }
 
-/// Whatever `scan` reads is what the parser reads there: every bit of the numbers, and the place behind them.
 template <std::size_t count>
-testing::AssertionResult agreesWithParser(const std::string& text, bool must_be_plain) {
-    float numbers[count] = {};
-    const std::size_t consumed = scanned(text, numbers);
-    if (consumed == 0)
-        return must_be_plain ? testing::AssertionFailure() << "'" << text << "' isn't plain"
-                             : testing::AssertionSuccess();
+std::size_t scanned(const std::string& text, float (&numbers)[count]) {
+    return consumedBy(text, [&](const char* p) { return PlainFloats::scan(p, numbers); });
+}
 
+std::size_t scannedWithExponents(const std::string& text, float (&numbers)[3]) {
+    return consumedBy(text, [&](const char* p) { return PlainFloats::scanWithExponents(p, numbers); });
+}
+
+/// The `consumed` bytes at the start of `text` are what the parser reads there, and `numbers` its numbers to the bit.
+template <std::size_t count>
+testing::AssertionResult areTheParsers(const std::string& text, std::size_t consumed, const float (&numbers)[count]) {
     Parser parser(text.data(), static_cast<std::uint32_t>(text.size()));
     for (const float number : numbers) {
         float expected = 0;
@@ -43,6 +46,26 @@ testing::AssertionResult agreesWithParser(const std::string& text, bool must_be_
             return testing::AssertionFailure() << "'" << text << "': " << number << ", expected " << expected;
     }
     if (parser.pos != consumed) return testing::AssertionFailure() << "'" << text << "': up to " << consumed;
+    return testing::AssertionSuccess();
+}
+
+/// Whatever is read is what the parser reads there.
+template <std::size_t count>
+testing::AssertionResult agreesWithParser(const std::string& text, bool must_be_plain) {
+    float numbers[count] = {};
+    if (const std::size_t consumed = scanned(text, numbers); consumed != 0)
+        return areTheParsers(text, consumed, numbers);
+    if (must_be_plain) return testing::AssertionFailure() << "'" << text << "' isn't plain";
+    return testing::AssertionSuccess();
+}
+
+testing::AssertionResult agreesWithExponents(const std::string& text, bool must_be_plain) {
+    float numbers[3] = {};
+    const std::size_t consumed = scannedWithExponents(text, numbers);
+    const std::size_t passed = consumedBy(text, PlainFloats::pass);
+    if (passed < consumed) return testing::AssertionFailure() << "'" << text << "' isn't passed";
+    if (consumed != 0) return areTheParsers(text, consumed, numbers);
+    if (must_be_plain) return testing::AssertionFailure() << "'" << text << "' isn't plain";
     return testing::AssertionSuccess();
 }
 
@@ -122,6 +145,43 @@ TEST(PlainFloats, RoundRightNearTheMiddleOfTwoFloats) {
     }
 }
 
+TEST(PlainFloats, MayHaveExponents) {
+    EXPECT_TRUE(agreesWithExponents("1.000000e+00 -2.5e-03 3E+05\n", true));
+    EXPECT_TRUE(agreesWithExponents("1.5 -0.0e+00 0e-10 ", true));
+    EXPECT_TRUE(agreesWithExponents("1e+22 9.999999e-16 1234567.12345678e-14\n", true));
+    float numbers[3] = {};
+    for (const char* text : {"1e5 2 3\n", "1e+5 2 3\n", "1e+005 2 3\n", "1e 2 3\n", "1e+ 2 3\n", "1e+2f 2 3\n",
+                             "1ee+02 2 3\n", "1e+02e+02 2 3\n", "1 2 3e+0\n", "1e+0- 2 3\n"}) {
+        EXPECT_EQ(scannedWithExponents(text, numbers), 0U) << text;
+        EXPECT_EQ(consumedBy(text, PlainFloats::pass), 0U) << text;
+    }
+    const std::string small = "1.000000e-30 1.0e+38 1e-23\n";
+    EXPECT_EQ(scannedWithExponents(small, numbers), 0U) << "not sure of their rounding";
+    EXPECT_EQ(consumedBy(small, PlainFloats::pass), small.size() - 1);
+}
+
+TEST(PlainFloats, RoundWithExponentsAsTheParserDoes) {
+    std::mt19937_64 random(23);
+    std::uniform_real_distribution<double> unit(-1, 1);
+    for (int i = 0; i < 60000; ++i) {
+        const auto number = [&] {
+            static const std::array<const char*, 4> forms = {"%e", "%.4e", "%.7e", "%.1E"};
+            return format(forms[random() % forms.size()],
+                          unit(random) * std::pow(10.0, static_cast<int>(random() % 40) - 20));
+        };
+        ASSERT_TRUE(agreesWithExponents(join(number(), number(), number()), false));
+    }
+}
+
+TEST(PlainFloats, WithExponentsThatMeetTheMiddleOfTwoFloatsAreLeft) {
+    // 2^24 + 1 lies in the middle of two floats.
+    EXPECT_TRUE(agreesWithExponents("1.6777217e+07 1.6777217e+07 1.6777219e+07\n", false));
+    float numbers[3] = {};
+    EXPECT_EQ(scannedWithExponents("1 2 1.6777217e+07\n", numbers), 0U);
+    EXPECT_EQ(scannedWithExponents("1.6777217e+07 1 2\n", numbers), 0U);
+    EXPECT_EQ(scannedWithExponents("1 1.6777217e+07 2\n", numbers), 0U);
+}
+
 TEST(PlainFloats, AreNeverReadFromBrokenText) {
     const std::string alphabet = "0123456789.-+eE \t\r\n/fx\\";
     std::mt19937_64 random(22);
@@ -132,6 +192,7 @@ TEST(PlainFloats, AreNeverReadFromBrokenText) {
         text += "\n";
         ASSERT_TRUE(agreesWithParser<2>(text, false));
         ASSERT_TRUE(agreesWithParser<3>(text, false));
+        ASSERT_TRUE(agreesWithExponents(text, false));
     }
 }
 
