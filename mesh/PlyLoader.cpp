@@ -1,19 +1,22 @@
 #include "mesh/PlyLoader.h"
 
+#include "velmarcompiler.h"
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/MeshChecks.h"
 #include "mesh/PlyHeader.h"
+#include "mesh/RecordAppender.h"
 #include "utils/CLibraryPath.h"
 #include "utils/MappedFile.h"
 #include "utils/NumericLocale.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <emmintrin.h>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -22,7 +25,9 @@
 #include <random>
 #include <rply.h>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace Velmar {
 
@@ -34,35 +39,124 @@ struct PlyCloser {
 using PlyHandle = std::unique_ptr<t_ply_, PlyCloser>;
 
 /// The state of one run, which the callbacks reach through their user pointer.
-struct PlyRun {
-    Mesh& mesh;
-    float scale;
+class PlyRun {
+  public:
+    PlyRun(Mesh& filled, float position_scale) : mesh(filled), scale(position_scale) {}
+    PlyRun(const PlyRun&) = delete;
+    PlyRun& operator=(const PlyRun&) = delete;
+
+    /// The vertex whose coordinates are arriving.
     float vertex[3] = {};
-    std::uint32_t triangle[3] = {};
     /// What a callback threw. It must not pass through the reader's frames, so it waits here.
     std::exception_ptr failure{};
+
+    void reserve(long num_vertices, long num_faces) {
+        reserveClaimed(vertices, num_vertices);
+        reserveClaimed(triangles, num_faces);
+    }
+
+    void addVertex() { vertices.append() = {vertex[0] * scale, vertex[1] * scale, vertex[2] * scale}; }
+
+    /// Has every number of a face looked at when it arrives, because vertices may come later.
+    void expectFacesBeforeVertices() { numbers_end = numbers + 1; }
+
+    /// Takes the length or an index of a list, which may be looked at later. False when there is no room for another.
+    bool takeListNumber(double number) {
+        *next_number++ = number;
+        return next_number != numbers_end;
+    }
+
+    /// Adds the triangles of all numbers that were taken.
+    void addTriangles() {
+        const double* const end = std::exchange(next_number, numbers);
+        for (const double* number = numbers; number != end; ++number) {
+            if (list_rest == 0) {
+                list_rest = toLength(*number);
+                num_corners = 0;
+                if (list_rest == 3 && end - number > 3) {
+                    addTriangle(toIndex(number[1]), toIndex(number[2]), toIndex(number[3]));
+                    number += 3;
+                    list_rest = 0;
+                }
+                continue;
+            }
+            --list_rest;
+            if (num_corners == 3) continue;
+            corners[num_corners++] = toIndex(*number);
+            if (num_corners == 3) addTriangle(corners[0], corners[1], corners[2]);
+        }
+    }
+
+    void settle() {
+        vertices.settle();
+        triangles.settle();
+    }
+
+  private:
+    /// Room for as many elements as the header claims, within reason: a claim that the body doesn't keep must cost
+    /// nothing.
+    template <class T>
+    static void reserveClaimed(RecordAppender<T>& elements, long claimed) {
+        constexpr long within_reason = 4000000;
+        if (claimed > 0) elements.reserve(elements.size() + static_cast<std::size_t>(std::min(claimed, within_reason)));
+    }
+
+    /// How many values follow a length: what the conversion to `long` makes of it, with the processor's answer to what
+    /// no `long` holds, which is negative.
+    static long toLength(double value) {
+        const auto number = _mm_set_sd(value);
+        const long length =
+            sizeof(long) == 4 ? static_cast<long>(_mm_cvttsd_si32(number)) : static_cast<long>(_mm_cvttsd_si64(number));
+        return std::max(length, 0L);
+    }
+
+    /// The low 32 bits of the value without its fraction; 0 for what no 64-bit integer holds.
+    static std::uint32_t toIndex(double value) {
+        return static_cast<std::uint32_t>(_mm_cvttsd_si64(_mm_set_sd(value)));
+    }
+
+    /// As `Mesh::addTriangle`.
+    VELMAR_ALWAYS_INLINE void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+        const std::size_t num_vertices = vertices.size();
+        if (a >= num_vertices || b >= num_vertices || c >= num_vertices || mesh.num_uv_mappings != 0) [[unlikely]]
+            checkIndices(a, b, c);
+        const Vec3f* const at = vertices.data();
+        if (!hasArea(at[a], at[b], at[c])) return;
+        MeshTriangle& triangle = triangles.append();
+        triangle = {{a, b, c}, {0, 0, 0}, 0};
+    }
+
+    void checkIndices(std::uint32_t a, std::uint32_t b, std::uint32_t c) const {
+        for (const std::uint32_t index : {a, b, c})
+            if (index >= vertices.size()) throwVertexIndexOutOfBounds(FaceKind::triangle, index);
+        checkUVIndices(mesh.num_uv_mappings, mesh.uv_pairs.size(), FaceKind::triangle, {0, 0, 0});
+    }
+
+    static constexpr std::size_t most_numbers = 2048;
+
+    Mesh& mesh;
+    float scale;
+    RecordAppender<Vec3f> vertices{mesh.verts};
+    RecordAppender<MeshTriangle> triangles{mesh.triangles};
+    double* next_number = numbers;
+    double* numbers_end = numbers + most_numbers;
+    /// Of the list whose numbers are looked at: how many are to come, and the corners that there were.
+    long list_rest = 0;
+    int num_corners = 0;
+    std::uint32_t corners[3] = {};
+    double numbers[most_numbers];
 };
 
 constexpr int go_on = 1;
 constexpr int stop = 0;
 
-/// The element's values arrive in the order x, y, z; z completes the vertex.
-void takeCoordinate(PlyRun& run, long axis, double value) {
-    run.vertex[axis] = static_cast<float>(value);
-    if (axis == 2)
-        run.mesh.addVertex({run.vertex[0] * run.scale, run.vertex[1] * run.scale, run.vertex[2] * run.scale});
-}
+// RPly calls back for each number, so every look at the argument, a call of its own, is a large part of the work.
 
-/// The low 32 bits of the value without its fraction; 0 for what no 64-bit integer holds.
-std::uint32_t toIndex(double value) {
-    constexpr double limit = 9223372036854775808.0;
-    if (!(std::fabs(value) < limit)) return 0;
-    return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
-}
-
-void takeCorner(PlyRun& run, long corner, double value) {
-    run.triangle[corner] = toIndex(value);
-    if (corner == 2) run.mesh.addTriangle(run.triangle, {0, 0, 0}, 0);
+template <class User>
+User& userOf(p_ply_argument argument) {
+    void* user = nullptr;
+    ply_get_argument_user_data(argument, &user, nullptr);
+    return *static_cast<User*>(user);
 }
 
 template <class Take>
@@ -76,33 +170,38 @@ int guarded(PlyRun& run, Take take) noexcept {
     }
 }
 
-int onVertex(p_ply_argument argument) {
-    void* user = nullptr;
-    long axis = 0;
-    ply_get_argument_user_data(argument, &user, &axis);
-    PlyRun& run = *static_cast<PlyRun*>(user);
-    const double value = ply_get_argument_value(argument);
-    // A list in place of a number calls with its length too, which is no coordinate but is taken as one.
-    return guarded(run, [&] { takeCoordinate(run, axis, value); });
+/// A list in place of a number calls with its length too, which is no coordinate but is taken as one.
+int onXOrY(p_ply_argument argument) {
+    userOf<float>(argument) = static_cast<float>(ply_get_argument_value(argument));
+    return go_on;
 }
 
-int onFace(p_ply_argument argument) {
-    long corner = 0;
-    ply_get_argument_property(argument, nullptr, nullptr, &corner);
-    // -1 is the length of the list.
-    if (corner < 0 || corner > 2) return go_on;
-    void* user = nullptr;
-    ply_get_argument_user_data(argument, &user, nullptr);
-    PlyRun& run = *static_cast<PlyRun*>(user);
-    const double value = ply_get_argument_value(argument);
-    return guarded(run, [&] { takeCorner(run, corner, value); });
+/// The element's values arrive in the order x, y, z; z completes the vertex.
+int onZ(p_ply_argument argument) {
+    PlyRun& run = userOf<PlyRun>(argument);
+    run.vertex[2] = static_cast<float>(ply_get_argument_value(argument));
+    return guarded(run, [&run] { run.addVertex(); });
 }
 
-/// As the reader's own callback, but without a word when it was us who stopped it.
+int addTakenTriangles(PlyRun& run) noexcept {
+    return guarded(run, [&run] { run.addTriangles(); });
+}
+
+/// Called with the length of a list, then with each of its values.
+int onIndex(p_ply_argument argument) {
+    PlyRun& run = userOf<PlyRun>(argument);
+    if (run.takeListNumber(ply_get_argument_value(argument))) return go_on;
+    return addTakenTriangles(run);
+}
+
+/// As the reader's own callback, but without a word when it was us who stopped it, or would have by now.
 void onError(p_ply ply, const char* message) {
     void* user = nullptr;
     ply_get_ply_user_data(ply, &user, nullptr);
-    if (user != nullptr && static_cast<PlyRun*>(user)->failure != nullptr) return;
+    if (user != nullptr) {
+        PlyRun& run = *static_cast<PlyRun*>(user);
+        if (run.failure != nullptr || addTakenTriangles(run) == stop) return;
+    }
     std::fprintf(stderr, "RPly: %s\n", message);
 }
 
@@ -142,11 +241,35 @@ bool isReadable(p_ply ply) {
     return true;
 }
 
-/// Room for as many elements as the header claims, within reason: a claim that the body doesn't keep must cost nothing.
-template <class T>
-void reserveClaimed(Vector<T>& elements, long claimed) {
-    constexpr long within_reason = 4000000;
-    if (claimed > 0) elements.reserve(elements.size() + static_cast<std::size_t>(std::min(claimed, within_reason)));
+/// Whether the property "vertex_indices" is a list; one number makes no face.
+bool hasListOfIndices(p_ply_element face) {
+    for (p_ply_property property = ply_get_next_property(face, nullptr); property != nullptr;
+         property = ply_get_next_property(face, property)) {
+        const char* name = nullptr;
+        e_ply_type type = PLY_INT8;
+        ply_get_property_info(property, &name, &type, nullptr, nullptr);
+        if (std::string_view(name) == "vertex_indices") return type == PLY_LIST;
+    }
+    return false;
+}
+
+void setCallbacks(p_ply ply, PlyRun& run) {
+    ply_set_read_cb(ply, "vertex", "x", onXOrY, &run.vertex[0], 0);
+    ply_set_read_cb(ply, "vertex", "y", onXOrY, &run.vertex[1], 0);
+    const long num_vertices = ply_set_read_cb(ply, "vertex", "z", onZ, &run, 0);
+    long num_faces = 0;
+    bool vertices_seen = false;
+    for (p_ply_element element = ply_get_next_element(ply, nullptr); element != nullptr;
+         element = ply_get_next_element(ply, element)) {
+        const char* name = nullptr;
+        ply_get_element_info(element, &name, nullptr);
+        if (std::string_view(name) == "vertex") vertices_seen = true;
+        if (std::string_view(name) != "face") continue;
+        if (hasListOfIndices(element)) num_faces = ply_set_read_cb(ply, "face", "vertex_indices", onIndex, &run, 0);
+        if (!vertices_seen) run.expectFacesBeforeVertices();
+        break;
+    }
+    run.reserve(num_vertices, num_faces);
 }
 
 /// A copy of a text with a line end behind it, in a file that goes with the object.
@@ -224,20 +347,16 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
 
     // RPly reads the numbers of text files by the C runtime.
     const PlainNumericLocale locale;
-    PlyRun run{mesh, scale};
+    PlyRun run(mesh, scale);
     std::optional<TerminatedCopy> copy;
     const PlyHandle ply = openChecked(path, run, copy);
     if (ply_read_header(ply.get()) == 0 || !isReadable(ply.get())) throwBadHeader();
 
-    ply_set_read_cb(ply.get(), "vertex", "x", onVertex, &run, 0);
-    ply_set_read_cb(ply.get(), "vertex", "y", onVertex, &run, 1);
-    const long num_vertices = ply_set_read_cb(ply.get(), "vertex", "z", onVertex, &run, 2);
-    const long num_faces = ply_set_read_cb(ply.get(), "face", "vertex_indices", onFace, &run, 0);
-    reserveClaimed(mesh.verts, num_vertices);
-    reserveClaimed(mesh.triangles, num_faces);
-    const bool complete = ply_read(ply.get()) != 0;
+    setCallbacks(ply.get(), run);
+    const bool complete = ply_read(ply.get()) != 0 && addTakenTriangles(run) == go_on;
     if (run.failure != nullptr) std::rethrow_exception(run.failure);
     if (!complete) throw Velmar::Exception("read of body failed.");
+    run.settle();
     mesh.build();
 }
 

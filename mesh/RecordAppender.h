@@ -32,10 +32,20 @@ class RecordAppender {
 
     void append(const T& record, const Parser& cursor) { append(cursor) = record; }
 
+    /// As the other, where nothing tells how many are to come.
+    T& append() {
+        if (count == room) [[unlikely]]
+            growTo(doubledCount());
+        return first[count++];
+    }
+
     /// Makes room for `n` records in all, if that is more than there is.
+    void reserve(std::size_t n) {
+        if (n > room) growTo(n);
+    }
     void reserve(std::size_t n, const Parser& cursor) {
         startCounting(cursor);
-        if (n > records.capacity()) growTo(n);
+        reserve(n);
     }
 
     /// Gives the list its true size; nothing may be appended afterwards.
@@ -45,6 +55,7 @@ class RecordAppender {
     }
 
     T* data() { return first; }
+    const T* data() const { return first; }
     std::size_t size() const { return count; }
 
   private:
@@ -54,9 +65,8 @@ class RecordAppender {
         constexpr std::size_t least_to_judge_by = 1024;
         constexpr std::size_t enough_to_trust = 32768;
         startCounting(cursor);
-        const std::size_t doubled = std::max(2 * count, count + 16);
         const std::uint64_t appended = count - first_count;
-        if (appended < least_to_judge_by) return growTo(doubled);
+        if (appended < least_to_judge_by) return growTo(doubledCount());
 
         const std::uint64_t read = std::max<std::uint64_t>(cursor.pos - first_offset, 1);
         const std::uint64_t rest = cursor.size - cursor.pos;
@@ -66,7 +76,7 @@ class RecordAppender {
         try {
             growTo(forecast);
         } catch (const BadAlloc&) {
-            growTo(doubled);
+            growTo(doubledCount());
         }
     }
 
@@ -78,6 +88,8 @@ class RecordAppender {
         first = records.data();
         room = records.capacity();
     }
+
+    std::size_t doubledCount() const { return std::max(2 * count, count + 16); }
 
     void startCounting(const Parser& cursor) {
         if (first_offset != not_started) return;

@@ -217,6 +217,63 @@ TEST(PlyLoader, ReadsNumbersWithAPointWhateverTheHostsLocale) {
     EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0.5f, 1.25f, -2.75f}}));
 }
 
+TEST(PlyLoader, ReadsListsOfEveryLengthInLargeFiles) {
+    // Enough numbers that lists of all lengths begin and end anywhere in what is looked at together.
+    constexpr int faces = 20000;
+    std::string text = header(4, faces) + square;
+    Triangles expected;
+    for (int i = 0; i < faces; ++i) {
+        const int length = i % 7 < 4 ? 3 : i % 11;
+        text += std::to_string(length);
+        std::uint32_t corners[3] = {};
+        for (int corner = 0; corner < length; ++corner) {
+            const auto index = static_cast<std::uint32_t>((i + corner) % 4);
+            if (corner < 3) corners[corner] = index;
+            text += " " + std::to_string(index);
+        }
+        text += "\n";
+        if (length >= 3) expected.push_back({{corners[0], corners[1], corners[2]}, {0, 0, 0}, 0});
+    }
+    Mesh mesh;
+    load(text, mesh);
+    EXPECT_TRUE(bytesOf(mesh.triangles) == bytesOf(expected));
+}
+
+TEST(PlyLoader, TakesListsOfNoOrNegativeLengthAsEmpty) {
+    std::string text = header(4, 4);
+    text.replace(text.find("uchar"), 5, "float");
+    Mesh mesh;
+    load(text + square + "0\n-3\n-0.5\n3.75 0 1 2\n", mesh);
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}}));
+}
+
+TEST(PlyLoader, MakesNoFacesOfASingleNumber) {
+    std::string text = header(4, 3);
+    text.replace(text.find("list uchar int"), 14, "int");
+    Mesh mesh;
+    load(text + square + "3\n1\n2\n", mesh);
+    EXPECT_TRUE(mesh.triangles.empty());
+}
+
+TEST(PlyLoader, RefusesAFaceBeforeItComplainsOfWhatFollows) {
+    Mesh mesh;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(messageOf<VelmarException>([&] { load(header(4, 3) + square + "3 0 1 7\n3 0 1 2\nx", mesh); }),
+              "Triangle vertex index is out of bounds. (vertex index=7)");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(PlyLoader, AppendsToAMeshThatHoldsSomething) {
+    Mesh mesh;
+    addUnitSquare(mesh);
+    load(header(1, 1) + "7 8 9\n3 0 1 4\n", mesh);
+    EXPECT_EQ(mesh.verts.size(), 5u);
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 4}, {0, 0, 0}, 0}}));
+    mesh.raiseNumUVMappings(1);
+    EXPECT_EQ(messageOf<VelmarException>([&] { load(header(4, 1) + square + "3 0 1 2\n", mesh); }),
+              "Triangle uv index is out of bounds. (uv index=0)");
+}
+
 TEST(PlyLoader, ReadsTwoFilesAtOnce) {
     std::string small_text = header(3000, 0);
     std::string large_text = header(3000, 0);
