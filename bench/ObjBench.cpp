@@ -1,11 +1,10 @@
+#include "bench/support/MeshReading.h"
 #include "bench/support/ObjModel.h"
-#include "bench/support/PeakMemory.h"
 #include "mesh/Mesh.h"
 #include "mesh/MtlLoader.h"
 #include "mesh/ObjLoader.h"
 
 #include <benchmark/benchmark.h>
-#include <filesystem>
 #include <string>
 #include <tiny_obj_loader.h>
 #include <vector>
@@ -16,41 +15,32 @@ namespace {
 
 /// 710 by 710 cells: a little more than a million triangles.
 constexpr std::uint32_t cells = 710;
+/// Few enough to count instructions by, which takes fifty times as long.
+constexpr std::uint32_t few_cells = 100;
 
-const ScratchFile& model(ObjCorners corners) {
-    static const ScratchFile plain("velmar_bench_v.obj", makeObjText(cells, ObjCorners::positions_only));
-    static const ScratchFile full("velmar_bench_v_vt_vn.obj", makeObjText(cells, ObjCorners::positions_uvs_normals));
-    return corners == ObjCorners::positions_only ? plain : full;
+template <ObjCorners corners, std::uint32_t model_cells>
+const ScratchFile& model() {
+    static const ScratchFile file("velmar_bench_" + std::to_string(static_cast<int>(corners)) + "_" +
+                                      std::to_string(model_cells) + ".obj",
+                                  makeObjText(model_cells, corners));
+    return file;
 }
 
-void countTriangles(benchmark::State& state, std::size_t triangles) {
-    state.counters["triangles"] = static_cast<double>(triangles);
-    state.counters["triangles/s"] =
-        benchmark::Counter(static_cast<double>(triangles), benchmark::Counter::kIsIterationInvariantRate);
-}
+using ModelFile = const ScratchFile& (*)();
+constexpr ModelFile of_positions = model<ObjCorners::positions_only, cells>;
+constexpr ModelFile of_all = model<ObjCorners::positions_uvs_normals, cells>;
+constexpr ModelFile few_of_positions = model<ObjCorners::positions_only, few_cells>;
+constexpr ModelFile few_of_all = model<ObjCorners::positions_uvs_normals, few_cells>;
 
-void velmarObj(benchmark::State& state, ObjCorners corners) {
-    const std::string& path = model(corners).path();
-    std::size_t triangles = 0;
-    std::size_t mesh_bytes = 0;
-    const PeakMemory peak;
-    for (auto _ : state) {
-        Velmar::Mesh mesh;
+void velmarObj(benchmark::State& state, ModelFile file) {
+    readByVelmar(state, file().path(), [](const std::string& path, Velmar::Mesh& mesh) {
         Velmar::MTLLibrary library;
         Velmar::loadOBJ(path, mesh, 1.0f, false, library);
-        triangles = mesh.triangles.size();
-        mesh_bytes = (mesh.verts.size() + mesh.normals.size()) * sizeof(Velmar::Vec3f) +
-                     mesh.uv_pairs.size() * sizeof(Velmar::Vec2f) + triangles * sizeof(Velmar::MeshTriangle);
-    }
-    countTriangles(state, triangles);
-    // The file itself is mapped and counts while it is read.
-    state.counters["peak_MiB"] = static_cast<double>(peak.rise()) / 0x100000;
-    state.counters["mesh_MiB"] = static_cast<double>(mesh_bytes) / 0x100000;
-    state.counters["file_MiB"] = static_cast<double>(std::filesystem::file_size(path)) / 0x100000;
+    });
 }
 
-void tinyObj(benchmark::State& state, ObjCorners corners) {
-    const std::string& path = model(corners).path();
+void tinyObj(benchmark::State& state, ModelFile file) {
+    const std::string& path = file().path();
     std::size_t triangles = 0;
     for (auto _ : state) {
         tinyobj::attrib_t attributes;
@@ -62,12 +52,20 @@ void tinyObj(benchmark::State& state, ObjCorners corners) {
             state.SkipWithError(errors.c_str());
         triangles = shapes.at(0).mesh.num_face_vertices.size();
     }
-    countTriangles(state, triangles);
+    state.counters["triangles"] = static_cast<double>(triangles);
 }
 
-BENCHMARK_CAPTURE(velmarObj, v, ObjCorners::positions_only)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(tinyObj, v, ObjCorners::positions_only)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(velmarObj, v_vt_vn, ObjCorners::positions_uvs_normals)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(tinyObj, v_vt_vn, ObjCorners::positions_uvs_normals)->Unit(benchmark::kMillisecond);
+void assimpObj(benchmark::State& state, ModelFile file) {
+    readByAssimp(state, file().path());
+}
+
+BENCHMARK_CAPTURE(velmarObj, v, of_positions)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(tinyObj, v, of_positions)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(assimpObj, v, of_positions)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(velmarObj, v_vt_vn, of_all)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(tinyObj, v_vt_vn, of_all)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(assimpObj, v_vt_vn, of_all)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(velmarObj, small_v, few_of_positions)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(velmarObj, small_v_vt_vn, few_of_all)->Unit(benchmark::kMillisecond);
 
 } // namespace

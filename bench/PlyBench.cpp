@@ -1,3 +1,4 @@
+#include "bench/support/MeshReading.h"
 #include "bench/support/ObjModel.h"
 #include "mesh/Mesh.h"
 #include "mesh/PlyLoader.h"
@@ -5,6 +6,7 @@
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <rply.h>
 #include <string>
 
@@ -12,50 +14,94 @@ using namespace BenchSupport;
 
 namespace {
 
-constexpr std::uint32_t cells = 710;
+/// 710 by 710 cells: a little more than a million triangles.
+constexpr std::uint32_t many_cells = 710;
+/// Few enough to count instructions by.
+constexpr std::uint32_t few_cells = 100;
 
 template <class T>
 void append(std::string& bytes, T value) {
     bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-std::string binaryText() {
-    constexpr std::uint32_t side = cells + 1;
-    std::string bytes = "ply\nformat binary_little_endian 1.0\nelement vertex " + std::to_string(side * side) +
-                        "\nproperty float x\nproperty float y\nproperty float z\nelement face " +
-                        std::to_string(2 * cells * cells) + "\nproperty list uchar int vertex_indices\nend_header\n";
+std::string header(const std::string& format, std::uint32_t cells) {
+    const std::uint32_t side = cells + 1;
+    return "ply\nformat " + format + " 1.0\nelement vertex " + std::to_string(side * side) +
+           "\nproperty float x\nproperty float y\nproperty float z\nelement face " + std::to_string(2 * cells * cells) +
+           "\nproperty list uchar int vertex_indices\nend_header\n";
+}
+
+/// A wavy square: calls `add_vertex` with three numbers for each vertex, then `add_face` with three indices for each
+/// face.
+template <class AddVertex, class AddFace>
+void visitModel(std::uint32_t cells, AddVertex add_vertex, AddFace add_face) {
+    const std::uint32_t side = cells + 1;
     for (std::uint32_t i = 0; i < side * side; ++i) {
         const float x = static_cast<float>(i % side) * 0.1f;
         const float y = static_cast<float>(i / side) * 0.1f;
-        for (const float number : {x, y, std::sin(x) * std::cos(y)})
-            append(bytes, number);
+        add_vertex(x, y, std::sin(x) * std::cos(y));
     }
-    const auto face = [&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-        append(bytes, std::uint8_t{3});
-        for (const std::uint32_t index : {a, b, c})
-            append(bytes, index);
-    };
     for (std::uint32_t row = 0; row < cells; ++row)
         for (std::uint32_t column = 0; column < cells; ++column) {
             const std::uint32_t corner = row * side + column;
-            face(corner, corner + 1, corner + side + 1);
-            face(corner, corner + side + 1, corner + side);
+            add_face(corner, corner + 1, corner + side + 1);
+            add_face(corner, corner + side + 1, corner + side);
         }
+}
+
+std::string binaryText(std::uint32_t cells) {
+    std::string bytes = header("binary_little_endian", cells);
+    visitModel(
+        cells,
+        [&](float x, float y, float z) {
+            for (const float number : {x, y, z})
+                append(bytes, number);
+        },
+        [&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+            append(bytes, std::uint8_t{3});
+            for (const std::uint32_t index : {a, b, c})
+                append(bytes, index);
+        });
     return bytes;
 }
 
-const ScratchFile& model() {
-    static const ScratchFile file("velmar_bench.ply", binaryText());
+std::string asciiText(std::uint32_t cells) {
+    std::string text = header("ascii", cells);
+    char line[128];
+    visitModel(
+        cells,
+        [&](float x, float y, float z) {
+            std::snprintf(line, sizeof line, "%.6f %.6f %.6f\n", static_cast<double>(x), static_cast<double>(y),
+                          static_cast<double>(z));
+            text += line;
+        },
+        [&](std::uint32_t a, std::uint32_t b, std::uint32_t c) {
+            std::snprintf(line, sizeof line, "3 %u %u %u\n", a, b, c);
+            text += line;
+        });
+    return text;
+}
+
+const ScratchFile& binaryFile() {
+    static const ScratchFile file("velmar_bench_binary.ply", binaryText(many_cells));
     return file;
 }
 
-void readPly(benchmark::State& state) {
-    const std::string& path = model().path();
-    for (auto _ : state) {
-        Velmar::Mesh mesh;
-        Velmar::loadPLY(path, mesh, 1.0f);
-        benchmark::DoNotOptimize(mesh.triangles.data());
-    }
+const ScratchFile& asciiFile() {
+    static const ScratchFile file("velmar_bench_ascii.ply", asciiText(many_cells));
+    return file;
+}
+
+const ScratchFile& smallFile() {
+    static const ScratchFile file("velmar_bench_small.ply", binaryText(few_cells));
+    return file;
+}
+
+using ModelFile = const ScratchFile& (*)();
+
+void velmarPly(benchmark::State& state, ModelFile file) {
+    readByVelmar(state, file().path(),
+                 [](const std::string& path, Velmar::Mesh& mesh) { Velmar::loadPLY(path, mesh, 1.0f); });
 }
 
 int doNothing(p_ply_argument) {
@@ -63,8 +109,8 @@ int doNothing(p_ply_argument) {
 }
 
 /// The same file and the same callbacks, which look at nothing.
-void bareRPly(benchmark::State& state) {
-    const std::string& path = model().path();
+void barePly(benchmark::State& state, ModelFile file) {
+    const std::string& path = file().path();
     for (auto _ : state) {
         const p_ply ply = ply_open(path.c_str(), nullptr, 0, nullptr);
         ply_read_header(ply);
@@ -76,7 +122,16 @@ void bareRPly(benchmark::State& state) {
     }
 }
 
-BENCHMARK(readPly)->Unit(benchmark::kMillisecond);
-BENCHMARK(bareRPly)->Unit(benchmark::kMillisecond);
+void assimpPly(benchmark::State& state, ModelFile file) {
+    readByAssimp(state, file().path());
+}
+
+BENCHMARK_CAPTURE(velmarPly, binary, binaryFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(barePly, binary, binaryFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(assimpPly, binary, binaryFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(velmarPly, ascii, asciiFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(barePly, ascii, asciiFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(assimpPly, ascii, asciiFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(velmarPly, small, smallFile)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "velmarvec.h"
 
+#include "bench/support/MeshReading.h"
 #include "bench/support/ObjModel.h"
 #include "mesh/Mesh.h"
 #include "mesh/StlLoader.h"
@@ -17,7 +18,8 @@ using namespace BenchSupport;
 
 namespace {
 
-constexpr std::uint32_t num_triangles = 1000000;
+/// 100 MB as a binary file.
+constexpr std::uint32_t num_triangles = 2000000;
 constexpr std::size_t header_size = 84;
 constexpr std::size_t record_size = 50;
 
@@ -67,19 +69,20 @@ const ScratchFile& asciiFile() {
     return file;
 }
 
-void readStl(benchmark::State& state, const ScratchFile& (*file)()) {
-    const std::string& path = file().path();
-    for (auto _ : state) {
-        Velmar::Mesh mesh;
-        Velmar::loadSTL(path, mesh, 1.0f);
-        benchmark::DoNotOptimize(mesh.triangles.data());
-    }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * MappedFile(path).getSize()));
+using ModelFile = const ScratchFile& (*)();
+
+void velmarStl(benchmark::State& state, ModelFile file) {
+    readByVelmar(state, file().path(),
+                 [](const std::string& path, Velmar::Mesh& mesh) { Velmar::loadSTL(path, mesh, 1.0f); });
+}
+
+void assimpStl(benchmark::State& state, ModelFile file) {
+    readByAssimp(state, file().path());
 }
 
 /// The vertices alone, 36 bytes at a time, into an array of the right size.
-void bareVertexCopy(benchmark::State& state) {
-    const std::string& path = binaryFile().path();
+void copyStl(benchmark::State& state, ModelFile model) {
+    const std::string& path = model().path();
     for (auto _ : state) {
         const MappedFile file(path);
         std::vector<Velmar::Vec3f> verts(3 * num_triangles);
@@ -91,8 +94,10 @@ void bareVertexCopy(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * MappedFile(path).getSize()));
 }
 
-BENCHMARK_CAPTURE(readStl, binary, binaryFile)->Unit(benchmark::kMillisecond);
-BENCHMARK(bareVertexCopy)->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(readStl, ascii, asciiFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(velmarStl, binary, binaryFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(copyStl, binary, binaryFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(assimpStl, binary, binaryFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(velmarStl, ascii, asciiFile)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(assimpStl, ascii, asciiFile)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -20,6 +20,7 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <random>
@@ -69,20 +70,22 @@ class PlyRun {
     /// Adds the triangles of all numbers that were taken.
     void addTriangles() {
         const double* const end = std::exchange(next_number, numbers);
-        for (const double* number = numbers; number != end; ++number) {
+        for (const double* number = numbers; number != end;) {
             if (list_rest == 0) {
-                list_rest = toLength(*number);
-                num_corners = 0;
-                if (list_rest == 3 && end - number > 3) {
+                // Most lists are triangles.
+                if (*number == 3.0 && end - number > 3) {
                     addTriangle(toIndex(number[1]), toIndex(number[2]), toIndex(number[3]));
-                    number += 3;
-                    list_rest = 0;
+                    number += 4;
+                } else {
+                    list_rest = toLength(*number++);
+                    num_corners = 0;
                 }
                 continue;
             }
             --list_rest;
+            const std::uint32_t index = toIndex(*number++);
             if (num_corners == 3) continue;
-            corners[num_corners++] = toIndex(*number);
+            corners[num_corners++] = index;
             if (num_corners == 3) addTriangle(corners[0], corners[1], corners[2]);
         }
     }
@@ -123,7 +126,11 @@ class PlyRun {
         const Vec3f* const at = vertices.data();
         if (!hasArea(at[a], at[b], at[c])) return;
         MeshTriangle& triangle = triangles.append();
-        triangle = {{a, b, c}, {0, 0, 0}, 0};
+        triangle.vertex_indices[0] = a;
+        triangle.vertex_indices[1] = b;
+        triangle.vertex_indices[2] = c;
+        std::fill(std::begin(triangle.uv_indices), std::end(triangle.uv_indices), 0);
+        triangle.material_index = 0;
     }
 
     void checkIndices(std::uint32_t a, std::uint32_t b, std::uint32_t c) const {
