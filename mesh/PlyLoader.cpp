@@ -185,7 +185,7 @@ int onXOrY(p_ply_argument argument) {
 
 /// The element's values arrive in the order x, y, z; z completes the vertex.
 int onZ(p_ply_argument argument) {
-    PlyRun& run = userOf<PlyRun>(argument);
+    auto& run = userOf<PlyRun>(argument);
     run.vertex[2] = static_cast<float>(ply_get_argument_value(argument));
     return guarded(run, [&run] { run.addVertex(); });
 }
@@ -196,7 +196,7 @@ int addTakenTriangles(PlyRun& run) noexcept {
 
 /// Called with the length of a list, then with each of its values.
 int onIndex(p_ply_argument argument) {
-    PlyRun& run = userOf<PlyRun>(argument);
+    auto& run = userOf<PlyRun>(argument);
     if (run.takeListNumber(ply_get_argument_value(argument))) return go_on;
     return addTakenTriangles(run);
 }
