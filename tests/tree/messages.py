@@ -18,6 +18,7 @@ NO_MESSAGES = {
     "Velmar Renderer",  # a folder
     "Unknown error ",  # the runtime's words
     "uv pairs",  # a heading of the text dump
+    "outer loop",  # words of an STL text
 }
 
 
