@@ -43,6 +43,12 @@ class HeaderWalk {
         return true;
     }
 
+    /// The last word; empty when none could be read.
+    std::string_view lastWord() const { return word; }
+
+    /// What hasn't been passed yet.
+    std::string_view remaining() const { return rest; }
+
   private:
     bool walkProperties() {
         while (word == "property" || isRemark()) {
@@ -70,6 +76,7 @@ class HeaderWalk {
     bool isRemark() const { return word == "comment" || word == "obj_info"; }
 
     bool next() {
+        word = {};
         const std::size_t first = rest.find_first_not_of(blanks);
         if (first == std::string_view::npos) return false;
         rest.remove_prefix(first);
@@ -82,6 +89,7 @@ class HeaderWalk {
     }
 
     bool passLine() {
+        word = {};
         const std::size_t length = rest.find('\n');
         // RPly puts what it refuses into a message of 1024 bytes, among twenty of its own, without looking at the size.
         constexpr std::size_t longest_line = 1024 - 20;
@@ -103,7 +111,15 @@ PlyHeaderCheck checkPlyHeader(std::string_view file) {
     PlyHeaderCheck check;
     if (file.size() <= magic.size() || !file.starts_with(magic) || !endsWithBlank(file.substr(0, magic.size() + 1)))
         return check;
-    check.complete = HeaderWalk(file.substr(magic.size())).walk(check.ascii);
+    HeaderWalk header(file.substr(magic.size()));
+    check.complete = header.walk(check.ascii);
+    if (!check.complete) {
+        check.word = header.lastWord();
+        const std::size_t passed =
+            static_cast<std::size_t>(header.remaining().data() - file.data()) - !check.word.empty();
+        check.line = 1 + static_cast<std::size_t>(
+                             std::count(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(passed), '\n'));
+    }
     return check;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace Velmar {
@@ -11,6 +12,10 @@ struct PlyHeaderCheck {
     bool complete = false;
     /// The body is text.
     bool ascii = false;
+    /// Where a header that isn't complete stopped making sense: a line, counted from 1, and its word. No word where the
+    /// line ends too early or too late.
+    std::size_t line = 1;
+    std::string_view word;
 };
 
 /// Walks through the header of the file with the bytes `file` word by word, as RPly does.

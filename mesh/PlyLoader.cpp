@@ -325,6 +325,18 @@ class TerminatedCopy {
     throw Velmar::Exception("could not read header.");
 }
 
+/// As RPly tells of what it doesn't understand itself. The word may hold anything, which terminals needn't obey.
+void tellWhere(const PlyHeaderCheck& check) {
+    std::string what = "ends too early or too late";
+    if (!check.word.empty()) {
+        what = "has an unexpected '";
+        for (const char c : check.word)
+            what += c > ' ' && c < '\x7F' ? c : '?';
+        what += '\'';
+    }
+    std::fprintf(stderr, "PLY header: line %zu %s\n", check.line, what.c_str());
+}
+
 /// Opens the file for RPly after a look at what it would stumble over. `copy` holds a text that needed its end.
 PlyHandle openChecked(std::string_view path, PlyRun& run, std::optional<TerminatedCopy>& copy) {
     PlyHandle ply(ply_open(FileUtils::toCLibraryPath(path).c_str(), onError, 0, &run));
@@ -337,7 +349,10 @@ PlyHandle openChecked(std::string_view path, PlyRun& run, std::optional<Terminat
         throwBadHeader();
     }
     const PlyHeaderCheck check = checkPlyHeader(file->getText());
-    if (!check.complete) throwBadHeader();
+    if (!check.complete) {
+        tellWhere(check);
+        throwBadHeader();
+    }
     if (check.ascii && !endsWithBlank(file->getText())) {
         copy.emplace(file->getText());
         ply.reset(ply_open(FileUtils::toCLibraryPath(copy->path()).c_str(), onError, 0, &run));

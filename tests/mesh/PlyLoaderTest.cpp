@@ -180,6 +180,23 @@ TEST(PlyLoader, LeavesTheDetailsOfAParseErrorOnTheErrorStream) {
     EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("RPly: "));
 }
 
+TEST(PlyLoader, LeavesTheLineOfABrokenHeaderOnTheErrorStream) {
+    const auto detailsOf = [](std::string_view text) {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(loaderMessage(text), "could not read header.");
+        return testing::internal::GetCapturedStderr();
+    };
+    EXPECT_EQ(detailsOf("ply\nformat ascii 1.0\nCreated by hand\nend_header\n"),
+              "PLY header: line 3 has an unexpected 'Created'\n");
+    EXPECT_EQ(detailsOf("ply\nformat ascii 1.1\nend_header\n"), "PLY header: line 2 has an unexpected '1.1'\n");
+    EXPECT_EQ(detailsOf("ply\nformat \x1B[2J\xFF 1.0\nend_header\n"), "PLY header: line 2 has an unexpected '?[2J?'\n");
+    EXPECT_EQ(detailsOf("ply\nformat ascii 1.0\ncomment "), "PLY header: line 3 ends too early or too late\n");
+    EXPECT_EQ(detailsOf("ply\nformat ascii 1.0\nelement " + std::string(300, 'n') + " 1\nend_header\n"),
+              "PLY header: line 3 ends too early or too late\n");
+    EXPECT_EQ(detailsOf("no ply"), "PLY header: line 1 ends too early or too late\n");
+    EXPECT_EQ(detailsOf(""), "PLY header: line 1 ends too early or too late\n");
+}
+
 TEST(PlyLoader, RefusesFacesBeforeTheirVertices) {
     Mesh mesh;
     EXPECT_EQ(messageOf<VelmarException>([&] {
