@@ -11,6 +11,7 @@
 #include <clocale>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ void expectCommaOfTheHost() {
     char text[8] = {};
     std::snprintf(text, sizeof text, "%.1f", 1.5);
     EXPECT_STREQ(text, "1,5");
+    std::ostringstream stream;
+    stream << 1234.5;
+    EXPECT_EQ(stream.str(), "1.234,5");
 }
 
 std::vector<Vec3f> positionsOf(const std::string& path) {

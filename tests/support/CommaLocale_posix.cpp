@@ -3,8 +3,8 @@
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
 
+#include <clocale>
 #include <cstdlib>
-#include <locale>
 #include <stdexcept>
 #include <string>
 
@@ -32,7 +32,7 @@ std::string localeSource() {
 struct CommaLocale::State {
     const TempDir folder;
     const ScopedVariable search_path{"LOCPATH", folder.path().c_str()};
-    std::locale before;
+    const std::string before = std::setlocale(LC_ALL, nullptr);
 };
 
 CommaLocale::CommaLocale() : state(std::make_unique<State>()) {
@@ -40,11 +40,12 @@ CommaLocale::CommaLocale() : state(std::make_unique<State>()) {
     writeFileBytes(folder + "/source", localeSource());
     const std::string command = "localedef -i " + folder + "/source -f ISO-8859-1 " + folder + "/de_DE";
     if (std::system(command.c_str()) != 0) throw std::runtime_error("can't make a locale: " + command);
-    state->before = std::locale::global(std::locale("de_DE"));
+    if (std::setlocale(LC_ALL, "de_DE") == nullptr) throw std::runtime_error("can't use the locale that was made");
 }
 
 CommaLocale::~CommaLocale() {
-    std::locale::global(state->before);
+    std::locale::global(before);
+    std::setlocale(LC_ALL, state->before.c_str());
 }
 
 } // namespace TestSupport

@@ -11,11 +11,11 @@ struct CommaLocale::State {
 };
 
 CommaLocale::CommaLocale() : state(std::make_unique<State>()) {
-    // The C++ runtime of this build knows no locale but its own.
     if (std::setlocale(LC_ALL, "German_Germany.1252") == nullptr) throw std::runtime_error("there is no German locale");
 }
 
 CommaLocale::~CommaLocale() {
+    std::locale::global(before);
     std::setlocale(LC_ALL, state->before.c_str());
 }
 
