@@ -334,7 +334,7 @@ void tellWhere(const PlyHeaderCheck& check) {
             what += c > ' ' && c < '\x7F' ? c : '?';
         what += '\'';
     }
-    std::fprintf(stderr, "PLY header: line %zu %s\n", check.line, what.c_str());
+    std::fprintf(stderr, "PLY header: line %s %s\n", std::to_string(check.line).c_str(), what.c_str());
 }
 
 /// Opens the file for RPly after a look at what it would stumble over. `copy` holds a text that needed its end.
