@@ -5,6 +5,7 @@
 #include "mesh/Mesh.h"
 #include "mesh/MtlLoader.h"
 #include "tests/mesh/ObjText.h"
+#include "tests/support/FileBytes.h"
 #include "tests/support/MeshSupport.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/Throws.h"
