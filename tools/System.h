@@ -18,6 +18,8 @@ std::vector<std::string> getArguments(int argc, char** argv);
 class ConsoleEncoding {
   public:
     ConsoleEncoding();
+    // Not trivial on Windows.
+    // NOLINTNEXTLINE(performance-trivially-destructible)
     ~ConsoleEncoding();
     ConsoleEncoding(const ConsoleEncoding&) = delete;
     ConsoleEncoding& operator=(const ConsoleEncoding&) = delete;

@@ -1,4 +1,5 @@
 """`velmar convert`."""
+import os
 import struct
 import unittest
 
@@ -275,4 +276,6 @@ velmar: Failed to open file 'in\\loop\.obj': [^\n]+
         for output in ("out/deep/er", "out/again/", "out/./x/../y"):
             with self.subTest(output=output):
                 self.assertEqual(self.convert("in", output)[::2], (0, ""))
-                self.assertTrue((self.folder / output / "a.vmmesh").is_file())
+                # Windows leaves "x" out of "x/..", elsewhere it has to be there.
+                written = os.path.normpath(self.folder / output / "a.vmmesh")
+                self.assertTrue(os.path.isfile(written), written)
