@@ -29,7 +29,6 @@ using TestSupport::toEigen;
 namespace {
 
 constexpr Vec4f no_rotation{0, 0, 0, 1};
-constexpr Vec4f origin{0, 0, 0, 1};
 constexpr double nan_time = std::numeric_limits<double>::quiet_NaN();
 
 void expectFailure(const Frames& frames, const std::string& message, const Matrix4f& base = identityMatrix()) {
