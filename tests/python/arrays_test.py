@@ -1,14 +1,18 @@
 """What a mesh takes for vertices, faces and texture coordinates, and what it refuses."""
 import array
 import ctypes
+import itertools
 import struct
 import unittest
 
-import numpy
-
 import support
 import velmar
-from support import TRIANGLE
+from support import TRIANGLE, array_of, numpy, with_numpy
+
+
+def forms(rows):
+    """Rows as they are, and as an array of numpy's where there is one."""
+    return [rows] if numpy is None else [rows, numpy.array(rows)]
 
 
 def words_of(call):
@@ -27,6 +31,7 @@ class Vertices(unittest.TestCase):
     def setUp(self):
         self.mesh = velmar.Mesh("mesh")
 
+    @with_numpy
     def test_array_is_handed_over_where_it_lies(self):
         vertices = numpy.array(TRIANGLE, numpy.float32)
         with support.recorded("VelmarMesh_AddVertices") as calls:
@@ -34,6 +39,7 @@ class Vertices(unittest.TestCase):
         self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (3, vertices.ctypes.data))
         self.assertEqual(self.mesh.num_vertices, 3)
 
+    @with_numpy
     def test_read_only_array_is_handed_over_where_it_lies(self):
         vertices = numpy.array(TRIANGLE, numpy.float32)
         vertices.flags.writeable = False
@@ -41,6 +47,7 @@ class Vertices(unittest.TestCase):
             self.mesh.add_vertices(vertices)
         self.assertEqual(ctypes.addressof(calls[0][2]), vertices.ctypes.data)
 
+    @with_numpy
     def test_rows_of_a_larger_array_are_handed_over_where_they_lie(self):
         vertices = numpy.zeros((10, 3), numpy.float32)
         with support.recorded("VelmarMesh_AddVertices") as calls:
@@ -51,7 +58,7 @@ class Vertices(unittest.TestCase):
         block = bytearray(1 + 36)
         struct.pack_into("=9f", block, 1, *range(9))
         with support.recorded("VelmarMesh_AddVertices") as calls:
-            self.mesh.add_vertices(numpy.frombuffer(block, numpy.float32, 9, 1).reshape(3, 3))
+            self.mesh.add_vertices(memoryview(block)[1:].cast("f", (3, 3)))
         self.assertEqual(ctypes.addressof(calls[0][2]) % 4, 0)
         self.assertEqual(list(calls[0][2]), list(range(9)))
 
@@ -66,19 +73,29 @@ class Vertices(unittest.TestCase):
         self.assertEqual(list(calls[0][2]), list(range(6)))
 
     def test_sequence_is_converted(self):
-        with support.recorded("VelmarMesh_AddVertices") as calls:
-            self.mesh.add_vertices([(0, 0.5, 1), numpy.array([2, 3, 4])])
-        self.assertEqual(list(calls[0][2]), [0, 0.5, 1, 2, 3, 4])
+        for row in (*forms([2, 3, 4]), array.array("d", [2, 3, 4])):
+            with support.recorded("VelmarMesh_AddVertices") as calls:
+                self.mesh.add_vertices([(0, 0.5, 1), row])
+            self.assertEqual(list(calls[0][2]), [0, 0.5, 1, 2, 3, 4])
 
     def test_no_vertices_are_no_vertices(self):
-        self.mesh.add_vertices(numpy.zeros((0, 3), numpy.float32))
+        self.mesh.add_vertices((ctypes.c_float * 3 * 0)())
         self.mesh.add_vertices([])
+        if numpy is not None:
+            self.mesh.add_vertices(numpy.zeros((0, 3), numpy.float32))
         self.assertEqual(self.mesh.num_vertices, 0)
 
-    def test_other_kinds_of_numbers_are_refused(self):
+    @with_numpy
+    def test_other_kinds_of_numbers_of_numpy_are_refused(self):
         for kind in (numpy.float64, numpy.int32, numpy.float16, ">f4"):
             with self.assertRaisesRegex(TypeError, "vertices must be float32, not " + str(numpy.dtype(kind))):
                 self.mesh.add_vertices(numpy.zeros((3, 3), kind))
+        self.assertEqual(self.mesh.num_vertices, 0)
+
+    def test_other_kinds_of_numbers_are_refused(self):
+        for kind in (ctypes.c_double, ctypes.c_int32, ctypes.c_float.__ctype_be__):
+            with self.assertRaisesRegex(TypeError, "vertices must be float32, not the format "):
+                self.mesh.add_vertices((kind * 3 * 3)())
         with self.assertRaisesRegex(TypeError, "not the format 'd'"):
             self.mesh.add_vertices(array.array("d", range(9)))
         with self.assertRaisesRegex(TypeError, "row 0 holds what isn't a number"):
@@ -90,30 +107,51 @@ class Vertices(unittest.TestCase):
 
     def test_other_shapes_are_refused(self):
         for shape in ((9,), (3, 2), (3, 4), (1, 3, 3), ()):
-            with self.assertRaisesRegex(ValueError, r"vertices must have the shape \(N, 3\), not \("):
-                self.mesh.add_vertices(numpy.zeros(shape, numpy.float32))
+            block = ctypes.c_float
+            for length in reversed(shape):
+                block *= length
+            for values in (block(), *([] if numpy is None else [numpy.zeros(shape, numpy.float32)])):
+                with self.assertRaisesRegex(ValueError, r"vertices must have the shape \(N, 3\), not \("):
+                    self.mesh.add_vertices(values)
         with self.assertRaisesRegex(ValueError, "row 1 has 2 numbers, not 3"):
             self.mesh.add_vertices([(0, 0, 0), (0, 0)])
 
     def test_memory_with_gaps_is_refused(self):
+        with self.assertRaisesRegex(ValueError, "vertices must be C-contiguous"):
+            self.mesh.add_vertices(array_of(TRIANGLE + TRIANGLE)[::2])
+
+    @with_numpy
+    def test_memory_of_numpy_with_gaps_is_refused(self):
         for vertices in (numpy.zeros((3, 6), numpy.float32)[:, ::2], numpy.zeros((3, 3), numpy.float32, "F")):
             with self.assertRaisesRegex(ValueError, "vertices must be C-contiguous"):
                 self.mesh.add_vertices(vertices)
 
 
 class TextureCoordinates(unittest.TestCase):
+    @with_numpy
     def test_array_is_handed_over_where_it_lies(self):
         pairs = numpy.zeros((4, 2), numpy.float32)
         with support.recorded("VelmarMesh_AddTextureCoordinates") as calls:
             velmar.Mesh("mesh").add_texture_coordinates(pairs)
         self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (4, pairs.ctypes.data))
 
-    def test_other_arrays_are_refused(self):
+    def test_other_arrays_than_those_of_numpy_are_handed_over_too(self):
+        pairs = (ctypes.c_float * 2 * 4)()
+        with support.recorded("VelmarMesh_AddTextureCoordinates") as calls:
+            velmar.Mesh("mesh").add_texture_coordinates(pairs)
+        self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (4, ctypes.addressof(pairs)))
+
+    def test_other_kinds_and_shapes_are_refused(self):
         mesh = velmar.Mesh("mesh")
-        with self.assertRaisesRegex(TypeError, "texture coordinates must be float32, not float64"):
-            mesh.add_texture_coordinates(numpy.zeros((4, 2)))
+        with self.assertRaisesRegex(TypeError, "texture coordinates must be float32, not the format '[<]?d'"):
+            mesh.add_texture_coordinates((ctypes.c_double * 2 * 4)())
         with self.assertRaisesRegex(ValueError, r"texture coordinates must have the shape \(N, 2\), not \(4, 3\)"):
-            mesh.add_texture_coordinates(numpy.zeros((4, 3), numpy.float32))
+            mesh.add_texture_coordinates((ctypes.c_float * 3 * 4)())
+
+    @with_numpy
+    def test_other_kinds_of_numpy_are_refused(self):
+        with self.assertRaisesRegex(TypeError, "texture coordinates must be float32, not float64"):
+            velmar.Mesh("mesh").add_texture_coordinates(numpy.zeros((4, 2)))
 
     def test_sets_of_different_sizes_are_refused(self):
         mesh = velmar.Mesh("mesh", TRIANGLE)
@@ -127,13 +165,14 @@ class TextureCoordinates(unittest.TestCase):
 
 class Faces(unittest.TestCase):
     def setUp(self):
-        self.mesh = velmar.Mesh("mesh", numpy.zeros((9, 3), numpy.float32))
+        self.mesh = velmar.Mesh("mesh", [(0, 0, 0)] * 9)
 
     def added(self, *arguments, **options):
         with support.recorded("VelmarMesh_AddFaces") as calls:
             self.mesh.add_faces(*arguments, **options)
         return words_of(calls[0])
 
+    @with_numpy
     def test_records_are_handed_over_where_they_lie(self):
         for records in (numpy.array([(0, 1, 2, 3, 0, 0, 0, 5)], numpy.uint32),
                         numpy.array([(7, 1, 2, 3, 4, 0, 0, 0, 0, 1)], numpy.uint32)):
@@ -150,65 +189,75 @@ class Faces(unittest.TestCase):
 
     def test_indices_are_packed(self):
         triangle, quad = [(0, 1, 2, 3, 0, 0, 0, 0)], [(1, 1, 2, 3, 4, 0, 0, 0, 0, 0)]
+        self.assertEqual(self.added([(1, 2, 3), (1, 2, 3, 4)]), triangle + quad)
+        self.assertEqual(self.added(memoryview(bytes([1, 2, 3])).cast("B", (1, 3))), triangle)
+        for kind in "bHiIlLqQ":
+            self.assertEqual(self.added(array_of([(1, 2, 3, 4)], kind)), quad)
+
+    @with_numpy
+    def test_indices_of_numpy_are_packed(self):
+        triangle, quad = [(0, 1, 2, 3, 0, 0, 0, 0)], [(1, 1, 2, 3, 4, 0, 0, 0, 0, 0)]
         for kind in (numpy.int64, numpy.uint8, numpy.int32, ">i4"):
             self.assertEqual(self.added(numpy.array([(1, 2, 3)], kind)), triangle)
             self.assertEqual(self.added(numpy.array([(1, 2, 3, 4)], kind)), quad)
         self.assertEqual(self.added(numpy.array([(1, 2, 3)], order="F")), triangle)
-        self.assertEqual(self.added([(1, 2, 3), (1, 2, 3, 4)]), triangle + quad)
-        self.assertEqual(self.added(memoryview(bytes([1, 2, 3])).cast("B", (1, 3))), triangle)
 
     def test_texture_indices_and_materials_are_packed(self):
         wanted = [(0, 1, 2, 3, 4, 5, 6, 7), (0, 3, 2, 1, 6, 5, 4, 8)]
         faces, texture = [(1, 2, 3), (3, 2, 1)], [(4, 5, 6), (6, 5, 4)]
-        self.assertEqual(self.added(faces, texture, [7, 8]), wanted)
-        self.assertEqual(self.added(faces, texture, numpy.array([7, 8])), wanted)
-        self.assertEqual(self.added(numpy.array(faces), texture, (7, 8)), wanted)
-        self.assertEqual(self.added(numpy.array(faces), numpy.array(texture), numpy.array([7, 8])), wanted)
+        for some_faces, some_texture, materials in itertools.product(forms(faces), forms(texture), forms([7, 8])):
+            self.assertEqual(self.added(some_faces, some_texture, materials), wanted)
+        self.assertEqual(self.added(array_of(faces, "I"), array_of(texture, "q"), array.array("B", [7, 8])), wanted)
         self.assertEqual([words[-1] for words in self.added(faces, materials=3)], [3, 3])
-        self.assertEqual([words[-1] for words in self.added(numpy.array(faces), materials=numpy.int8(3))], [3, 3])
+        if numpy is not None:
+            self.assertEqual([words[-1] for words in self.added(numpy.array(faces), materials=numpy.int8(3))], [3, 3])
 
     def test_vertices_take_the_texture_coordinates_of_their_numbers(self):
-        self.mesh.add_texture_coordinates(numpy.zeros((9, 2), numpy.float32))
+        self.mesh.add_texture_coordinates([(0, 0)] * 9)
         wanted = [(0, 1, 2, 3, 1, 2, 3, 0)]
-        self.assertEqual(self.added([(1, 2, 3)]), wanted)
-        self.assertEqual(self.added(numpy.array([(1, 2, 3)])), wanted)
+        for faces in (*forms([(1, 2, 3)]), array_of([(1, 2, 3)], "I")):
+            self.assertEqual(self.added(faces), wanted)
 
     def test_no_faces_are_no_faces(self):
         self.mesh.add_faces([])
-        self.mesh.add_faces(numpy.zeros((0, 3), int))
-        self.mesh.add_faces(numpy.zeros((0, 8), numpy.uint32))
+        self.mesh.add_faces((ctypes.c_uint32 * 8 * 0)())
+        if numpy is not None:
+            self.mesh.add_faces(numpy.zeros((0, 3), int))
+            self.mesh.add_faces(numpy.zeros((0, 8), numpy.uint32))
         self.assertEqual((self.mesh.num_faces, self.mesh.num_materials), (0, 1))
         self.mesh.build()
 
     def test_records_of_another_kind_than_their_size_are_refused(self):
         with self.assertRaisesRegex(ValueError, "first word must be 0"):
-            self.mesh.add_faces(numpy.ones((2, 8), numpy.uint32))
+            self.mesh.add_faces(array_of([[1] * 8] * 2, "I"))
         with self.assertRaisesRegex(ValueError, "first word must not be 0"):
-            self.mesh.add_faces(numpy.zeros((2, 10), numpy.uint32))
+            self.mesh.add_faces((ctypes.c_uint32 * 10 * 2)())
 
     def test_other_numbers_are_refused(self):
-        with self.assertRaisesRegex(TypeError, "face records must be uint32, not int64"):
-            self.mesh.add_faces(numpy.zeros((1, 8), numpy.int64))
-        with self.assertRaisesRegex(TypeError, "faces must be whole numbers, not float32"):
-            self.mesh.add_faces(numpy.zeros((1, 3), numpy.float32))
+        with self.assertRaisesRegex(TypeError, "face records must be uint32, not the format 'q'"):
+            self.mesh.add_faces(array_of([[0] * 8], "q"))
         with self.assertRaisesRegex(TypeError, "faces must be a whole number, not float"):
             self.mesh.add_faces([(0, 1, 2.5)])
-        for faces in ([(0, 1, -1)], numpy.array([(0, 1, -1)]), [(0, 1, 2**32)], numpy.array([(0, 1, 2**32)])):
+        for faces in (*forms([(0, 1, -1)]), *forms([(0, 1, 2**32)]), array_of([(0, 1, 2**32)], "q")):
             with self.assertRaisesRegex(ValueError, "faces must be from 0 to 4294967295"):
                 self.mesh.add_faces(faces)
-        for materials in (-1, [-1], numpy.array([-1])):
-            for faces in ([(0, 1, 2)], numpy.array([(0, 1, 2)])):
+        for materials in (-1, *forms([-1])):
+            for faces in forms([(0, 1, 2)]):
                 with self.assertRaisesRegex(ValueError, "materials must be from 0"):
                     self.mesh.add_faces(faces, materials=materials)
         self.assertEqual(self.mesh.num_faces, 0)
 
+    @with_numpy
+    def test_other_numbers_of_numpy_are_refused(self):
+        with self.assertRaisesRegex(TypeError, "face records must be uint32, not int64"):
+            self.mesh.add_faces(numpy.zeros((1, 8), numpy.int64))
+        with self.assertRaisesRegex(TypeError, "faces must be whole numbers, not float32"):
+            self.mesh.add_faces(numpy.zeros((1, 3), numpy.float32))
+
     def test_other_shapes_are_refused(self):
-        for shape in ((3,), (2, 5), (2, 2), (1, 3, 3)):
-            with self.assertRaisesRegex(ValueError, "faces must be indices of the shape"):
-                self.mesh.add_faces(numpy.zeros(shape, int))
         with self.assertRaisesRegex(ValueError, "row 1 has 2 indices, not 3 or 4"):
             self.mesh.add_faces([(0, 1, 2), (0, 1)])
-        for faces in ([(0, 1, 2)], numpy.array([(0, 1, 2)])):
+        for faces in forms([(0, 1, 2)]):
             with self.assertRaisesRegex(ValueError, "texture indices"):
                 self.mesh.add_faces(faces, [(0, 1, 2), (0, 1, 2)])
             with self.assertRaisesRegex(ValueError, "texture indices"):
@@ -216,11 +265,17 @@ class Faces(unittest.TestCase):
             with self.assertRaisesRegex(ValueError, "materials must"):
                 self.mesh.add_faces(faces, materials=[0, 0])
         with self.assertRaisesRegex(ValueError, "face records hold their texture indices"):
-            self.mesh.add_faces(numpy.zeros((1, 8), numpy.uint32), materials=1)
+            self.mesh.add_faces((ctypes.c_uint32 * 8 * 1)(), materials=1)
+
+    @with_numpy
+    def test_other_shapes_of_numpy_are_refused(self):
+        for shape in ((3,), (2, 5), (2, 2), (1, 3, 3)):
+            with self.assertRaisesRegex(ValueError, "faces must be indices of the shape"):
+                self.mesh.add_faces(numpy.zeros(shape, int))
 
     def test_vertex_that_is_not_there_is_refused_by_build(self):
-        for faces in ([(0, 1, 9)], numpy.array([(0, 1, 9)]), numpy.array([(0, 0, 1, 9, 0, 0, 0, 0)], numpy.uint32)):
-            mesh = velmar.Mesh("mesh", numpy.zeros((9, 3), numpy.float32))
+        for faces in (*forms([(0, 1, 9)]), array_of([(0, 0, 1, 9, 0, 0, 0, 0)], "I")):
+            mesh = velmar.Mesh("mesh", [(0, 0, 0)] * 9)
             mesh.add_faces(faces)
             with self.assertRaisesRegex(ValueError, "a face of .* has the vertex 9, and there are 9"):
                 mesh.build()

@@ -1,5 +1,7 @@
 """What scenes hold and write, and which failures of writing are seen."""
+import array
 import errno
+import locale
 import math
 import os
 import pathlib
@@ -8,11 +10,9 @@ import sys
 import unittest
 import unittest.mock
 
-import numpy
-
 import support
 import velmar
-from support import TRIANGLE
+from support import TRIANGLE, array_of, numpy, on_windows
 
 EXAMPLE = pathlib.Path(__file__).resolve().parents[2] / "examples" / "python" / "scene.py"
 
@@ -40,10 +40,10 @@ class Documents(support.InFolder):
             scene.add(velmar.Background.sun_sky((-1, -1, 1)))
             walls = scene.add(velmar.Material("Walls", (0.6, 0.2, 0.1)))
             lid = scene.add(velmar.Material("Lid", (0.8, 0.8, 0.7)))
-            sides = numpy.array([side for side in example.SIDES if side[0] == example.QUAD], numpy.uint32)
-            top = numpy.array([side for side in example.SIDES if side[0] == example.TRIANGLE], numpy.uint32)
-            box = scene.add(velmar.Mesh("Box", numpy.array(example.CORNERS, numpy.float32), sides,
-                                        texture_coordinates=numpy.array(example.TEXTURE_COORDINATES, numpy.float32),
+            sides = array_of([side for side in example.SIDES if side[0] == example.QUAD], "I")
+            top = array_of([side for side in example.SIDES if side[0] == example.TRIANGLE], "I")
+            box = scene.add(velmar.Mesh("Box", array_of(example.CORNERS), sides,
+                                        texture_coordinates=array_of(example.TEXTURE_COORDINATES),
                                         material_names=["Walls", "Lid"]))
             box.add_faces(top)
             scene.add(velmar.Model("Box", box, [walls, lid], position=(0.5, 0, 0),
@@ -93,7 +93,7 @@ class Documents(support.InFolder):
                                              lens_shift_right=0.125, lens_shift_up=0.75))
             with self.assertRaisesRegex(ValueError, "no position"):
                 camera.look_at((0, 0, 0))
-            camera.position = numpy.array([3, 0, 4], numpy.float32)
+            camera.position = array.array("f", [3, 0, 4])
             camera.look_at((0, 0, 0))
             camera.field_of_view = math.pi / 2
             root = support.document(scene).find("camera")
@@ -110,6 +110,11 @@ class Documents(support.InFolder):
             for angle in (0, math.pi, math.nan):
                 with self.assertRaisesRegex(ValueError, "between 0 and pi"):
                     camera.field_of_view = angle
+
+    @support.with_numpy
+    def test_camera_takes_numbers_of_numpy(self):
+        camera = velmar.Camera(position=numpy.array([3, 0, 4], numpy.float32), lens_radius=numpy.float64(0.5))
+        self.assertEqual((camera.position, camera.lens_radius), ((3, 0, 4), 0.5))
 
     def test_tone_mapping(self):
         kinds = velmar.TonemappingKind
@@ -209,6 +214,18 @@ class Paths(support.InFolder):
         self.assertEqual(pathlib.Path("mesh.txt").read_text("utf-8").splitlines()[:3], ["mesh", "vertices", "  0 0 0"])
         self.assertGreater(os.path.getsize("mesh.vmmesh"), 36)
 
+    def test_mesh_files_of_other_names_than_those_in_ascii(self):
+        os.mkdir("Würfel")
+        self.mesh.write("Würfel/絵.vmmesh")
+        self.mesh.write_text("Würfel/Größe.txt")
+        self.assertEqual(self.written(), ["Würfel/Größe.txt", "Würfel/絵.vmmesh"])
+
+    @unittest.skipIf(locale.getpreferredencoding(False).lower() in ("utf-8", "cp65001"), "every name can be encoded")
+    def test_text_file_of_a_name_that_the_system_cannot_encode_is_refused(self):
+        with self.assertRaisesRegex(ValueError, "encode"):
+            self.mesh.write_text("絵ص.txt")
+        self.assertEqual(self.written(), [])
+
 
 class Failures(support.InFolder):
     def setUp(self):
@@ -243,13 +260,13 @@ class Failures(support.InFolder):
             self.scene.write("scene.xml")
 
     def test_too_little_room_for_the_meshes(self):
-        self.scene.add(velmar.Mesh("mesh", numpy.zeros((1000, 3), numpy.float32)))
+        self.scene.add(velmar.Mesh("mesh", [(0, 0, 0)] * 1000))
         with unittest.mock.patch("shutil.disk_usage", return_value=unittest.mock.Mock(free=12000)):
             with self.assertRaises(OSError) as caught:
                 self.scene.write("scene.xml")
         self.assertEqual(caught.exception.errno, errno.ENOSPC)
 
-    @unittest.skipUnless(os.path.exists("/dev/full"), "needs a device that is always full")
+    @unittest.skipIf(on_windows or not os.path.exists("/dev/full"), "needs a device that is always full")
     def test_document_on_a_full_disk(self):
         with self.assertRaisesRegex(velmar.WriteError, "couldn't be written"):
             self.scene.write("/dev/full")

@@ -1,5 +1,7 @@
 """Helpers of the tests of the Python package."""
+import array
 import contextlib
+import itertools
 import os
 import pathlib
 import subprocess
@@ -8,9 +10,23 @@ import tempfile
 import unittest
 import xml.etree.ElementTree
 
+try:
+    import numpy
+except ImportError:
+    numpy = None
+
 import velmar
 
+with_numpy = unittest.skipUnless(numpy, "there is no numpy")
+on_windows = sys.platform == "win32"
+
 TRIANGLE = [(0, 0, 0), (1, 0, 0), (0, 1, 0)]
+
+
+def array_of(rows, kind="f"):
+    """Rows as an array of two dimensions that isn't numpy's."""
+    numbers = array.array(kind, itertools.chain.from_iterable(rows))
+    return memoryview(numbers).cast("B").cast(kind, (len(rows), len(rows[0])))
 
 
 class InFolder(unittest.TestCase):
