@@ -151,14 +151,16 @@ class Mesh(Object):
     def write_text(self, file: Path) -> None:
         """Writes the mesh as text to look at, replacing the file.
 
+        ValueError: the name isn't one in the system's encoding; on Windows that is its code page.
         OSError: the file can't be opened for writing, or couldn't be written to its end.
         """
         name = path("file", file)
         self._pointer()
+        # This one function takes a path as the C runtime does.
+        encoded = name.encode("mbcs") if sys.platform == "win32" else os.fsencode(name)
         with open(name, "wb"):
             pass
-        # This one function takes a path as the C runtime does.
-        self._call("velmar_write_mesh_to_file", name.encode("mbcs") if sys.platform == "win32" else os.fsencode(name))
+        self._call("velmar_write_mesh_to_file", encoded)
         lines, rest = 0, os.path.getsize(name)
         with open(name, "rb") as written:
             while rest > 0:
