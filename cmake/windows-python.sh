@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Builds, once, a Python for Windows into deps/windows-python, by which the tests of the Python package run under Wine. It is
+# of Debian's sources, because Debian has no such package. Silent and quick when there is nothing to do.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+die() { printf 'windows-python: %s\n' "$*" >&2; exit 1; }
+say() { printf 'windows-python: %s\n' "$*" >&2; }
+
+# quietly COMMAND...: its output is shown only when it fails.
+quietly() {
+    local output
+    output=$("$@" 2>&1) || { printf '%s\n' "$output" >&2; return 1; }
+}
+
+root=$PWD
+made=$root/deps/windows-python
+stamp="$made/made-by-$(cat cmake/windows-python.sh cmake/windows-python/* cmake/toolchain-windows.cmake | sha256sum | cut -c1-16)"
+if [ -e "$stamp" ]; then exit 0; fi
+
+mkdir -p deps
+exec 9>deps/windows-python-lock
+flock 9
+if [ -e "$stamp" ]; then exit 0; fi
+
+work=$root/deps/windows-python-work
+rm -rf "$work" "$made"
+mkdir -p "$work/lists" "$work/cache" "$made"
+cd "$work"
+
+# ---- sources ------------------------------------------------------------------------------------------------------------
+
+# Through a configuration of our own: the machine's stays as it is. Of the release alone: what the archive of its security
+# fixes lists isn't always there.
+release=$(. /etc/os-release && echo "$VERSION_CODENAME")
+apt-get indextargets --format 'deb-src $(REPO_URI) $(CODENAME) $(COMPONENT)' 'Created-By: Packages' 'Origin: Debian' |
+    grep " $release " | sort -u >sources.list || die "no archive of Debian's release is configured on this machine"
+own=(-o "Dir::Etc::sourcelist=$work/sources.list" -o Dir::Etc::sourceparts=- -o "Dir::State::Lists=$work/lists"
+    -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=root)
+say "fetching the sources of a Python for Windows"
+quietly apt-get "${own[@]}" update || die "reading Debian's list of sources failed"
+quietly apt-get "${own[@]}" source python3.11 libffi || die "fetching sources failed"
+python=$(echo "$work"/python3.11-*/)
+python=${python%/}
+ffi=$(echo "$work"/libffi-*/)
+
+# Where the constants of an enumeration are the Microsoft headers' alone, MinGW's are macros already, and these would
+# replace their values by themselves.
+sed -i '/^#define \(IPPROTO_[A-Z0-9]*\) \1\b/d' "$python/Modules/socketmodule.c"
+
+# ---- the interpreter ----------------------------------------------------------------------------------------------------
+
+say "building a Python for Windows, which takes a minute or two"
+build_ffi() {
+    mkdir build-ffi && cd build-ffi &&
+        "${ffi}configure" --host=x86_64-w64-mingw32 --prefix="$work/ffi" --disable-shared --disable-docs \
+            --disable-multi-os-directory --disable-dependency-tracking CC=x86_64-w64-mingw32-gcc-posix &&
+        make -j "$(nproc)" install
+}
+quietly build_ffi || die "building libffi failed"
+quietly cmake -S "$root/cmake/windows-python" -B build -G Ninja -DCMAKE_BUILD_TYPE=None \
+    -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-windows.cmake" -DPYTHON_SOURCE="$python" -DFFI_DIR="$work/ffi" ||
+    die "configuring the interpreter failed"
+quietly cmake --build build -j "$(nproc)" || die "building the interpreter failed"
+cp build/python.exe "$made/"
+
+# ---- its library, but for the large parts that no test imports --------------------------------------------------------------
+
+unwanted=(distutils ensurepip idlelib lib2to3 msilib pydoc_data sqlite3 test tests tkinter turtledemo __pycache__)
+tar -C "$python" -c "${unwanted[@]/#/--exclude=}" Lib | tar -C "$made" -x
+# Each test is a process or more, and each would compile what it imports.
+quietly /usr/bin/python3.11 -m compileall -q -j "$(nproc)" --invalidation-mode unchecked-hash "$made/Lib" ||
+    die "compiling the library failed"
+
+cd "$root"
+rm -rf "$work"
+touch "$stamp"
+say "done"
