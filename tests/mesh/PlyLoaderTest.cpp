@@ -12,6 +12,7 @@
 
 #include <clocale>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -261,6 +262,15 @@ TEST(PlyLoader, TakesListsOfNoOrNegativeLengthAsEmpty) {
     text.replace(text.find("uchar"), 5, "float");
     Mesh mesh;
     load(text + square + "0\n-3\n-0.5\n3.75 0 1 2\n", mesh);
+    EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}}));
+}
+
+TEST(PlyLoader, TakesListsOfALengthBeyondALongAsEmpty) {
+    std::string text = header(4, 2);
+    text.replace(text.find("uchar"), 5, "double");
+    const double beyond = 4.0 * static_cast<double>(std::numeric_limits<long>::max());
+    Mesh mesh;
+    load(text + square + std::to_string(beyond) + "\n3 0 1 2\n", mesh);
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}}));
 }
 
