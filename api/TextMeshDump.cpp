@@ -27,10 +27,10 @@ void writeFaces(std::ofstream& file, const char* header, const Vector<Face>& fac
 
 } // namespace
 
-void velmar_write_mesh_to_file(VelmarMesh* node, const char* path) {
-    const SceneNodeMesh& mesh_node = *fromHandle(node);
-    const Reference<Mesh> mesh(mesh_node.mesh);
-    const Mesh& data = *mesh;
+void velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path) {
+    const SceneNodeMesh& mesh_node = *fromHandle(mesh);
+    const Reference<Mesh> kept(mesh_node.mesh);
+    const Mesh& data = *kept;
 
     std::ofstream file;
     // Numbers are the same whatever locale the host has set.
@@ -38,11 +38,11 @@ void velmar_write_mesh_to_file(VelmarMesh* node, const char* path) {
     file.open(path);
     file << mesh_node.getName().view() << '\n';
     file << "vertices\n";
-    for (std::size_t i = 0; i < data.verts.size(); ++i)
-        file << "  " << data.verts[i].x << ' ' << data.verts[i].y << ' ' << data.verts[i].z << '\n';
+    for (const Vec3f& vertex : data.verts)
+        file << "  " << vertex.x << ' ' << vertex.y << ' ' << vertex.z << '\n';
     file << "uv pairs\n";
-    for (std::size_t i = 0; i < data.uv_pairs.size(); ++i)
-        file << "  " << data.uv_pairs[i].x << ' ' << data.uv_pairs[i].y << '\n';
+    for (const Vec2f& uv : data.uv_pairs)
+        file << "  " << uv.x << ' ' << uv.y << '\n';
     writeFaces(file, "triangles", data.triangles);
     writeFaces(file, "quads", data.quads);
 }

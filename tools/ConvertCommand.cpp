@@ -14,7 +14,7 @@
 
 namespace {
 
-struct Options {
+struct ConvertOptions {
     std::string input;
     std::string output;
     bool recursive = false;
@@ -22,7 +22,7 @@ struct Options {
 };
 
 /// Returns the size of the file written.
-std::uint64_t convertFile(const Options& options) {
+std::uint64_t convertFile(const ConvertOptions& options) {
     Progress progress(options.settings.quiet);
     // Before the mesh is read, which may take long in vain.
     OutputFile output(options.output);
@@ -32,7 +32,7 @@ std::uint64_t convertFile(const Options& options) {
     return writeMesh(*mesh, output, !options.settings.plain);
 }
 
-void convert(const Options& options) {
+void convert(const ConvertOptions& options) {
     if (options.recursive) {
         convertFolder(options.input, options.output, options.settings);
         return;
@@ -47,7 +47,7 @@ void convert(const Options& options) {
 
 Command addConvertCommand(CLI::App& tool) {
     CLI::App* const app = tool.add_subcommand("convert", "Turns mesh files into vmmesh files.");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ConvertOptions>();
     app->add_option("IN", options->input, "The mesh file: .obj, .ply, .stl or .vmmesh. With --recursive a folder.")
         ->required();
     app->add_option("OUT", options->output,

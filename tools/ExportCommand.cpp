@@ -27,7 +27,7 @@ using Velmar::Mesh;
 
 namespace {
 
-struct Options {
+struct ExportOptions {
     std::vector<std::string> paths;
     SceneSettings scene;
     std::string up = "auto";
@@ -63,7 +63,7 @@ void requireUsable(const std::string& path, const Mesh& mesh) {
         if (!std::isfinite(bound)) throw Failure(path + ": a vertex isn't finite");
 }
 
-InputModel readModel(const std::string& path, const Options& options) {
+InputModel readModel(const std::string& path, const ExportOptions& options) {
     InputModel model;
     model.name = Text::fileStem(path);
     model.mesh = readMesh(path, options.scale);
@@ -129,7 +129,7 @@ std::string enterDirectoryOf(const std::string& path) {
     return System::enterDirectory(directory) ? Text::fileName(path) : path;
 }
 
-Report makeScene(const Options& options, const std::string& scene_path) {
+Report makeScene(const ExportOptions& options, const std::string& scene_path) {
     Progress progress(options.quiet);
     OutputFile output(scene_path);
     Report report;
@@ -174,7 +174,7 @@ void print(const Report& report, const std::string& scene_path) {
     }
 }
 
-void exportScene(Options options) {
+void exportScene(ExportOptions options) {
     const std::string scene_path = options.paths.back();
     options.paths.pop_back();
     // Also keeps a forgotten scene from costing the last model.
@@ -184,7 +184,7 @@ void exportScene(Options options) {
     if (!options.quiet) print(report, scene_path);
 }
 
-void addModelOptions(CLI::App& app, Options& options) {
+void addModelOptions(CLI::App& app, ExportOptions& options) {
     app.option_defaults()->group("Models");
     addValue(app, "--scale", options.scale, "FACTOR",
              "Multiplies all positions, except those of vmmesh files. The scene is in metres.");
@@ -235,7 +235,7 @@ void addImageOptions(CLI::App& app, SceneSettings& scene) {
 Command addExportCommand(CLI::App& tool) {
     CLI::App* const app =
         tool.add_subcommand("export", "Makes a complete scene of mesh files, with camera, light and settings.");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ExportOptions>();
     app->add_option("MODEL... SCENE.xml", options->paths,
                     "Mesh files (.obj, .ply, .stl, .vmmesh), then the scene to write. What stands there is replaced.")
         ->required()
@@ -244,7 +244,7 @@ Command addExportCommand(CLI::App& tool) {
     addCameraOptions(*app, options->scene);
     addLightOptions(*app, options->scene);
     addImageOptions(*app, options->scene);
-    app->option_defaults()->group("Options");
+    app->option_defaults()->group("ExportOptions");
     app->add_flag("-q,--quiet", options->quiet, "Print nothing on success, and no progress");
     app->footer(
         "Materials take their diffuse colour from the .mtl files that an .obj file names, else they are light grey. "

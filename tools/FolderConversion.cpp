@@ -10,6 +10,8 @@
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <map>
@@ -22,8 +24,9 @@ void makeFolders(const std::string& folder) {
     std::vector<std::size_t> missing;
     for (std::string part = folder; !part.empty() && !System::isDirectory(part); part = FileUtils::getDirectory(part))
         missing.push_back(part.size());
-    for (auto size = missing.rbegin(); size != missing.rend(); ++size) {
-        const std::string part = folder.substr(0, *size);
+    std::reverse(missing.begin(), missing.end());
+    for (const std::size_t size : missing) {
+        const std::string part = folder.substr(0, size);
         // A separator at the end makes no other folder.
         if (!System::isDirectory(part)) FileUtils::createDir(part);
     }

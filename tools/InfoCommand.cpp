@@ -54,7 +54,7 @@ void printRow(std::string_view name, const std::string& value) {
     std::printf("%s\n", Text::row(name, value).c_str());
 }
 
-struct Options {
+struct InfoOptions {
     std::string path;
     std::string picture;
     PictureView view;
@@ -78,7 +78,7 @@ void printMesh(const std::string& path, const Mesh& mesh, const std::string& fau
 }
 
 /// Returns the size of the picture's file.
-std::uint64_t writePicture(const Options& options, const Mesh& mesh, const std::string& fault) {
+std::uint64_t writePicture(const InfoOptions& options, const Mesh& mesh, const std::string& fault) {
     if (!fault.empty()) throw Failure(options.path + ": can't be drawn: " + fault);
     PictureView view = options.view;
     view.y_up = CommandOptions::isYUp(options.up, options.path);
@@ -91,7 +91,7 @@ std::uint64_t writePicture(const Options& options, const Mesh& mesh, const std::
     return writePng(image, options.picture);
 }
 
-void tellMesh(const Options& options) {
+void tellMesh(const InfoOptions& options) {
     Progress progress(false);
     progress.show("reading " + Text::fileName(options.path));
     const Reference<Mesh> mesh = readMesh(options.path, 1.0F);
@@ -105,7 +105,7 @@ void tellMesh(const Options& options) {
     printRow("picture", options.picture + " (" + Text::size(size) + ')');
 }
 
-void addPictureOptions(CLI::App& app, Options& options) {
+void addPictureOptions(CLI::App& app, InfoOptions& options) {
     app.option_defaults()->group("Picture");
     CLI::Option* const picture = app.add_option("--picture", options.picture,
                                                 "Draw the mesh, shaded and without perspective, into this PNG file. "
@@ -129,7 +129,7 @@ void addPictureOptions(CLI::App& app, Options& options) {
         other->needs(picture);
 }
 
-void tell(const Options& options) {
+void tell(const InfoOptions& options) {
     if (!options.picture.empty() && getFormat(options.picture) != "png")
         throw UsageError(options.picture + ": the picture must end in .png");
     if (getFormat(options.path) != "xml") {
@@ -145,7 +145,7 @@ void tell(const Options& options) {
 
 Command addInfoCommand(CLI::App& tool) {
     CLI::App* const app = tool.add_subcommand("info", "Tells what a mesh file or a scene holds, and draws a mesh.");
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<InfoOptions>();
     app->add_option("FILE", options->path, "The mesh file (.obj, .ply, .stl, .vmmesh) or scene document (.xml).")
         ->required();
     addPictureOptions(*app, *options);

@@ -1,6 +1,6 @@
 #include "utils/NumericLocale.h"
 
-#include <locale.h>
+#include <clocale>
 
 namespace Velmar {
 

@@ -1,22 +1,13 @@
 #include "velmarapi.h"
 
 #include "tests/api/Library.h"
+#include "tests/api/SceneDocument.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
 using namespace TestSupport;
-
-namespace {
-
-std::string documentOf(VelmarScene* scene) {
-    const TempDir dir;
-    VelmarScene_WriteToXML(scene, dir.file("scene.xml").c_str());
-    return readFileBytes(dir.file("scene.xml"));
-}
-
-} // namespace
 
 TEST(SceneFamily, AnEmptySceneIsTheFrameAlone) {
     VelmarScene* const scene = VelmarScene_Create();

@@ -11,7 +11,7 @@ using namespace Velmar;
 
 namespace {
 
-constexpr std::size_t greatest_size = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t all_of_memory = std::numeric_limits<std::size_t>::max();
 
 std::uint32_t storedDistance(const void* aligned) {
     std::uint32_t distance = 0;
@@ -48,7 +48,7 @@ TEST(SdkMalloc, NoBytesAreNotAFailure) {
 }
 
 TEST(SdkMalloc, ExhaustedMemorySaysBadAllocation) {
-    const volatile std::size_t too_much = greatest_size / 2;
+    const volatile std::size_t too_much = all_of_memory / 2;
     expectBadAllocation([&] { tried_block = sdkMalloc(too_much); });
 }
 
@@ -88,12 +88,12 @@ TEST(SdkAlignedMalloc, StoresTheDistanceToTheBlock) {
 }
 
 TEST(SdkAlignedMalloc, ExhaustedMemorySaysBadAllocation) {
-    const volatile std::size_t half = greatest_size / 2;
+    const volatile std::size_t half = all_of_memory / 2;
     expectBadAllocation([&] { tried_block = sdkAlignedMalloc(half, 16); });
 }
 
 TEST(SdkAlignedMalloc, SumsThatWouldWrapAreFailedAllocations) {
-    const volatile std::size_t all = greatest_size;
+    const volatile std::size_t all = all_of_memory;
     expectBadAllocation([&] { tried_block = sdkAlignedMalloc(all, 16); });
     expectBadAllocation([&] { tried_block = sdkAlignedMalloc(all - 15, 16); });
     expectBadAllocation([&] { tried_block = sdkAlignedMalloc(64, all - 15); });

@@ -72,7 +72,7 @@ union Bent {
     std::array<std::uint64_t, 3> words;
 };
 
-class Counted final : public Velmar::Destroyable<Counted, Velmar::ThreadSafeRefCounted> {};
+class CountedElement final : public Velmar::Destroyable<CountedElement, Velmar::ThreadSafeRefCounted> {};
 
 } // namespace
 
@@ -152,8 +152,8 @@ TEST(Vector, ACopyThatFailsDuringReallocationLeavesTheOldContents) {
 }
 
 TEST(Vector, ReferencesKeepTheirCountsOverAReallocation) {
-    const Reference<Counted> object = new Counted;
-    Vector<Reference<Counted>> holders;
+    const Reference<CountedElement> object = new CountedElement;
+    Vector<Reference<CountedElement>> holders;
     for (int i = 1; i <= 20; ++i) {
         holders.push_back(object);
         EXPECT_EQ(1 + i, object->getRefCount());

@@ -6,6 +6,7 @@
 #include "mesh/MtlLoader.h"
 #include "mesh/VmmeshWriter.h"
 #include "tests/support/MeshSupport.h"
+#include "tests/support/SpecialFloats.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"
 #include "tests/support/VmmeshBytes.h"
@@ -68,8 +69,6 @@ std::string failureOf(std::string_view name, std::string_view text) {
 }
 
 constexpr float nan_value = std::numeric_limits<float>::quiet_NaN();
-constexpr float infinity = std::numeric_limits<float>::infinity();
-
 } // namespace
 
 TEST(BrokenFiles, ObjIndicesThatOverflowWhileTheyAreParsed) {

@@ -3,22 +3,19 @@
 #include "velmarexceptions.h"
 
 #include "tests/support/MeshSupport.h"
+#include "tests/support/SpecialFloats.h"
 #include "tests/support/Throws.h"
 
 #include <array>
 #include <cmath>
 #include <gtest/gtest.h>
-#include <limits>
 #include <vector>
 #include <xxhash.h>
 
 using namespace Velmar;
-using TestSupport::messageOf;
+using namespace TestSupport;
 
 namespace {
-
-constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 std::array<float, 6> boxOf(const Mesh& mesh) {
     std::array<float, 6> box{};

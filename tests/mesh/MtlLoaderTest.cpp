@@ -17,15 +17,15 @@ using TestSupport::TextFile;
 
 namespace {
 
-MTLLibrary load(std::string_view text) {
+MTLLibrary loadLibrary(std::string_view text) {
     const TextFile file("materials.mtl", text);
     MTLLibrary library;
     loadMTL(file.path(), library);
     return library;
 }
 
-std::string messageFor(std::string_view text) {
-    return messageOf<Velmar::Exception>([&] { load(text); });
+std::string libraryMessage(std::string_view text) {
+    return messageOf<Velmar::Exception>([&] { loadLibrary(text); });
 }
 
 std::array<float, 3> asArray(const Vec3f& v) {
@@ -35,7 +35,7 @@ std::array<float, 3> asArray(const Vec3f& v) {
 using Colour = std::array<float, 3>;
 
 TEST(MtlLoader, GivesANewMaterialTheDefaults) {
-    const MTLLibrary library = load("newmtl steel");
+    const MTLLibrary library = loadLibrary("newmtl steel");
     ASSERT_EQ(library.materials.size(), 1u);
     const MTLMaterial& material = library.materials[0];
     EXPECT_EQ(material.name, "steel");
@@ -52,8 +52,9 @@ TEST(MtlLoader, GivesANewMaterialTheDefaults) {
 }
 
 TEST(MtlLoader, ReadsAllKeywordsIntoTheLastMaterial) {
-    const MTLLibrary library = load("# c\nnewmtl first\nKd 1 2 3\r\nKs 4 5 6\rTf 7 8 9\n\tNs 10\nNi 1.25 x\nd 0.5\n"
-                                    "map_Kd textures\\wood.png and more\nnewmtl second\nKd .1 .2 .3\n");
+    const MTLLibrary library =
+        loadLibrary("# c\nnewmtl first\nKd 1 2 3\r\nKs 4 5 6\rTf 7 8 9\n\tNs 10\nNi 1.25 x\nd 0.5\n"
+                    "map_Kd textures\\wood.png and more\nnewmtl second\nKd .1 .2 .3\n");
     ASSERT_EQ(library.materials.size(), 2u);
     const MTLMaterial& first = library.materials[0];
     EXPECT_EQ(asArray(first.Kd), (Colour{1, 2, 3}));
@@ -79,12 +80,12 @@ TEST(MtlLoader, ReplacesTheWholeLibrary) {
 }
 
 TEST(MtlLoader, IgnoresOtherKeywordsAndLines) {
-    const MTLLibrary library = load("Ka 1 1 1\nillum 2\n_x\n123\nkd 1\n-\n#newmtl a\n\nmap_Bump b\nKd2 1\n");
+    const MTLLibrary library = loadLibrary("Ka 1 1 1\nillum 2\n_x\n123\nkd 1\n-\n#newmtl a\n\nmap_Bump b\nKd2 1\n");
     EXPECT_TRUE(library.materials.empty());
 }
 
 TEST(MtlLoader, TakesANameUpToTheNextBlankOrNone) {
-    const MTLLibrary library = load("newmtl a b\nnewmtl\nnewmtl   c");
+    const MTLLibrary library = loadLibrary("newmtl a b\nnewmtl\nnewmtl   c");
     ASSERT_EQ(library.materials.size(), 3u);
     EXPECT_EQ(library.materials[0].name, "a");
     EXPECT_EQ(library.materials[1].name, "");
@@ -92,31 +93,31 @@ TEST(MtlLoader, TakesANameUpToTheNextBlankOrNone) {
 }
 
 TEST(MtlLoader, ReadsAnEmptyFile) {
-    EXPECT_TRUE(load("").materials.empty());
+    EXPECT_TRUE(loadLibrary("").materials.empty());
 }
 
 TEST(MtlLoader, RefusesValuesBeforeTheFirstMaterial) {
     for (const char* keyword : {"Kd", "Ks", "Tf", "Ns", "Ni", "d", "map_Kd"})
-        EXPECT_EQ(messageFor("\n" + std::string(keyword) + " 1 1 1\n"), "No material specified yet. (line 2)");
+        EXPECT_EQ(libraryMessage("\n" + std::string(keyword) + " 1 1 1\n"), "No material specified yet. (line 2)");
 }
 
 TEST(MtlLoader, NamesTheLineOfABrokenNumber) {
-    EXPECT_EQ(messageFor("newmtl a\nNs x\n"), "Parse error while reading Ns on line 2");
-    EXPECT_EQ(messageFor("newmtl a\n\nNi\n"), "Parse error while reading Ni on line 3");
-    EXPECT_EQ(messageFor("newmtl a\rd -"), "Parse error while reading d on line 2");
+    EXPECT_EQ(libraryMessage("newmtl a\nNs x\n"), "Parse error while reading Ns on line 2");
+    EXPECT_EQ(libraryMessage("newmtl a\n\nNi\n"), "Parse error while reading Ni on line 3");
+    EXPECT_EQ(libraryMessage("newmtl a\rd -"), "Parse error while reading d on line 2");
 }
 
 TEST(MtlLoader, SpellsTheMiddleColourItsOwnWay) {
     for (const char* keyword : {"Kd", "Ks", "Tf"}) {
         const std::string line = "newmtl a\n" + std::string(keyword);
-        EXPECT_EQ(messageFor(line + " x 1 1\n"), "Parse error while reading colour on line 2");
-        EXPECT_EQ(messageFor(line + " 1 x 1\n"), "Parse error while reading colouur on line 2");
-        EXPECT_EQ(messageFor(line + " 1 1 x\n"), "Parse error while reading colour on line 2");
+        EXPECT_EQ(libraryMessage(line + " x 1 1\n"), "Parse error while reading colour on line 2");
+        EXPECT_EQ(libraryMessage(line + " 1 x 1\n"), "Parse error while reading colouur on line 2");
+        EXPECT_EQ(libraryMessage(line + " 1 1 x\n"), "Parse error while reading colour on line 2");
     }
 }
 
 TEST(MtlLoader, ContinuesLinesBehindABackslash) {
-    const MTLLibrary library = load("newmtl a\nKd 1 \\\n 2 \\\r\n 3\n");
+    const MTLLibrary library = loadLibrary("newmtl a\nKd 1 \\\n 2 \\\r\n 3\n");
     EXPECT_EQ(asArray(library.materials.at(0).Kd), (Colour{1, 2, 3}));
 }
 

@@ -30,21 +30,21 @@ std::string header(int vertices, int faces) {
 
 const std::string square = "0 0 0\n1 0 0\n1 1 0\n0 1 0\n";
 
-void load(std::string_view text, Mesh& mesh, float scale = 1.0f) {
+void loadPlyText(std::string_view text, Mesh& mesh, float scale = 1.0f) {
     const TextFile file("model.ply", text);
     loadPLY(file.path(), mesh, scale);
 }
 
-std::string loaderMessage(std::string_view text) {
+std::string plyMessage(std::string_view text) {
     Mesh mesh;
-    return messageOf<Velmar::Exception>([&] { load(text, mesh); });
+    return messageOf<Velmar::Exception>([&] { loadPlyText(text, mesh); });
 }
 
 using Triangles = std::vector<MeshTriangle>;
 
 TEST(PlyLoader, ReadsVerticesAndTrianglesOfAText) {
     Mesh mesh;
-    load(header(4, 2) + square + "3 0 1 2\n3 2 3 0\n", mesh, 2.0f);
+    loadPlyText(header(4, 2) + square + "3 0 1 2\n3 2 3 0\n", mesh, 2.0f);
     EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}}));
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{2, 3, 0}, {0, 0, 0}, 0}}));
     EXPECT_EQ(namesOf(mesh.used_materials), std::vector<std::string>{"default"});
@@ -60,39 +60,41 @@ TEST(PlyLoader, ReadsBinaryFiles) {
     std::string text = header(3, 1);
     text.replace(text.find("ascii"), 5, "binary_little_endian");
     Mesh mesh;
-    load(text + body.bytes, mesh);
+    loadPlyText(text + body.bytes, mesh);
     EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0.25f}}));
     EXPECT_EQ(mesh.triangles.size(), 1u);
 }
 
 TEST(PlyLoader, TakesTheFirstThreeCornersOfAPolygonAndNothingOfAShorterOne) {
     Mesh mesh;
-    load(header(4, 3) + square + "4 0 1 2 3\n2 0 1\n3 1 2 3\n", mesh);
+    loadPlyText(header(4, 3) + square + "4 0 1 2 3\n2 0 1\n3 1 2 3\n", mesh);
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{1, 2, 3}, {0, 0, 0}, 0}}));
 }
 
 TEST(PlyLoader, DropsDegenerateFacesAndKeepsTheOrderOfTheOthers) {
     Mesh mesh;
-    load(header(4, 3) + square + "3 0 1 2\n3 1 1 2\n3 2 3 0\n", mesh);
+    loadPlyText(header(4, 3) + square + "3 0 1 2\n3 1 1 2\n3 2 3 0\n", mesh);
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{2, 3, 0}, {0, 0, 0}, 0}}));
 }
 
 TEST(PlyLoader, PassesOverOtherPropertiesAndElements) {
     Mesh mesh;
-    load("ply\nformat ascii 1.0\ncomment c\nelement camera 1\nproperty float x\nelement vertex 3\nproperty float x\n"
-         "property float y\nproperty float z\nproperty float nx\nproperty uchar red\nelement face 1\n"
-         "property uchar flags\nproperty list uchar int vertex_indices\nend_header\n9\n"
-         "0 0 0 1 255\n1 0 0 1 255\n0 1 0 1 255\n7 3 0 1 2\n",
-         mesh);
+    loadPlyText(
+        "ply\nformat ascii 1.0\ncomment c\nelement camera 1\nproperty float x\nelement vertex 3\nproperty float x\n"
+        "property float y\nproperty float z\nproperty float nx\nproperty uchar red\nelement face 1\n"
+        "property uchar flags\nproperty list uchar int vertex_indices\nend_header\n9\n"
+        "0 0 0 1 255\n1 0 0 1 255\n0 1 0 1 255\n7 3 0 1 2\n",
+        mesh);
     EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}));
     EXPECT_EQ(mesh.triangles.size(), 1u);
 }
 
 TEST(PlyLoader, ReadsVerticesAlone) {
     Mesh mesh;
-    load("ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\nproperty float y\nproperty float z\nend_header\n"
-         "1 2 3\n4 5 6\n",
-         mesh);
+    loadPlyText(
+        "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\nproperty float y\nproperty float z\nend_header\n"
+        "1 2 3\n4 5 6\n",
+        mesh);
     EXPECT_EQ(mesh.verts.size(), 2u);
     EXPECT_EQ(namesOf(mesh.used_materials), std::vector<std::string>{"default"});
     EXPECT_TRUE(mesh.triangles.empty());
@@ -102,7 +104,7 @@ TEST(PlyLoader, KnowsNoOtherNameForTheListOfIndices) {
     std::string text = header(4, 1);
     text.replace(text.find("vertex_indices"), 14, "vertex_index");
     Mesh mesh;
-    load(text + square + "3 0 1 2\n", mesh);
+    loadPlyText(text + square + "3 0 1 2\n", mesh);
     EXPECT_EQ(mesh.verts.size(), 4u);
     EXPECT_TRUE(mesh.triangles.empty());
 }
@@ -116,8 +118,8 @@ TEST(PlyLoader, NamesAFileThatCantBeOpened) {
 }
 
 TEST(PlyLoader, RefusesABrokenHeader) {
-    EXPECT_EQ(loaderMessage("ply\nformat ascii 1.0\nelement vertex many\nend_header\n"), "could not read header.");
-    EXPECT_EQ(loaderMessage("ply\nformat ascii 1.0\n"), "could not read header.");
+    EXPECT_EQ(plyMessage("ply\nformat ascii 1.0\nelement vertex many\nend_header\n"), "could not read header.");
+    EXPECT_EQ(plyMessage("ply\nformat ascii 1.0\n"), "could not read header.");
 }
 
 TEST(PlyLoader, RefusesTypesThatDontExist) {
@@ -126,23 +128,22 @@ TEST(PlyLoader, RefusesTypesThatDontExist) {
     for (const char* property :
          {"property quad x", "property", "property list", "property list list int x", "property list uchar list x",
           "property list uchar quad x", "property list what int x"})
-        EXPECT_EQ(loaderMessage(before + property + after), "could not read header.") << property;
+        EXPECT_EQ(plyMessage(before + property + after), "could not read header.") << property;
 }
 
 TEST(PlyLoader, RefusesToCountThroughElementsWithoutProperties) {
-    EXPECT_EQ(loaderMessage("ply\nformat ascii 1.0\nelement nothing 2000000000\nend_header\n"),
-              "could not read header.");
+    EXPECT_EQ(plyMessage("ply\nformat ascii 1.0\nelement nothing 2000000000\nend_header\n"), "could not read header.");
 }
 
 TEST(PlyLoader, RefusesABodyThatEndsEarly) {
-    EXPECT_EQ(loaderMessage(header(4, 1) + "0 0 0\n1 0 0\n"), "read of body failed.");
-    EXPECT_EQ(loaderMessage(header(4, 1) + square + "3 0 1"), "read of body failed.");
-    EXPECT_EQ(loaderMessage(header(1000000000, 1) + square), "read of body failed.");
+    EXPECT_EQ(plyMessage(header(4, 1) + "0 0 0\n1 0 0\n"), "read of body failed.");
+    EXPECT_EQ(plyMessage(header(4, 1) + square + "3 0 1"), "read of body failed.");
+    EXPECT_EQ(plyMessage(header(1000000000, 1) + square), "read of body failed.");
 }
 
 TEST(PlyLoader, ReadsATextWithoutALineEndBehindTheLastNumber) {
     Mesh mesh;
-    load(header(4, 2) + square + "3 0 1 2\n3 2 3 0", mesh);
+    loadPlyText(header(4, 2) + square + "3 0 1 2\n3 2 3 0", mesh);
     EXPECT_EQ(mesh.triangles.size(), 2u);
 }
 
@@ -158,7 +159,7 @@ TEST(PlyLoader, RefusesATextWithoutALastLineEndWhereThereIsNoFolderForItsCopy) {
 TEST(PlyLoader, RefusesEveryCutOfATextThatLosesANumber) {
     const std::string text = header(4, 2) + square + "3 0 1 2\n3 2 3 0\n";
     for (std::size_t length = 0; length + 2 < text.size(); ++length) {
-        const std::string message = loaderMessage(text.substr(0, length));
+        const std::string message = plyMessage(text.substr(0, length));
         EXPECT_TRUE(message == "could not read header." || message == "read of body failed.") << length << message;
     }
 }
@@ -168,7 +169,7 @@ TEST(PlyLoader, PassesTheMeshsRefusalOnAsItIs) {
         const std::string index = face == "3 0 1 4" ? "4" : "4294967295";
         Mesh mesh;
         testing::internal::CaptureStderr();
-        EXPECT_EQ(messageOf<VelmarException>([&] { load(header(4, 2) + square + face + "\n3 0 1 2\n", mesh); }),
+        EXPECT_EQ(messageOf<VelmarException>([&] { loadPlyText(header(4, 2) + square + face + "\n3 0 1 2\n", mesh); }),
                   "Triangle vertex index is out of bounds. (vertex index=" + index + ")");
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     }
@@ -177,14 +178,14 @@ TEST(PlyLoader, PassesTheMeshsRefusalOnAsItIs) {
 TEST(PlyLoader, LeavesTheDetailsOfAParseErrorOnTheErrorStream) {
     Mesh mesh;
     testing::internal::CaptureStderr();
-    EXPECT_THROW(load(header(4, 1) + "x", mesh), Velmar::Exception);
+    EXPECT_THROW(loadPlyText(header(4, 1) + "x", mesh), Velmar::Exception);
     EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("RPly: "));
 }
 
 TEST(PlyLoader, LeavesTheLineOfABrokenHeaderOnTheErrorStream) {
     const auto detailsOf = [](std::string_view text) {
         testing::internal::CaptureStderr();
-        EXPECT_EQ(loaderMessage(text), "could not read header.");
+        EXPECT_EQ(plyMessage(text), "could not read header.");
         return testing::internal::GetCapturedStderr();
     };
     EXPECT_EQ(detailsOf("ply\nformat ascii 1.0\nCreated by hand\nend_header\n"),
@@ -201,10 +202,10 @@ TEST(PlyLoader, LeavesTheLineOfABrokenHeaderOnTheErrorStream) {
 TEST(PlyLoader, RefusesFacesBeforeTheirVertices) {
     Mesh mesh;
     EXPECT_EQ(messageOf<VelmarException>([&] {
-                  load("ply\nformat ascii 1.0\nelement face 1\nproperty list uchar int vertex_indices\n"
-                       "element vertex 1\nproperty float x\nproperty float y\nproperty float z\nend_header\n"
-                       "3 0 0 0\n0 0 0\n",
-                       mesh);
+                  loadPlyText("ply\nformat ascii 1.0\nelement face 1\nproperty list uchar int vertex_indices\n"
+                              "element vertex 1\nproperty float x\nproperty float y\nproperty float z\nend_header\n"
+                              "3 0 0 0\n0 0 0\n",
+                              mesh);
               }),
               "Triangle vertex index is out of bounds. (vertex index=0)");
 }
@@ -229,7 +230,7 @@ TEST(PlyLoader, ReadsNumbersWithAPointWhateverTheHostsLocale) {
         if (std::setlocale(LC_NUMERIC, name) != nullptr) break;
     const std::string during = std::setlocale(LC_NUMERIC, nullptr);
     Mesh mesh;
-    load(header(1, 0) + "0.5 1.25 -2.75\n", mesh);
+    loadPlyText(header(1, 0) + "0.5 1.25 -2.75\n", mesh);
     EXPECT_EQ(during, std::setlocale(LC_NUMERIC, nullptr)) << "left as it was";
     std::setlocale(LC_NUMERIC, before.c_str());
     EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{0.5f, 1.25f, -2.75f}}));
@@ -253,7 +254,7 @@ TEST(PlyLoader, ReadsListsOfEveryLengthInLargeFiles) {
         if (length >= 3) expected.push_back({{corners[0], corners[1], corners[2]}, {0, 0, 0}, 0});
     }
     Mesh mesh;
-    load(text, mesh);
+    loadPlyText(text, mesh);
     EXPECT_TRUE(bytesOf(mesh.triangles) == bytesOf(expected));
 }
 
@@ -261,7 +262,7 @@ TEST(PlyLoader, TakesListsOfNoOrNegativeLengthAsEmpty) {
     std::string text = header(4, 4);
     text.replace(text.find("uchar"), 5, "float");
     Mesh mesh;
-    load(text + square + "0\n-3\n-0.5\n3.75 0 1 2\n", mesh);
+    loadPlyText(text + square + "0\n-3\n-0.5\n3.75 0 1 2\n", mesh);
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}}));
 }
 
@@ -270,7 +271,7 @@ TEST(PlyLoader, TakesListsOfALengthBeyondALongAsEmpty) {
     text.replace(text.find("uchar"), 5, "double");
     const double beyond = 4.0 * static_cast<double>(std::numeric_limits<long>::max());
     Mesh mesh;
-    load(text + square + std::to_string(beyond) + "\n3 0 1 2\n", mesh);
+    loadPlyText(text + square + std::to_string(beyond) + "\n3 0 1 2\n", mesh);
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}}));
 }
 
@@ -278,14 +279,14 @@ TEST(PlyLoader, MakesNoFacesOfASingleNumber) {
     std::string text = header(4, 3);
     text.replace(text.find("list uchar int"), 14, "int");
     Mesh mesh;
-    load(text + square + "3\n1\n2\n", mesh);
+    loadPlyText(text + square + "3\n1\n2\n", mesh);
     EXPECT_TRUE(mesh.triangles.empty());
 }
 
 TEST(PlyLoader, RefusesAFaceBeforeItComplainsOfWhatFollows) {
     Mesh mesh;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(messageOf<VelmarException>([&] { load(header(4, 3) + square + "3 0 1 7\n3 0 1 2\nx", mesh); }),
+    EXPECT_EQ(messageOf<VelmarException>([&] { loadPlyText(header(4, 3) + square + "3 0 1 7\n3 0 1 2\nx", mesh); }),
               "Triangle vertex index is out of bounds. (vertex index=7)");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
@@ -293,11 +294,11 @@ TEST(PlyLoader, RefusesAFaceBeforeItComplainsOfWhatFollows) {
 TEST(PlyLoader, AppendsToAMeshThatHoldsSomething) {
     Mesh mesh;
     addUnitSquare(mesh);
-    load(header(1, 1) + "7 8 9\n3 0 1 4\n", mesh);
+    loadPlyText(header(1, 1) + "7 8 9\n3 0 1 4\n", mesh);
     EXPECT_EQ(mesh.verts.size(), 5u);
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 4}, {0, 0, 0}, 0}}));
     mesh.raiseNumUVMappings(1);
-    EXPECT_EQ(messageOf<VelmarException>([&] { load(header(4, 1) + square + "3 0 1 2\n", mesh); }),
+    EXPECT_EQ(messageOf<VelmarException>([&] { loadPlyText(header(4, 1) + square + "3 0 1 2\n", mesh); }),
               "Triangle uv index is out of bounds. (uv index=0)");
 }
 

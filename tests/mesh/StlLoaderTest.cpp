@@ -20,14 +20,14 @@ using namespace TestSupport;
 
 namespace {
 
-void load(std::string_view bytes, Mesh& mesh, float scale = 1.0f) {
+void loadStlBytes(std::string_view bytes, Mesh& mesh, float scale = 1.0f) {
     const TextFile file("model.stl", bytes);
     loadSTL(file.path(), mesh, scale);
 }
 
-std::string messageFor(std::string_view bytes) {
+std::string stlMessage(std::string_view bytes) {
     Mesh mesh;
-    return messageOf<Velmar::Exception>([&] { load(bytes, mesh); });
+    return messageOf<Velmar::Exception>([&] { loadStlBytes(bytes, mesh); });
 }
 
 VmmeshBytes binary(std::uint32_t claimed, std::uint32_t present) {
@@ -49,7 +49,7 @@ using Triangles = std::vector<MeshTriangle>;
 
 TEST(StlLoader, ReadsBinaryTrianglesWithVerticesOfTheirOwn) {
     Mesh mesh;
-    load(binary(2, 2).bytes, mesh, 2.0f);
+    loadStlBytes(binary(2, 2).bytes, mesh, 2.0f);
     EXPECT_EQ(bytesOf(mesh.verts),
               bytesOf(std::vector<Vec3f>{{0, 0, 0}, {2, 0, 0}, {0, 2, -4}, {2, 0, 0}, {4, 0, 0}, {2, 2, -4}}));
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{3, 4, 5}, {0, 0, 0}, 0}}));
@@ -63,41 +63,41 @@ TEST(StlLoader, KeepsDegenerateTriangles) {
     VmmeshBytes file;
     file.append(std::string(80, '\0')).u32(1).append(std::string(50, '\0'));
     Mesh mesh;
-    load(file.bytes, mesh);
+    loadStlBytes(file.bytes, mesh);
     EXPECT_EQ(mesh.triangles.size(), 1u);
 }
 
 TEST(StlLoader, ReadsAnEmptyBinaryFile) {
     Mesh mesh;
-    load(binary(0, 0).bytes, mesh);
+    loadStlBytes(binary(0, 0).bytes, mesh);
     EXPECT_TRUE(mesh.verts.empty());
     EXPECT_EQ(mesh.num_materials_referenced, 1u);
 }
 
 TEST(StlLoader, IgnoresBytesBehindTheLastTriangle) {
     Mesh mesh;
-    load(binary(2, 3).append("more").bytes, mesh);
+    loadStlBytes(binary(2, 3).append("more").bytes, mesh);
     EXPECT_EQ(mesh.triangles.size(), 2u);
 }
 
 TEST(StlLoader, RefusesFilesThatAreTooSmall) {
-    EXPECT_EQ(messageFor(""), "Invalid file.  (file size too small)");
-    EXPECT_EQ(messageFor("soli"), "Invalid file.  (file size too small)");
-    EXPECT_EQ(messageFor(binary(0, 0).bytes.substr(0, 83)), "Invalid file.  (file size too small)");
-    EXPECT_EQ(messageFor(binary(2, 1).bytes), "Invalid file.  (file size too small)");
-    EXPECT_EQ(messageFor(binary(1, 1).bytes.substr(0, 133)), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage(""), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage("soli"), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage(binary(0, 0).bytes.substr(0, 83)), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage(binary(2, 1).bytes), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage(binary(1, 1).bytes.substr(0, 133)), "Invalid file.  (file size too small)");
 }
 
 TEST(StlLoader, ComputesTheNeededSizeInSixtyFourBits) {
     // 50 * count is 0 and 100 modulo 2^32.
-    EXPECT_EQ(messageFor(binary(0x80000000, 2).bytes), "Invalid file.  (file size too small)");
-    EXPECT_EQ(messageFor(binary(0x80000002, 2).bytes), "Invalid file.  (file size too small)");
-    EXPECT_EQ(messageFor(binary(0xFFFFFFFF, 2).bytes), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage(binary(0x80000000, 2).bytes), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage(binary(0x80000002, 2).bytes), "Invalid file.  (file size too small)");
+    EXPECT_EQ(stlMessage(binary(0xFFFFFFFF, 2).bytes), "Invalid file.  (file size too small)");
 }
 
 TEST(StlLoader, ReadsText) {
     Mesh mesh;
-    load("solid the name facet\n" + facet + facet + "endsolid the name\nanything", mesh, 2.0f);
+    loadStlBytes("solid the name facet\n" + facet + facet + "endsolid the name\nanything", mesh, 2.0f);
     EXPECT_EQ(bytesOf(mesh.verts),
               bytesOf(std::vector<Vec3f>{{0, 0, 0}, {3, 0, 0}, {0, 4, -20}, {0, 0, 0}, {3, 0, 0}, {0, 4, -20}}));
     EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(Triangles{{{0, 1, 2}, {0, 0, 0}, 0}, {{3, 4, 5}, {0, 0, 0}, 0}}));
@@ -111,44 +111,45 @@ TEST(StlLoader, ReadsTextWithAnyLineEndsAndBlanks) {
         for (int i = 0; i < 3; ++i)
             text += "vertex 1 2 3  " + end;
         Mesh mesh;
-        load(text + "endloop" + end + "endfacet" + end + "endsolid", mesh);
+        loadStlBytes(text + "endloop" + end + "endfacet" + end + "endsolid", mesh);
         EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>(3, {1, 2, 3})));
     }
 }
 
 TEST(StlLoader, IgnoresNormalsThatAreNoNumbers) {
     Mesh mesh;
-    load("solid\nfacet normal\nouter loop\nvertex 0 0 0\nvertex 0 0 0\nvertex 0 0 0\nendloop\nendfacet\nendsolid",
-         mesh);
+    loadStlBytes(
+        "solid\nfacet normal\nouter loop\nvertex 0 0 0\nvertex 0 0 0\nvertex 0 0 0\nendloop\nendfacet\nendsolid", mesh);
     EXPECT_EQ(mesh.triangles.size(), 1u);
 }
 
 TEST(StlLoader, ReadsAMissingCoordinateAsZero) {
     Mesh mesh;
-    load("solid\nfacet normal 0 0 1\nouter loop\nvertex 1 2\nvertex 3\nvertex\nendloop\nendfacet\nendsolid", mesh);
+    loadStlBytes("solid\nfacet normal 0 0 1\nouter loop\nvertex 1 2\nvertex 3\nvertex\nendloop\nendfacet\nendsolid",
+                 mesh);
     EXPECT_EQ(bytesOf(mesh.verts), bytesOf(std::vector<Vec3f>{{1, 2, 0}, {3, 0, 0}, {0, 0, 0}}));
 }
 
 TEST(StlLoader, NamesWhatItExpectedInAText) {
     const auto expected = [](const char* keyword) { return "Invalid file, expected '" + std::string(keyword) + "'"; };
-    EXPECT_EQ(messageFor("solid"), "Invalid file, expected 'facet' or 'endsolid'");
-    EXPECT_EQ(messageFor("solid name\n\nfacet"), "Invalid file, expected 'facet' or 'endsolid'");
-    EXPECT_EQ(messageFor("solid\nfacets"), expected("endsolid"));
-    EXPECT_EQ(messageFor("solid\n" + facet), expected("endsolid"));
-    EXPECT_EQ(messageFor("solid\n" + facet + "endsolids"), expected("endsolid"));
-    EXPECT_EQ(messageFor("solid\nfacet\n normal"), expected("normal"));
-    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 x"), expected("outer"));
-    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer x"), expected("loop"));
-    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 x"), expected("vertex"));
-    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 vertex 0 0 0 x"),
+    EXPECT_EQ(stlMessage("solid"), "Invalid file, expected 'facet' or 'endsolid'");
+    EXPECT_EQ(stlMessage("solid name\n\nfacet"), "Invalid file, expected 'facet' or 'endsolid'");
+    EXPECT_EQ(stlMessage("solid\nfacets"), expected("endsolid"));
+    EXPECT_EQ(stlMessage("solid\n" + facet), expected("endsolid"));
+    EXPECT_EQ(stlMessage("solid\n" + facet + "endsolids"), expected("endsolid"));
+    EXPECT_EQ(stlMessage("solid\nfacet\n normal"), expected("normal"));
+    EXPECT_EQ(stlMessage("solid\nfacet normal 0 0 1 x"), expected("outer"));
+    EXPECT_EQ(stlMessage("solid\nfacet normal 0 0 1 outer x"), expected("loop"));
+    EXPECT_EQ(stlMessage("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 x"), expected("vertex"));
+    EXPECT_EQ(stlMessage("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 vertex 0 0 0 x"),
               expected("endloop"));
-    EXPECT_EQ(messageFor("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 vertex 0 0 0 endloop x"),
+    EXPECT_EQ(stlMessage("solid\nfacet normal 0 0 1 outer loop vertex 0 0 0 vertex 0 0 0 vertex 0 0 0 endloop x"),
               expected("endfacet"));
 }
 
 TEST(StlLoader, KeepsTheTriangleOfAFacetThatBreaksOff) {
     Mesh mesh;
-    EXPECT_THROW(load("solid\nfacet normal 0 0 1 outer loop vertex 1 2 3 x", mesh), Velmar::Exception);
+    EXPECT_THROW(loadStlBytes("solid\nfacet normal 0 0 1 outer loop vertex 1 2 3 x", mesh), Velmar::Exception);
     EXPECT_EQ(mesh.triangles.size(), 1u);
     EXPECT_EQ(mesh.verts.size(), 1u);
 }
@@ -156,7 +157,7 @@ TEST(StlLoader, KeepsTheTriangleOfAFacetThatBreaksOff) {
 TEST(StlLoader, TakesABinaryFileThatBeginsWithSolidForText) {
     std::string bytes = binary(1, 1).bytes;
     bytes.replace(0, 5, "solid");
-    EXPECT_EQ(messageFor(bytes), "Invalid file, expected 'facet' or 'endsolid'");
+    EXPECT_EQ(stlMessage(bytes), "Invalid file, expected 'facet' or 'endsolid'");
 }
 
 TEST(StlLoader, SurvivesEveryCutOfAText) {
@@ -164,7 +165,7 @@ TEST(StlLoader, SurvivesEveryCutOfAText) {
     for (std::size_t length = 0; length < text.size(); ++length) {
         Mesh mesh;
         try {
-            load(text.substr(0, length), mesh);
+            loadStlBytes(text.substr(0, length), mesh);
         } catch (const Velmar::Exception&) {
         }
         EXPECT_LE(mesh.verts.size(), 3u);
@@ -180,9 +181,9 @@ TEST(StlLoader, PassesTheMappingsFailureOn) {
 }
 
 /// What a file gives: the vertices, or the message of what was thrown.
-std::string outcomeOf(const std::string& text) {
+std::string stlOutcome(const std::string& text) {
     Mesh mesh;
-    const std::string message = messageOf<Velmar::Exception>([&] { load(text, mesh, 0.75f); });
+    const std::string message = messageOf<Velmar::Exception>([&] { loadStlBytes(text, mesh, 0.75f); });
     return message + bytesOf(mesh.verts) + bytesOf(mesh.triangles);
 }
 
@@ -219,7 +220,7 @@ TEST(StlLoader, ReadsFacetsOfTheUsualFormAsAnyOthers) {
         if (random() % 4 != 0) text += "endsolid x\n";
         // The last facets of a file are too near to its end for the quick road.
         if (random() % 2 == 0) text += std::string(200, ' ');
-        ASSERT_EQ(outcomeOf(text), outcomeOf(offTheQuickRoad(text))) << text;
+        ASSERT_EQ(stlOutcome(text), stlOutcome(offTheQuickRoad(text))) << text;
     }
 }
 
@@ -233,7 +234,7 @@ TEST(StlLoader, ReadsLargeTexts) {
                 number + "\nendloop\nendfacet\n";
     }
     Mesh mesh;
-    load(text + "endsolid x\n", mesh);
+    loadStlBytes(text + "endsolid x\n", mesh);
     ASSERT_EQ(mesh.verts.size(), std::size_t{3} * facets);
     ASSERT_EQ(mesh.triangles.size(), std::size_t{facets});
     for (std::uint32_t i = 0; i < facets; ++i) {

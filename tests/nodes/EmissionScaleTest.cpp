@@ -1,5 +1,6 @@
 #include "scene/nodes/EmissionScale.h"
 
+#include "tests/nodes/ModelSupport.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MemoryOStream.h"
 
@@ -11,14 +12,8 @@ using namespace TestSupport;
 
 namespace {
 
-std::string elementOf(const EmissionScale& scale) {
+std::string scaleElement(const EmissionScale& scale) {
     return textOf([&](OStream& stream) { scale.writeXML(stream, 1); });
-}
-
-Reference<SceneNodeMaterial> materialNode(UID uid) {
-    const Reference<SceneNodeMaterial> node(new SceneNodeMaterial);
-    node->setUID(uid);
-    return node;
 }
 
 TEST(EmissionScale, WritesMeasureValueAndMaterial) {
@@ -26,11 +21,11 @@ TEST(EmissionScale, WritesMeasureValueAndMaterial) {
     scale->measure = EmissionScale::luminous_emittance;
     scale->value = 1000;
     scale->material_uid = 4;
-    expectGolden(elementOf(*scale), "\t<emission_scale>\n"
-                                    "\t\t<measure>luminous_emittance</measure>\n"
-                                    "\t\t<value>1000</value>\n"
-                                    "\t\t<material_uid>4</material_uid>\n"
-                                    "\t</emission_scale>\n");
+    expectGolden(scaleElement(*scale), "\t<emission_scale>\n"
+                                       "\t\t<measure>luminous_emittance</measure>\n"
+                                       "\t\t<value>1000</value>\n"
+                                       "\t\t<material_uid>4</material_uid>\n"
+                                       "\t</emission_scale>\n");
 }
 
 TEST(EmissionScale, EachMeasureHasItsName) {
@@ -39,32 +34,33 @@ TEST(EmissionScale, EachMeasureHasItsName) {
     for (std::uint32_t measure = 0; measure < 4; ++measure) {
         scale->measure = measure;
         const std::string line = std::string("\t\t<measure>") + names[measure] + "</measure>\n";
-        EXPECT_NE(elementOf(*scale).find(line), std::string::npos);
+        EXPECT_NE(scaleElement(*scale).find(line), std::string::npos);
     }
 }
 
 TEST(EmissionScale, Measure4WritesNothing) {
     const Reference<EmissionScale> scale(new EmissionScale);
     scale->measure = EmissionScale::none;
-    EXPECT_EQ(elementOf(*scale), "");
+    EXPECT_EQ(scaleElement(*scale), "");
 }
 
 TEST(EmissionScale, UnknownMeasureHasAnEmptyName) {
     const Reference<EmissionScale> scale(new EmissionScale);
     scale->measure = 5;
-    EXPECT_NE(elementOf(*scale).find("<measure></measure>"), std::string::npos);
+    EXPECT_NE(scaleElement(*scale).find("<measure></measure>"), std::string::npos);
 }
 
 TEST(EmissionScale, MissingMaterialIsWrittenAsTheInvalidUID) {
-    EXPECT_NE(elementOf(*Reference<EmissionScale>(new EmissionScale)).find("<material_uid>4294967295</material_uid>"),
-              std::string::npos);
+    EXPECT_NE(
+        scaleElement(*Reference<EmissionScale>(new EmissionScale)).find("<material_uid>4294967295</material_uid>"),
+        std::string::npos);
 }
 
 TEST(EmissionScale, BoundMaterialGoesBeforeTheUID) {
     const Reference<EmissionScale> scale(new EmissionScale);
     scale->material = materialNode(8);
     scale->material_uid = 4;
-    EXPECT_NE(elementOf(*scale).find("<material_uid>8</material_uid>"), std::string::npos);
+    EXPECT_NE(scaleElement(*scale).find("<material_uid>8</material_uid>"), std::string::npos);
 }
 
 TEST(EmissionScale, CopyOfABoundRecordSharesTheMaterialAndForgetsNameAndUID) {
@@ -80,7 +76,7 @@ TEST(EmissionScale, CopyOfABoundRecordSharesTheMaterialAndForgetsNameAndUID) {
     EXPECT_EQ(copy->material_name, "");
     EXPECT_EQ(copy->material.getPointer(), scale->material.getPointer());
     EXPECT_EQ(copy->material_uid, invalid_uid);
-    EXPECT_EQ(elementOf(*copy), elementOf(*scale));
+    EXPECT_EQ(scaleElement(*copy), scaleElement(*scale));
 }
 
 TEST(EmissionScale, CopyOfAnUnboundRecordKeepsTheUID) {

@@ -1,5 +1,6 @@
 #include "scene/nodes/IESProfile.h"
 
+#include "tests/nodes/ModelSupport.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MemoryOStream.h"
 
@@ -11,14 +12,8 @@ using namespace TestSupport;
 
 namespace {
 
-std::string elementOf(const IESProfile& profile, const XMLWriteOptions& options = {}) {
+std::string profileElement(const IESProfile& profile, const XMLWriteOptions& options = {}) {
     return textOf([&](OStream& stream) { profile.writeXML(stream, 1, options); });
-}
-
-Reference<SceneNodeMaterial> materialNode(UID uid) {
-    const Reference<SceneNodeMaterial> node(new SceneNodeMaterial);
-    node->setUID(uid);
-    return node;
 }
 
 TEST(IESProfile, WritesMaterialAndPath) {
@@ -27,14 +22,14 @@ TEST(IESProfile, WritesMaterialAndPath) {
     profile->material_uid = 3;
     XMLWriteOptions options;
     options.scene_dir = "D:\\work";
-    expectGolden(elementOf(*profile, options), "\t<ies_profile>\n"
-                                               "\t\t<material_uid>3</material_uid>\n"
-                                               "\t\t<path>D:\\work\\lamp.ies</path>\n"
-                                               "\t</ies_profile>\n");
+    expectGolden(profileElement(*profile, options), "\t<ies_profile>\n"
+                                                    "\t\t<material_uid>3</material_uid>\n"
+                                                    "\t\t<path>D:\\work\\lamp.ies</path>\n"
+                                                    "\t</ies_profile>\n");
 }
 
 TEST(IESProfile, MissingMaterialIsWrittenAsTheInvalidUID) {
-    EXPECT_NE(elementOf(*Reference<IESProfile>(new IESProfile)).find("<material_uid>4294967295</material_uid>"),
+    EXPECT_NE(profileElement(*Reference<IESProfile>(new IESProfile)).find("<material_uid>4294967295</material_uid>"),
               std::string::npos);
 }
 
@@ -49,7 +44,7 @@ TEST(IESProfile, CopyOfABoundRecordSharesTheMaterialAndForgetsNameAndUID) {
     EXPECT_EQ(copy->path, "lamp.ies");
     EXPECT_EQ(copy->material.getPointer(), profile->material.getPointer());
     EXPECT_EQ(copy->material_uid, invalid_uid);
-    EXPECT_EQ(elementOf(*copy), elementOf(*profile));
+    EXPECT_EQ(profileElement(*copy), profileElement(*profile));
 }
 
 TEST(IESProfile, CopyOfAnUnboundRecordKeepsTheUID) {

@@ -1,6 +1,7 @@
 #include "scene/nodes/Matrix4f.h"
 
 #include "tests/support/MotionReference.h"
+#include "tests/support/SpecialFloats.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -8,13 +9,10 @@
 #include <numbers>
 
 using namespace Velmar;
-using TestSupport::fromEigen;
-using TestSupport::Random;
-using TestSupport::toEigen;
+using namespace TestSupport;
 
 namespace {
 
-constexpr float not_a_number = std::numeric_limits<float>::quiet_NaN();
 constexpr Vec4f w_only{0, 0, 0, 1};
 
 /// Sixteen different entries: 1 to 16 in column-major order.
@@ -34,10 +32,6 @@ Matrix4f randomAffine(Random& random) {
     for (int column = 0; column < 4; ++column)
         m.col(column).head<3>() = random.vector(column == 3 ? 100.0 : 2.0);
     return fromEigen(m);
-}
-
-double distance(const Eigen::Matrix4d& a, const Eigen::Matrix4d& b) {
-    return (a - b).cwiseAbs().maxCoeff();
 }
 
 /// One step of the iteration that `orthogonalFactor` repeats.

@@ -6,17 +6,15 @@
 #include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/PlainNode.h"
+#include "tests/support/SpecialFloats.h"
 
 #include <gtest/gtest.h>
 #include <limits>
 
 using namespace Velmar;
-using TestSupport::elementOf;
-using TestSupport::expectGolden;
+using namespace TestSupport;
 
 namespace {
-
-constexpr float infinity = std::numeric_limits<float>::infinity();
 
 constexpr const char* head = R"(<camera>
 	<uid>3</uid>

@@ -4,13 +4,13 @@
 #include "tests/nodes/ModelSupport.h"
 #include "tests/support/MaterialStandIns.h"
 #include "tests/support/PlainNode.h"
+#include "tests/support/SpecialFloats.h"
 #include "tests/support/Throws.h"
 
 #include <Eigen/Geometry>
 #include <array>
 #include <cstddef>
 #include <gtest/gtest.h>
-#include <limits>
 #include <numbers>
 #include <random>
 
@@ -21,8 +21,7 @@ namespace {
 
 using Bounds = std::array<float, 6>;
 
-constexpr float infinity = std::numeric_limits<float>::infinity();
-constexpr Bounds origin = {0, 0, 0, 0, 0, 0};
+constexpr Bounds at_origin = {0, 0, 0, 0, 0, 0};
 
 /// What the model adds to empty bounds: min x, y, z, max x, y, z.
 Bounds boundsOf(SceneNodeModel& node) {
@@ -141,15 +140,15 @@ TEST(SceneNodeModelBounds, MeshWithAnEmptyBoxCountsAsThePointAtTheOrigin) {
     empty->mesh = new Mesh;
     node->setGeometry(empty);
     node->keyframes[0].pos = {10, 20, 30};
-    EXPECT_EQ(boundsOf(*node), origin);
+    EXPECT_EQ(boundsOf(*node), at_origin);
     empty->mesh = nullptr;
-    EXPECT_EQ(boundsOf(*node), origin);
+    EXPECT_EQ(boundsOf(*node), at_origin);
 }
 
 TEST(SceneNodeModelBounds, WithoutKeyFramesAreThePointAtTheOrigin) {
     const auto node = boxModel();
     node->keyframes.clear();
-    EXPECT_EQ(boundsOf(*node), origin);
+    EXPECT_EQ(boundsOf(*node), at_origin);
 }
 
 TEST(SceneNodeModelBounds, MotionThatMakesNoSenseIsThePointAtTheOrigin) {
@@ -158,10 +157,10 @@ TEST(SceneNodeModelBounds, MotionThatMakesNoSenseIsThePointAtTheOrigin) {
     end.time = 0.5;
     end.pos.x = 1;
     node->keyframes.push_back(end);
-    EXPECT_EQ(boundsOf(*node), origin);
+    EXPECT_EQ(boundsOf(*node), at_origin);
     node->keyframes[1] = node->keyframes[0];
     node->scale = 0;
-    EXPECT_EQ(boundsOf(*node), origin) << "a scale of 0 can't be inverted";
+    EXPECT_EQ(boundsOf(*node), at_origin) << "a scale of 0 can't be inverted";
 }
 
 TEST(SceneNodeModelBounds, RotationOfAnUnknownKindThrows) {
@@ -174,7 +173,7 @@ TEST(SceneNodeModelBounds, RotationOfAnUnknownKindThrows) {
 TEST(SceneNodeModelBounds, ParametricSurfaceIsThePointAtTheOrigin) {
     const auto node = boxModel();
     node->setGeometry(new PlainNode(NodeType::ParametricSurface));
-    EXPECT_EQ(boundsOf(*node), origin);
+    EXPECT_EQ(boundsOf(*node), at_origin);
 }
 
 TEST(SceneNodeModelBounds, DisplacedQuadIsItsExtents) {

@@ -5,20 +5,18 @@
 #include "scene/SceneNodeMaterial.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/SharedShaderInfo.h"
+#include "tests/nodes/ModelSupport.h"
 #include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/PlainNode.h"
+#include "tests/support/SpecialFloats.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 using namespace Velmar;
-using TestSupport::elementOf;
-using TestSupport::expectGolden;
+using namespace TestSupport;
 
 namespace {
-
-constexpr float infinity = std::numeric_limits<float>::infinity();
 
 Reference<SceneNodeSphere> sphere() {
     Reference<SceneNodeSphere> node(new SceneNodeSphere);
@@ -26,21 +24,9 @@ Reference<SceneNodeSphere> sphere() {
     return node;
 }
 
-Reference<SceneNodeMaterial> material(UID uid) {
-    Reference<SceneNodeMaterial> node(new SceneNodeMaterial);
-    node->setUID(uid);
-    return node;
-}
-
-void pass(SceneNode& node, TraversalKind kind) {
-    TraversalState state(kind, "", "");
-    state.uid_offset = 10;
-    node.traverse(state);
-}
-
 std::string messageOf(SceneNode& node, TraversalKind kind) {
     try {
-        pass(node, kind);
+        pass(node, kind, 10);
     } catch (const VelmarException& exception) {
         return toStdString(exception.getMessage());
     }
@@ -83,7 +69,7 @@ TEST(SceneNodeSphere, KeyFramesStandBeforeTheRadius) {
 
 TEST(SceneNodeSphere, ABoundSphereWritesItsMaterialsUID) {
     const auto node = sphere();
-    node->material = material(8);
+    node->material = materialNode(8);
     node->material_uid = 9;
     EXPECT_NE(elementOf(*node).find("<material_uid>8</material_uid>"), std::string::npos);
 }
@@ -91,11 +77,11 @@ TEST(SceneNodeSphere, ABoundSphereWritesItsMaterialsUID) {
 TEST(SceneNodeSphere, BindsItsMaterialByUID) {
     const Reference<SceneNodeRoot> root(new SceneNodeRoot);
     const auto node = sphere();
-    const auto bound = material(8);
+    const auto bound = materialNode(8);
     root->addChildNode(node);
     root->addChildNode(bound);
     node->material_uid = 8;
-    pass(*node, TraversalKind::BindReferences);
+    pass(*node, TraversalKind::BindReferences, 10);
     EXPECT_EQ(node->material, bound);
     EXPECT_TRUE(node->refersToNode(bound.getPointer()));
 }
@@ -103,11 +89,11 @@ TEST(SceneNodeSphere, BindsItsMaterialByUID) {
 TEST(SceneNodeSphere, BindingLeavesABoundMaterial) {
     const Reference<SceneNodeRoot> root(new SceneNodeRoot);
     const auto node = sphere();
-    const auto bound = material(8);
+    const auto bound = materialNode(8);
     root->addChildNode(node);
     node->material = bound;
     node->material_uid = 99;
-    pass(*node, TraversalKind::BindReferences);
+    pass(*node, TraversalKind::BindReferences, 10);
     EXPECT_EQ(node->material, bound);
 }
 
@@ -131,14 +117,14 @@ TEST(SceneNodeSphere, DependsOnTheStoredUIDUntilBound) {
     const auto node = sphere();
     node->material_uid = 7;
     EXPECT_EQ(onlyDependencyOf(*node), 7u);
-    node->material = material(8);
+    node->material = materialNode(8);
     node->material_uid = 9;
     EXPECT_EQ(onlyDependencyOf(*node), 8u);
 }
 
 TEST(SceneNodeSphere, RefersToItsMaterialAlone) {
     const auto node = sphere();
-    const auto bound = material(8);
+    const auto bound = materialNode(8);
     EXPECT_FALSE(node->refersToNode(bound.getPointer()));
     node->material = bound;
     EXPECT_TRUE(node->refersToNode(bound.getPointer()));
@@ -150,7 +136,7 @@ TEST(SceneNodeSphere, ACloneIsUnbound) {
     node->setName("Ball");
     node->keyframes.push_back({.pos = {1, 2, 3}});
     node->radius = 2.5;
-    node->material = material(8);
+    node->material = materialNode(8);
     node->material_uid = 9;
     const Reference<SceneNode> copy = node->clone();
     EXPECT_FALSE(static_cast<SceneNodeSphere&>(*copy).material);
@@ -168,18 +154,18 @@ TEST(SceneNodeSphere, ACloneIsUnbound) {
 
 TEST(SceneNodeSphere, UpdateNodeReferencesFindsTheMaterialOfEqualUID) {
     const auto node = sphere();
-    const auto replacement = material(8);
+    const auto replacement = materialNode(8);
     NodeUIDMap map;
     map.insert(8, replacement.getPointer());
     node->updateNodeReferences(map);
     EXPECT_FALSE(node->material) << "a sphere that isn't bound stays so";
-    node->material = material(8);
+    node->material = materialNode(8);
     node->updateNodeReferences(map);
     EXPECT_EQ(node->material, replacement);
 }
 
 TEST(SceneNodeSphere, UpdateNodeReferencesKeepsTheMaterialWhenThereIsNoOther) {
-    const auto bound = material(8);
+    const auto bound = materialNode(8);
     const auto node = sphere();
     const Reference<SceneNode> other(new TestSupport::PlainNode);
     node->material = bound;
@@ -201,7 +187,7 @@ TEST(SceneNodeSphere, ItsDependenciesAreThoseOfItsMaterial) {
     node->traverse(state);
     EXPECT_TRUE(state.dependencies.empty());
 
-    node->material = material(8);
+    node->material = materialNode(8);
     const Reference<SharedShaderInfo> shader(new SharedShaderInfo);
     shader->includes.push_back("common.inc");
     node->material->material->shared_shader_info = shader;
@@ -212,11 +198,11 @@ TEST(SceneNodeSphere, ItsDependenciesAreThoseOfItsMaterial) {
 
 TEST(SceneNodeSphere, UpdateDependenciesStopsAtTheSphere) {
     const auto node = sphere();
-    node->material = material(8);
+    node->material = materialNode(8);
     const Reference<SharedShaderInfo> shader(new SharedShaderInfo);
     shader->includes.push_back("common.inc");
     node->material->material->shared_shader_info = shader;
-    EXPECT_NO_THROW(pass(*node, TraversalKind::UpdateDependencies));
+    EXPECT_NO_THROW(pass(*node, TraversalKind::UpdateDependencies, 10));
     EXPECT_EQ(shader->includes[0], "common.inc");
 }
 
@@ -260,14 +246,14 @@ TEST(SceneNodeSphere, BoundsThatFailStayAsTheyWere) {
 TEST(SceneNodeSphere, OffsetUIDsMovesBothUIDs) {
     const auto node = sphere();
     node->material_uid = 7;
-    pass(*node, TraversalKind::OffsetUIDs);
+    pass(*node, TraversalKind::OffsetUIDs, 10);
     EXPECT_EQ(node->getUID(), 13u);
     EXPECT_EQ(node->material_uid, 17u);
 }
 
 TEST(SceneNodeSphere, OffsetUIDsLeavesTheInvalidOne) {
     const auto node = sphere();
-    pass(*node, TraversalKind::OffsetUIDs);
+    pass(*node, TraversalKind::OffsetUIDs, 10);
     EXPECT_EQ(node->material_uid, invalid_uid);
 }
 
@@ -281,7 +267,7 @@ TEST(SceneNodeSphere, EqualityIsOfUIDAndName) {
 }
 
 TEST(SceneNodeSphere, ReleasesItsMaterial) {
-    const auto bound = material(8);
+    const auto bound = materialNode(8);
     {
         const auto node = sphere();
         node->material = bound;

@@ -17,6 +17,7 @@ using namespace Velmar;
 using TestSupport::aboutZ;
 using TestSupport::asVector;
 using TestSupport::diagonal;
+using TestSupport::distance;
 using TestSupport::frameAt;
 using TestSupport::Frames;
 using TestSupport::fromEigen;
@@ -43,10 +44,6 @@ std::vector<double> keptTimes(const Frames& frames) {
     for (const TransformFrame& frame : path.frames)
         times.push_back(frame.time);
     return times;
-}
-
-double distance(const Eigen::Matrix4d& a, const Eigen::Matrix4d& b) {
-    return (a - b).cwiseAbs().maxCoeff();
 }
 
 // ---- key frames become frames ---------------------------------------------------------------------------------------

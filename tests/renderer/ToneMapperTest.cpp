@@ -18,19 +18,19 @@ using Velmar::UInt8Buffer;
 
 namespace {
 
-const void* given[3];
+const void* given_buffers[3];
 
-void initialise(Velmar::LibraryObject*, const String* sdk_dir, const String* appdata_dir, RenderBuffer* render_buffer,
-                UInt8Buffer* uint8_buffer, FloatBuffer* float_buffer, String* error) {
+void takeBuffers(Velmar::LibraryObject*, const String* sdk_dir, const String* appdata_dir, RenderBuffer* render_buffer,
+                 UInt8Buffer* uint8_buffer, FloatBuffer* float_buffer, String* error) {
     events.push_back("initialised in " + toStdString(*sdk_dir) + " and " + toStdString(*appdata_dir) +
                      (error->empty() ? ", no error yet" : ""));
-    given[0] = render_buffer;
-    given[1] = uint8_buffer;
-    given[2] = float_buffer;
+    given_buffers[0] = render_buffer;
+    given_buffers[1] = uint8_buffer;
+    given_buffers[2] = float_buffer;
 }
 
-void complain(Velmar::LibraryObject*, const String*, const String*, RenderBuffer*, UInt8Buffer*, FloatBuffer*,
-              String* error) {
+void complainOfCurve(Velmar::LibraryObject*, const String*, const String*, RenderBuffer*, UInt8Buffer*, FloatBuffer*,
+                     String* error) {
     *error = "the curve is missing";
 }
 
@@ -44,7 +44,7 @@ class ToneMappers : public testing::Test {
   protected:
     void SetUp() override {
         context = makeContext();
-        operations[1] = operation(initialise);
+        operations[1] = operation(takeBuffers);
         object.operations = operations;
         object.destroy = [](Velmar::LibraryObject*) { events.push_back("tone mapper destroyed"); };
         objects = {{"ToneMapperDLLAPI", &object}};
@@ -65,9 +65,9 @@ class ToneMappers : public testing::Test {
 TEST_F(ToneMappers, InitialisesTheLibrarysObjectWithTheBuffers) {
     const Reference<ToneMapper> mapper(make());
     EXPECT_THAT(events, ElementsAre("create ToneMapperDLLAPI", "initialised in sdk and appdata, no error yet"));
-    EXPECT_EQ(given[0], render_buffer.getPointer());
-    EXPECT_EQ(given[1], uint8_buffer.getPointer());
-    EXPECT_EQ(given[2], float_buffer.getPointer());
+    EXPECT_EQ(given_buffers[0], render_buffer.getPointer());
+    EXPECT_EQ(given_buffers[1], uint8_buffer.getPointer());
+    EXPECT_EQ(given_buffers[2], float_buffer.getPointer());
     EXPECT_EQ(object.refcount, 1);
     EXPECT_TRUE(mapper->getErrorMessage().empty());
 }
@@ -84,7 +84,7 @@ TEST_F(ToneMappers, HoldsTheBuffersWhileItLives) {
 }
 
 TEST_F(ToneMappers, KeepsWhatTheLibraryComplainsOfAndGoesOn) {
-    operations[1] = operation(complain);
+    operations[1] = operation(complainOfCurve);
     const Reference<ToneMapper> mapper(make());
     EXPECT_EQ(toStdString(mapper->getErrorMessage()), "the curve is missing");
 }

@@ -3,9 +3,9 @@
 #include "scene/ConstantWavelengthDependentParam.h"
 #include "scene/RGBSpectrum.h"
 #include "scene/UniformSpectrum.h"
+#include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MaterialStandIns.h"
-#include "tests/support/MemoryOStream.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -22,10 +22,6 @@ Reference<WavelengthDependentParam> number(double value) {
 
 Reference<WavelengthDependentParam> colour(double r, double g, double b) {
     return new ConstantWavelengthDependentParam(new RGBSpectrum({r, g, b}, 2.2));
-}
-
-std::string elementOf(const Material& material, const XMLWriteOptions& options = {}) {
-    return textOf([&](OStream& stream) { material.writeXML(stream, 0, options); });
 }
 
 std::uint64_t hashOf(const Material& material) {

@@ -1,6 +1,7 @@
 #include "scene/Material.h"
 
 #include "scene/DiffuseMaterial.h"
+#include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MaterialStandIns.h"
 #include "tests/support/MemoryOStream.h"
@@ -12,10 +13,6 @@ using namespace Velmar;
 using namespace TestSupport;
 
 namespace {
-
-std::string elementOf(const Material& material) {
-    return textOf([&](OStream& stream) { material.writeXML(stream, 0, {}); });
-}
 
 TEST(Material, TypeElementStandsOneLevelBelowTheEnclosingElement) {
     const Reference<DiffuseMaterial> material(new DiffuseMaterial);

@@ -23,7 +23,7 @@ Texture textureAt(const char* path) {
     return texture;
 }
 
-std::string elementOf(const SharedShaderInfo& info) {
+std::string shaderElement(const SharedShaderInfo& info) {
     return textOf([&](OStream& stream) { info.writeXML(stream, 1, {}); });
 }
 
@@ -33,31 +33,31 @@ TEST(SharedShaderInfo, ContentStandsTwoLevelsDeeper) {
     info->includes.push_back("a & b.txt");
     info->textures.push_back(textureAt("t.png"));
     info->shader = "x < y";
-    expectGolden(elementOf(*info), "\t<shared_shader_info>\n"
-                                   "\t\t\t<parameter/>\n"
-                                   "\t\t\t<include>a &amp; b.txt</include>\n"
-                                   "\t\t\t<texture>\n"
-                                   "\t\t\t\t<path>t.png</path>\n"
-                                   "\t\t\t</texture>\n"
-                                   "\t\t\t<shader><![CDATA[x < y]]></shader>\n"
-                                   "\t</shared_shader_info>\n");
+    expectGolden(shaderElement(*info), "\t<shared_shader_info>\n"
+                                       "\t\t\t<parameter/>\n"
+                                       "\t\t\t<include>a &amp; b.txt</include>\n"
+                                       "\t\t\t<texture>\n"
+                                       "\t\t\t\t<path>t.png</path>\n"
+                                       "\t\t\t</texture>\n"
+                                       "\t\t\t<shader><![CDATA[x < y]]></shader>\n"
+                                       "\t</shared_shader_info>\n");
 }
 
 TEST(SharedShaderInfo, EmptyProgramIsWrittenAllTheSame) {
     const Reference<SharedShaderInfo> info(new SharedShaderInfo);
     info->includes.push_back("one");
-    expectGolden(elementOf(*info), "\t<shared_shader_info>\n"
-                                   "\t\t\t<include>one</include>\n"
-                                   "\t\t\t<shader><![CDATA[]]></shader>\n"
-                                   "\t</shared_shader_info>\n");
+    expectGolden(shaderElement(*info), "\t<shared_shader_info>\n"
+                                       "\t\t\t<include>one</include>\n"
+                                       "\t\t\t<shader><![CDATA[]]></shader>\n"
+                                       "\t</shared_shader_info>\n");
 }
 
 TEST(SharedShaderInfo, EndOfASectionInsideTheProgramIsNotSplit) {
     const Reference<SharedShaderInfo> info(new SharedShaderInfo);
     info->shader = "a[b[0]]>c";
-    EXPECT_EQ(elementOf(*info), "\t<shared_shader_info>\n"
-                                "\t\t\t<shader><![CDATA[a[b[0]]>c]]></shader>\n"
-                                "\t</shared_shader_info>\n");
+    EXPECT_EQ(shaderElement(*info), "\t<shared_shader_info>\n"
+                                    "\t\t\t<shader><![CDATA[a[b[0]]>c]]></shader>\n"
+                                    "\t</shared_shader_info>\n");
 }
 
 TEST(SharedShaderInfo, ParametersIncludesOrAProgramMakeItCount) {

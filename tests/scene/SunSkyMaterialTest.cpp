@@ -1,8 +1,8 @@
 #include "scene/SunSkyMaterial.h"
 
+#include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MaterialStandIns.h"
-#include "tests/support/MemoryOStream.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -11,10 +11,6 @@ using namespace Velmar;
 using namespace TestSupport;
 
 namespace {
-
-std::string elementOf(const Material& material) {
-    return textOf([&](OStream& stream) { material.writeXML(stream, 0, {}); });
-}
 
 TEST(SunSkyMaterial, WritesEveryFieldEvenAtItsDefault) {
     expectGolden(elementOf(*Reference<Material>(new SunSkyMaterial)),

@@ -14,14 +14,14 @@ using TestSupport::textOf;
 
 namespace {
 
-std::string elementOf(const Texture& texture, const XMLWriteOptions& options = {}) {
+std::string textureElement(const Texture& texture, const XMLWriteOptions& options = {}) {
     return textOf([&](OStream& stream) { writeTexture(texture, stream, 0, options); });
 }
 
 TEST(Texture, DefaultWritesItsEmptyPathAlone) {
-    expectGolden(elementOf(Texture()), "<texture>\n"
-                                       "\t<path></path>\n"
-                                       "</texture>\n");
+    expectGolden(textureElement(Texture()), "<texture>\n"
+                                            "\t<path></path>\n"
+                                            "</texture>\n");
 }
 
 TEST(Texture, WritesWhatDiffersFromTheDefaultsInFixedOrder) {
@@ -35,18 +35,18 @@ TEST(Texture, WritesWhatDiffersFromTheDefaultsInFixedOrder) {
     texture.has_exponent = true;
     texture.tex_coord_generation = new TexCoordStandIn({2, 0, 0, 1, 0, 0});
     texture.smooth = true;
-    expectGolden(elementOf(texture), "<texture>\n"
-                                     "\t<path>wood.png</path>\n"
-                                     "\t<a>0.5</a>\n"
-                                     "\t<b>2</b>\n"
-                                     "\t<c>-1</c>\n"
-                                     "\t<uv_set_index>-3</uv_set_index>\n"
-                                     "\t<exponent>2.2</exponent>\n"
-                                     "\t<tex_coord_generation>\n"
-                                     "\t\t<first>2</first>\n"
-                                     "\t</tex_coord_generation>\n"
-                                     "\t<smooth>true</smooth>\n"
-                                     "</texture>\n");
+    expectGolden(textureElement(texture), "<texture>\n"
+                                          "\t<path>wood.png</path>\n"
+                                          "\t<a>0.5</a>\n"
+                                          "\t<b>2</b>\n"
+                                          "\t<c>-1</c>\n"
+                                          "\t<uv_set_index>-3</uv_set_index>\n"
+                                          "\t<exponent>2.2</exponent>\n"
+                                          "\t<tex_coord_generation>\n"
+                                          "\t\t<first>2</first>\n"
+                                          "\t</tex_coord_generation>\n"
+                                          "\t<smooth>true</smooth>\n"
+                                          "</texture>\n");
 }
 
 TEST(Texture, RelativePathIsJoinedToTheScenesDirectory) {
@@ -54,26 +54,26 @@ TEST(Texture, RelativePathIsJoinedToTheScenesDirectory) {
     options.scene_dir = "D:\\work";
     Texture texture;
     texture.path = "wood.png";
-    expectGolden(elementOf(texture, options), "<texture>\n\t<path>D:\\work\\wood.png</path>\n</texture>\n");
+    expectGolden(textureElement(texture, options), "<texture>\n\t<path>D:\\work\\wood.png</path>\n</texture>\n");
 }
 
 TEST(Texture, ExponentWithoutItsFlagIsLeftOut) {
     Texture texture;
     texture.exponent = 2.2;
-    EXPECT_EQ(elementOf(texture), elementOf(Texture()));
+    EXPECT_EQ(textureElement(texture), textureElement(Texture()));
 }
 
 TEST(Texture, ExponentOfZeroIsWrittenWithItsFlag) {
     Texture texture;
     texture.exponent = 0;
     texture.has_exponent = true;
-    expectGolden(elementOf(texture), "<texture>\n\t<path></path>\n\t<exponent>0</exponent>\n</texture>\n");
+    expectGolden(textureElement(texture), "<texture>\n\t<path></path>\n\t<exponent>0</exponent>\n</texture>\n");
 }
 
 TEST(Texture, NeutralTextureCoordinatesAreLeftOut) {
     Texture texture;
     texture.tex_coord_generation = new TexCoordStandIn({1, 0, 0, 1, 0, 0});
-    EXPECT_EQ(elementOf(texture), elementOf(Texture()));
+    EXPECT_EQ(textureElement(texture), textureElement(Texture()));
 }
 
 TEST(Texture, AnyValueMakesTextureCoordinatesCount) {

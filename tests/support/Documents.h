@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scene/Material.h"
 #include "scene/SceneNode.h"
 #include "scene/XMLWriteOptions.h"
 #include "tests/support/MemoryOStream.h"
@@ -12,6 +13,10 @@ namespace TestSupport {
 inline std::string elementOf(const Velmar::SceneNode& node, std::uint32_t depth = 0,
                              const Velmar::XMLWriteOptions& options = {}) {
     return textOf([&](Velmar::OStream& stream) { node.writeXML(stream, depth, options); });
+}
+
+inline std::string elementOf(const Velmar::Material& material, const Velmar::XMLWriteOptions& options = {}) {
+    return textOf([&](Velmar::OStream& stream) { material.writeXML(stream, 0, options); });
 }
 
 } // namespace TestSupport

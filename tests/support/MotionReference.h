@@ -192,4 +192,9 @@ class MotionReference {
     }
 };
 
+/// The greatest difference of two entries.
+inline double distance(const Eigen::Matrix4d& a, const Eigen::Matrix4d& b) {
+    return (a - b).cwiseAbs().maxCoeff();
+}
+
 } // namespace TestSupport

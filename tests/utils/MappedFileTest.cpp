@@ -4,25 +4,12 @@
 
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
+#include "tests/utils/OpeningFailure.h"
 
 #include <gtest/gtest.h>
 #include <string>
 
-using TestSupport::TempDir;
-using TestSupport::writeFileBytes;
-
-namespace {
-
-std::string openingFailure(const std::string& path) {
-    try {
-        const MappedFile file(path);
-    } catch (const Velmar::Exception& failure) {
-        return failure.getMessage();
-    }
-    return "nothing was thrown";
-}
-
-} // namespace
+using namespace TestSupport;
 
 TEST(MappedFile, GivesTheBytesOfTheFile) {
     const TempDir dir;

@@ -2,6 +2,7 @@
 
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
+#include "tests/utils/OpeningFailure.h"
 #include "utils/MappedFile.h"
 
 #include <filesystem>
@@ -10,23 +11,12 @@
 #include <string>
 #include <sys/stat.h>
 
-using TestSupport::systemPath;
-using TestSupport::TempDir;
-using TestSupport::writeFileBytes;
+using namespace TestSupport;
 
 namespace {
 
 auto countOpenFiles() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
-
-std::string openingFailure(const std::string& path) {
-    try {
-        const MappedFile file(path);
-    } catch (const Velmar::Exception& failure) {
-        return failure.getMessage();
-    }
-    return "nothing was thrown";
 }
 
 } // namespace

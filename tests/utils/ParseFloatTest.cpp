@@ -1,21 +1,19 @@
 #include "tests/support/ExactBlock.h"
 #include "tests/support/ReferenceFloat.h"
+#include "tests/utils/Format.h"
 #include "utils/Parser.h"
 
 #include <array>
 #include <bit>
 #include <clocale>
 #include <cmath>
-#include <cstdio>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
-using TestSupport::ExactBlock;
-using TestSupport::readReferenceFloat;
-using TestSupport::ReferenceFloat;
+using namespace TestSupport;
 
 namespace {
 
@@ -43,12 +41,6 @@ testing::AssertionResult agreesEverywhere(const std::string& text) {
         if (auto result = agrees(text + follower + std::string(80, ' ')); !result)
             return result << " (followed by '" << follower << "')";
     return testing::AssertionSuccess();
-}
-
-std::string format(const char* form, double value) {
-    std::array<char, 512> buffer = {};
-    const int length = std::snprintf(buffer.data(), buffer.size(), form, value);
-    return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
 
 float parsed(const std::string& text) {

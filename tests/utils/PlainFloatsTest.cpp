@@ -1,17 +1,17 @@
 #include "utils/PlainFloats.h"
 
 #include "tests/support/ExactBlock.h"
+#include "tests/utils/Format.h"
 #include "utils/Parser.h"
 
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstdio>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 
-using TestSupport::ExactBlock;
+using namespace TestSupport;
 
 namespace {
 
@@ -67,12 +67,6 @@ testing::AssertionResult agreesWithExponents(const std::string& text, bool must_
     if (consumed != 0) return areTheParsers(text, consumed, numbers);
     if (must_be_plain) return testing::AssertionFailure() << "'" << text << "' isn't plain";
     return testing::AssertionSuccess();
-}
-
-std::string format(const char* form, double value) {
-    std::array<char, 64> buffer = {};
-    const int length = std::snprintf(buffer.data(), buffer.size(), form, value);
-    return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
 
 std::string join(const std::string& a, const std::string& b, const std::string& c) {
