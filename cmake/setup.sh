@@ -17,14 +17,7 @@ packages=(
     glmark2-data assimp-testmodels                                                         # real models
 )
 
-die() { printf 'setup: %s\n' "$*" >&2; exit 1; }
-say() { printf 'setup: %s\n' "$*" >&2; }
-
-# quietly COMMAND...: its output is shown only when it fails.
-quietly() {
-    local output
-    output=$("$@" 2>&1) || { printf '%s\n' "$output" >&2; return 1; }
-}
+. cmake/source-packages.sh
 
 # ---- packages -----------------------------------------------------------------------------------------------------------
 
@@ -64,21 +57,14 @@ if [ -e "$stamp" ]; then exit 0; fi
 root=$PWD
 work=$root/deps/work
 rm -rf "$work" deps/linux deps/windows deps/made-by-*
-mkdir -p "$work/lists" "$work/cache" deps/linux/{include,lib} deps/windows/{include,lib,share/cmake}
+mkdir -p "$work" deps/linux/{include,lib} deps/windows/{include,lib,share/cmake}
 
-# Sources come from the same archives and suites as the machine's packages, through a configuration of our own: the
-# machine's stays as it is. apt checks them against Debian's signatures.
-apt-get indextargets --format 'deb-src $(REPO_URI) $(CODENAME) $(COMPONENT)' 'Created-By: Packages' 'Origin: Debian' |
-    sort -u >"$work/sources.list"
-[ -s "$work/sources.list" ] || die "no Debian archive is configured on this machine"
-own=(-o "Dir::Etc::sourcelist=$work/sources.list" -o Dir::Etc::sourceparts=- -o "Dir::State::Lists=$work/lists"
-    -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=root)
-cd "$work"
 say "fetching the sources of the dependencies"
-quietly apt-get "${own[@]}" update || die "reading Debian's list of sources failed"
-quietly apt-get "${own[@]}" source libzstd xxhash double-conversion pugixml || die "fetching sources failed"
+source_archives "$work"
+cd "$work"
+fetch_sources libzstd xxhash double-conversion pugixml
 # The archive is large and two of its files are wanted, so it isn't unpacked whole.
-quietly apt-get "${own[@]}" source --download-only cloudcompare || die "fetching the source of RPly failed"
+fetch_sources --download-only cloudcompare
 
 # for_windows FOLDER [OPTION...]: builds one dependency with its own CMake files into deps/windows.
 for_windows() {

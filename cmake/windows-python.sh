@@ -4,14 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-die() { printf 'windows-python: %s\n' "$*" >&2; exit 1; }
-say() { printf 'windows-python: %s\n' "$*" >&2; }
-
-# quietly COMMAND...: its output is shown only when it fails.
-quietly() {
-    local output
-    output=$("$@" 2>&1) || { printf '%s\n' "$output" >&2; return 1; }
-}
+. cmake/source-packages.sh
 
 root=$PWD
 made=$root/deps/windows-python
@@ -25,21 +18,16 @@ if [ -e "$stamp" ]; then exit 0; fi
 
 work=$root/deps/windows-python-work
 rm -rf "$work" "$made"
-mkdir -p "$work/lists" "$work/cache" "$made"
+mkdir -p "$work" "$made"
 cd "$work"
 
 # ---- sources ------------------------------------------------------------------------------------------------------------
 
-# Through a configuration of our own: the machine's stays as it is. Of the release alone: what the archive of its security
-# fixes lists isn't always there.
+# Of the release alone: what the archive of its security fixes lists isn't always there.
 release=$(. /etc/os-release && echo "$VERSION_CODENAME")
-apt-get indextargets --format 'deb-src $(REPO_URI) $(CODENAME) $(COMPONENT)' 'Created-By: Packages' 'Origin: Debian' |
-    grep " $release " | sort -u >sources.list || die "no archive of Debian's release is configured on this machine"
-own=(-o "Dir::Etc::sourcelist=$work/sources.list" -o Dir::Etc::sourceparts=- -o "Dir::State::Lists=$work/lists"
-    -o "Dir::Cache=$work/cache" -o APT::Sandbox::User=root)
 say "fetching the sources of a Python for Windows"
-quietly apt-get "${own[@]}" update || die "reading Debian's list of sources failed"
-quietly apt-get "${own[@]}" source python3.11 libffi || die "fetching sources failed"
+source_archives "$work" " $release "
+fetch_sources python3.11 libffi
 python=$(echo "$work"/python3.11-*/)
 python=${python%/}
 ffi=$(echo "$work"/libffi-*/)
