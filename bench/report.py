@@ -22,7 +22,9 @@ USUAL = {"name", "run_name", "family_index", "per_family_instance_index", "run_t
 
 
 def read_runs(path):
-    runs = [r for r in json.loads(path.read_text())["benchmarks"] if not r.get("error_occurred")]
+    text = path.read_text()
+    # A program that a filter leaves nothing to do writes nothing.
+    runs = [r for r in json.loads(text)["benchmarks"] if not r.get("error_occurred")] if text else []
     medians = [r for r in runs if r.get("aggregate_name") == "median"]
     return medians or [r for r in runs if r.get("run_type") == "iteration"]
 
@@ -74,10 +76,13 @@ def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__)
     for path in map(pathlib.Path, sys.argv[1:]):
+        runs = read_runs(path)
+        if not runs:
+            continue
         print(f"\n### {path.stem.removeprefix('bench_')}\n")
         print("| what | case | time | counters | peer | its time | its counters | ratio |")
         print("|---|---|---|---|---|---|---|---|")
-        for subject, case, ours, peer, peer_name in rows_of(read_runs(path)):
+        for subject, case, ours, peer, peer_name in rows_of(runs):
             left = f"| {subject} | {case} | {show_time(time_of(ours))} | {counters_of(ours)} "
             if peer is None:
                 print(left + "| | | | |")
