@@ -30,7 +30,7 @@ LICENCES = {
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
 # For people who write hosts or renderer libraries; the other documents are about the sources.
-DOCUMENTS = ["api", "errors.md", "life-of-a-scene.md", "python.md", "renderer-layouts.md", "renderer-seam.md",
+DOCUMENTS = ["api", "errors.md", "life-of-a-scene.md", "renderer-layouts.md", "renderer-seam.md",
              "scene-document.md", "threads.md", "vmmesh-format.md"]
 
 # The earliest time that a zip file can tell.
@@ -52,8 +52,7 @@ def add_documents(source, tree):
             copy(source / name, tree / name)
     (tree / "docs").mkdir()
     for name in DOCUMENTS:
-        if (source / "docs" / name).exists():
-            copy(source / "docs" / name, tree / "docs" / name)
+        copy(source / "docs" / name, tree / "docs" / name)
 
 
 def add_licences(package, tree):

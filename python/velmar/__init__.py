@@ -8,13 +8,14 @@
         scene.add(velmar.Model("Triangle", mesh, [red]))
         scene.write("triangle.xml")
 
-The library is loaded when it is first needed. `velmar.library()` gives its functions as they are, declared for ctypes.
+The library is loaded at its first use. `velmar.library()` returns its functions, declared for ctypes.
 """
+from ._bases import TonemappingKind
 from ._functions import VERSION as __version__
 from ._library import library
 from .errors import ClosedError, LibraryError, OwnershipError, RendererError, VelmarError, WriteError
 from .mesh import Mesh
-from .nodes import Background, Camera, Material, Model, RenderSettings, Tonemapping, TonemappingKind
+from .nodes import Background, Camera, Material, Model, RenderSettings, Tonemapping
 from .renderer import Renderer
 from .scene import Scene
 

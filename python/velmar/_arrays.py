@@ -1,5 +1,5 @@
-"""Arrays of numbers for the library: those of the right kind are handed over where they lie, others are refused. Plain
-sequences are converted."""
+"""Arrays of numbers for the library: those of the right type are passed in place, others are refused. Plain sequences
+are converted."""
 from __future__ import annotations
 
 import array
@@ -13,7 +13,7 @@ KINDS = {ctypes.c_float: ("float32", "f", "f"), ctypes.c_uint32: ("uint32", "IL"
 
 
 class Block:
-    """Numbers in rows, in memory that stays while this lives."""
+    """Numbers in rows, in memory that lives as long as this object."""
 
     def __init__(self, kind: Any, pointer: Any, rows: int, flat: Any) -> None:
         self.kind = kind
@@ -23,7 +23,7 @@ class Block:
         self.flat = flat
 
     def column_limits(self, columns: int, first: int, last: int) -> Tuple[int, int]:
-        """The least and the greatest number of some columns; there must be rows."""
+        """The minimum and maximum of the columns from `first` to before `last`; there must be rows."""
         numpy = sys.modules.get("numpy")
         if numpy is not None:
             part = numpy.frombuffer(self.flat, numpy.uint32).reshape(-1, columns)[:, first:last]
@@ -33,7 +33,7 @@ class Block:
 
 
 def view_of(value: Any) -> Optional[memoryview]:
-    """The memory of an array, or none of what isn't one."""
+    """The memory of an array, or None if the value isn't one."""
     if isinstance(value, (bytes, bytearray)):
         return None
     try:
@@ -69,7 +69,7 @@ def _in_place(value: Any, view: memoryview, kind: Any) -> Any:
 
 
 def block_of(what: str, value: Any, kind: Any, columns: int) -> Block:
-    """`value` as rows of so many numbers, in its own memory if it is an array."""
+    """`value` as rows of `columns` numbers, in its own memory if it is an array."""
     view = view_of(value)
     if view is None:
         return _converted(what, value, kind, columns)
@@ -101,9 +101,9 @@ def _converted(what: str, value: Any, kind: Any, columns: int) -> Block:
         try:
             numbers.extend(row)
         except TypeError:
-            raise TypeError(f"{what}: row {rows} holds what isn't a number") from None
+            raise TypeError(f"{what}: row {rows} contains what isn't a number") from None
         except OverflowError:
-            raise ValueError(f"{what}: row {rows} holds a number out of range") from None
+            raise ValueError(f"{what}: row {rows} contains a number out of range") from None
         rows += 1
     return block_of_words(kind, numbers, checked_rows(what, rows))
 

@@ -1,5 +1,5 @@
-"""Faces as the library takes them: records of 32-bit words, with the kind first, then vertices, texture coordinates and
-the material."""
+"""Faces as the library takes them: records of 32-bit words with the kind, vertices, texture coordinates and the
+material."""
 from __future__ import annotations
 
 import array
@@ -17,7 +17,7 @@ CORNERS = {8: 3, 10: 4}
 
 @dataclass
 class Faces:
-    """Records, and the greatest indices in them; -1 without any."""
+    """Records, and the greatest indices in them; -1 if there are none."""
 
     block: Block
     vertex: int = -1
@@ -29,7 +29,7 @@ def faces_of(faces: Any, texture_indices: Any, materials: Any, one_pair_a_vertex
     view = view_of(faces)
     if view is not None and view.ndim == 2 and view.shape is not None and view.shape[1] in CORNERS:
         if texture_indices is not None or materials is not None:
-            raise ValueError("face records hold their texture indices and materials")
+            raise ValueError("face records contain their texture indices and materials")
         return _records(faces, view.shape[1])
     if texture_indices is None and one_pair_a_vertex:
         texture_indices = faces
@@ -43,10 +43,10 @@ def _records(faces: Any, words: int) -> Faces:
     if block.rows == 0:
         return Faces(block)
     corners = CORNERS[words]
-    least, greatest = block.column_limits(words, 0, 1)
-    if corners == 3 and greatest != 0:
+    minimum, maximum = block.column_limits(words, 0, 1)
+    if corners == 3 and maximum != 0:
         raise ValueError("face records of 8 words are triangles, and their first word must be 0")
-    if corners == 4 and least == 0:
+    if corners == 4 and minimum == 0:
         raise ValueError("face records of 10 words are quads, and their first word must not be 0")
     return Faces(block, block.column_limits(words, 1, 1 + corners)[1],
                  block.column_limits(words, 1 + corners, 1 + 2 * corners)[1],
@@ -92,7 +92,7 @@ def _packed(faces: Any, texture_indices: Any, materials: Any) -> Faces:
         if len(each) != len(rows):
             raise ValueError(f"materials must be one, or as many as the {len(rows)} faces, not {len(each)}")
     words = array.array("I")
-    vertex = texture = greatest_material = -1
+    vertex = texture = max_material = -1
     for i, row in enumerate(rows):
         corners = len(row)
         if corners not in (3, 4):
@@ -106,9 +106,9 @@ def _packed(faces: Any, texture_indices: Any, materials: Any) -> Faces:
         words.extend((corners - 3, *row, *texture_row, material))
         vertex = max(vertex, *row)
         texture = max(texture, *texture_row)
-        greatest_material = max(greatest_material, material)
+        max_material = max(max_material, material)
     block = block_of_words(ctypes.c_uint32, words, checked_rows("faces", len(rows)))
-    return Faces(block, vertex, texture, greatest_material)
+    return Faces(block, vertex, texture, max_material)
 
 
 def _rows(what: str, value: Any) -> Any:

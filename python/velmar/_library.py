@@ -20,16 +20,15 @@ def file_name() -> str:
 
 
 def candidates() -> Iterator[str]:
-    """Where the library may be, in the order in which it is looked for."""
+    """Where the library may be, in the order of the search."""
     named = os.environ.get(ENVIRONMENT)
     if named:
-        # Whoever names it wants that one.
         yield named
         return
     here = pathlib.Path(__file__).resolve().parent
     name = file_name()
     yield str(here / name)
-    # The package may lie in share/velmar/python of the installed tree, or in the tree's Python.
+    # The package may be in share/velmar/python of the installed tree, or in the tree's Python.
     prefixes = [here.parents[3]] if here.parts[-4:-1] == ("share", "velmar", "python") else []
     prefixes.append(pathlib.Path(sys.prefix))
     for prefix in prefixes:
@@ -38,7 +37,7 @@ def candidates() -> Iterator[str]:
         else:
             yield str(prefix / "lib" / name)
             yield str(prefix / "lib64" / name)
-            # Debian's way: lib/x86_64-linux-gnu.
+            # On Debian: lib/x86_64-linux-gnu.
             yield from sorted(str(path) for path in prefix.glob(f"lib/*-linux-*/{name}"))
     found = ctypes.util.find_library("VelmarAPI")
     if found:
@@ -50,7 +49,7 @@ def library() -> Any:
     """The loaded library, with every function declared."""
     tried = []
     for path in candidates():
-        # A bare name is the system's to find.
+        # The system searches for a name without a directory.
         if os.path.dirname(path) and not os.path.isfile(path):
             tried.append(f"{path}: no such file")
             continue
@@ -60,7 +59,7 @@ def library() -> Any:
             tried.append(f"{path}: {failure}")
     places = "".join(f"\n  {place}" for place in tried) or " nowhere"
     raise LibraryError(f"The library VelmarAPI wasn't found; name it in the environment variable {ENVIRONMENT}. "
-                       f"It was looked for at{places}")
+                       f"Searched:{places}")
 
 
 def declare(loaded: Any) -> Any:

@@ -1,4 +1,4 @@
-"""What scenes, nodes and renderers have in common: a handle, and who owns it."""
+"""What scenes, nodes and renderers have in common: a handle, and its owners."""
 from __future__ import annotations
 
 import weakref
@@ -13,33 +13,35 @@ T = TypeVar("T")
 class Object:
     """An object of the library.
 
-    It belongs to whoever made it until a holder, a scene or a model, takes it; then it goes with its last holder.
+    Its creator owns it until it is passed to other owners, scenes or models. It is destroyed with its last owner.
     """
 
-    #: The function that ends an object that has no holder.
+    #: The function that destroys an object without an owner.
     _delete = ""
+    #: The function that adds the object to a scene.
+    _add = ""
 
     def __init__(self, handle: Any) -> None:
         self._library = library()
         self._handle: Optional[Any] = handle
-        self._holders: "List[weakref.ref[Object]]" = []
+        self._owners: "List[weakref.ref[Object]]" = []
 
     @property
     def closed(self) -> bool:
-        """Whether the object is gone."""
+        """Whether the object was destroyed."""
         if self._handle is None:
             return True
-        return bool(self._holders) and all(holder.closed for holder in map(_held, self._holders))
+        return bool(self._owners) and all(owner.closed for owner in map(_owner, self._owners))
 
     def close(self) -> None:
-        """Ends the object, if nothing holds it. Closing what is closed does nothing.
+        """Destroys the object. Does nothing if it is closed already.
 
-        OwnershipError: a scene or a model holds it.
+        OwnershipError: a scene or a model owns it.
         """
         if self.closed:
             return
-        if self._holders:
-            raise OwnershipError(f"{self!r} goes with what holds it")
+        if self._owners:
+            raise OwnershipError(f"{self!r} is destroyed with its owner")
         handle, self._handle = self._handle, None
         self._end(handle)
 
@@ -47,12 +49,12 @@ class Object:
         getattr(self._library, self._delete)(handle)
 
     def __del__(self) -> None:
-        # Not there when the constructor failed.
-        if getattr(self, "_handle", None) is not None and not self._holders:
+        # Missing if the constructor failed.
+        if getattr(self, "_handle", None) is not None and not self._owners:
             self.close()
 
     def __reduce__(self) -> Any:
-        # A copy would end the same object once more.
+        # A copy would destroy the same object twice.
         raise TypeError(f"{self!r} can't be copied")
 
     def __repr__(self) -> str:
@@ -61,34 +63,34 @@ class Object:
 
     def _pointer(self) -> Any:
         if self.closed:
-            raise ClosedError(f"{self!r} is gone: it was closed, or went with what held it")
+            raise ClosedError(f"{self!r} was closed, or destroyed with its owner")
         return self._handle
 
     def _call(self, function: str, *arguments: Any) -> Any:
-        """A function of the library with the handle before the arguments."""
+        """Calls a function of the library with the handle before the arguments."""
         pointer = self._pointer()
         return getattr(self._library, function)(pointer, *arguments)
 
-    def _held_by(self, holder: "Object") -> None:
-        self._holders.append(weakref.ref(holder))
+    def _owned_by(self, owner: "Object") -> None:
+        self._owners.append(weakref.ref(owner))
 
-    def _released_by(self, holder: "Object") -> None:
-        self._holders = [reference for reference in self._holders if reference() not in (holder, None)]
-        if not self._holders:
-            # The library ended it with its last holder.
+    def _released_by(self, owner: "Object") -> None:
+        self._owners = [reference for reference in self._owners if reference() not in (owner, None)]
+        if not self._owners:
+            # The library destroyed it with its last owner.
             self._handle = None
 
 
-class _Gone:
+class _Destroyed:
     closed = True
 
 
-def _held(reference: "weakref.ref[Object]") -> Union[Object, _Gone]:
-    return reference() or _Gone()
+def _owner(reference: "weakref.ref[Object]") -> Union[Object, _Destroyed]:
+    return reference() or _Destroyed()
 
 
 class Setting(Generic[T]):
-    """An attribute that the library is told of. It has no way to ask, so the value is remembered here."""
+    """An attribute that is set in the library. The library has no getters, so the value is kept here."""
 
     def __init__(self, function: str, check: Callable[[str, Any], T], default: Any, doc: str) -> None:
         self.function = function

@@ -1,13 +1,15 @@
-"""Checks of what is handed to the library, which checks nothing itself."""
+"""Checks of values for the library, which doesn't check them."""
 from __future__ import annotations
 
+import enum
 import operator
 import os
 import sys
-from typing import Any, Sequence, Tuple, Union
+from typing import Any, Callable, Sequence, Tuple, Type, TypeVar, Union
 
 Vector = Sequence[float]
 Path = Union[str, "os.PathLike[str]"]
+E = TypeVar("E", bound=enum.Enum)
 
 INT32_MAX = 2**31 - 1
 UINT32_MAX = 2**32 - 1
@@ -19,18 +21,27 @@ def number(what: str, value: Any) -> float:
     return float(value)
 
 
-def whole(what: str, value: Any, least: int, greatest: int) -> int:
+def whole(what: str, value: Any, minimum: int, maximum: int) -> int:
     try:
         result = operator.index(value)
     except TypeError:
         raise TypeError(f"{what} must be a whole number, not {type(value).__name__}") from None
-    if not least <= result <= greatest:
-        raise ValueError(f"{what} must be from {least} to {greatest}, not {result}")
+    if not minimum <= result <= maximum:
+        raise ValueError(f"{what} must be from {minimum} to {maximum}, not {result}")
     return result
 
 
 def int32(what: str, value: Any) -> int:
     return whole(what, value, -INT32_MAX - 1, INT32_MAX)
+
+
+def uint32(what: str, value: Any) -> int:
+    return whole(what, value, 0, UINT32_MAX)
+
+
+def one_of(enumeration: Type[E]) -> Callable[[str, Any], E]:
+    """The check of an enumeration's values."""
+    return lambda what, value: enumeration(value)
 
 
 def flag(what: str, value: Any) -> bool:
@@ -52,16 +63,16 @@ def vector(what: str, value: Any) -> Tuple[float, float, float]:
 
 
 def text(what: str, value: Any) -> bytes:
-    """UTF-8 without a zero byte, at which the library would take the text to end."""
+    """UTF-8 without a zero byte, at which the text would end for the library."""
     if not isinstance(value, str):
         raise TypeError(f"{what} must be a str, not {type(value).__name__}")
     if "\0" in value:
-        raise ValueError(f"{what} must not hold a zero character")
+        raise ValueError(f"{what} must not contain a zero character")
     return value.encode("utf-8")
 
 
 def path(what: str, value: Path) -> str:
-    """A path as the library is to have it. Relative ones with a directory become absolute: their directory would count
+    """A path for the library. Relative ones with a directory become absolute, since the directory would be applied
     twice in the folder of a scene's meshes."""
     result = os.fspath(value)
     if not isinstance(result, str):
@@ -71,6 +82,6 @@ def path(what: str, value: Path) -> str:
     if os.path.dirname(result):
         result = os.path.abspath(result)
     if sys.platform != "win32" and "\\" in result:
-        raise ValueError(f"{what} must not hold a backslash, which the library takes for a separator")
+        raise ValueError(f"{what} must not contain a backslash, which the library takes for a separator")
     text(what, result)
     return result

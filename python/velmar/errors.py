@@ -10,11 +10,11 @@ class LibraryError(VelmarError, OSError):
 
 
 class ClosedError(VelmarError, ValueError):
-    """An object was used that is gone: closed, or gone with the scene or model that held it."""
+    """An object was used that was closed, or destroyed with the scene or model that owned it."""
 
 
 class OwnershipError(VelmarError, ValueError):
-    """An object that belongs to a scene or model was added or closed once more."""
+    """An object that a scene or model owns was added or closed again."""
 
 
 class WriteError(VelmarError, OSError):
@@ -22,4 +22,4 @@ class WriteError(VelmarError, OSError):
 
 
 class RendererError(VelmarError, RuntimeError):
-    """There is no renderer library, or it couldn't be set up. It told the reason on the standard error stream."""
+    """There is no renderer library, or it couldn't be set up. The reason is on the standard error stream."""

@@ -7,44 +7,31 @@ import sys
 from typing import Any, Iterable, Optional
 
 from ._arrays import block_of
+from ._bases import MeshBase
 from ._faces import faces_of
 from ._library import library
-from ._objects import Object, Setting, assign
-from ._values import UINT32_MAX, Path, flag, path, text, whole
+from ._objects import assign
+from ._values import Path, path, text
 from .errors import WriteError
 
 
-def _subdivisions(what: str, value: Any) -> int:
-    return whole(what, value, 0, UINT32_MAX)
-
-
-class Mesh(Object):
+class Mesh(MeshBase):
     """Vertices and faces under a name.
 
-    Arrays (numpy's, or anything else with the buffer protocol) of the right kind are handed to the library where they
-    lie, which keeps a copy of its own; others are refused by a TypeError or ValueError. Plain sequences of rows are
-    converted.
+    Arrays (numpy's, or anything else with the buffer protocol) of the right type are passed to the library without a
+    conversion; it keeps a copy of its own. Others raise TypeError or ValueError. Plain sequences of rows are converted.
 
     vertices             (N, 3) of float32: x, y, z in metres.
     faces                (M, 3) or (M, 4) of whole numbers: the vertices of triangles or quads, counted from 0. Or
-                         records of uint32, which are handed over as they lie: (M, 8) of triangles, which are 0, three
+                         records of uint32, which are passed unchanged: (M, 8) of triangles, which are 0, three
                          vertices, three texture coordinates, the material; or (M, 10) of quads, which are 1, four
                          vertices, four texture coordinates, the material.
     texture_coordinates  (K, 2) of float32: u, v.
-    texture_indices      as the indices of `faces`, into the texture coordinates. Without them each vertex has the
-                         texture coordinates of its number, if the mesh has any.
+    texture_indices      like the indices of `faces`, but into the texture coordinates. Without them the indices of
+                         `faces` serve, if the mesh has texture coordinates.
     materials            a number for all faces, or one for each.
     material_names       the names of the materials, in the order of their numbers.
     """
-
-    _delete = "VelmarMesh_Delete"
-
-    normal_smoothing = Setting("VelmarMesh_SetNormalSmoothing", flag, False,
-                               "Whether the renderer shades with smoothed normals.")
-    view_dependent_subdivision = Setting("VelmarMesh_ViewDependentSubdivision", flag, False,
-                                         "Whether the renderer subdivides by the size on the image.")
-    max_num_subdivisions = Setting("VelmarMesh_MaxNumSubdivisions", _subdivisions, 0,
-                                   "How often the renderer may subdivide.")
 
     def __init__(self, name: str, vertices: Any = None, faces: Any = None, *, texture_coordinates: Any = None,
                  texture_indices: Any = None, materials: Any = None, material_names: Iterable[str] = (),
@@ -68,7 +55,7 @@ class Mesh(Object):
             self.add_faces(faces, texture_indices, materials)
             self.build()
         elif texture_indices is not None or materials is not None:
-            raise ValueError("texture_indices and materials go with faces")
+            raise ValueError("texture_indices and materials need faces")
 
     @property
     def name(self) -> str:
@@ -106,7 +93,7 @@ class Mesh(Object):
         self._built = False
 
     def add_faces(self, faces: Any, texture_indices: Any = None, materials: Any = None) -> None:
-        """Appends faces. Their indices may lead to what is added later: `build` looks at them."""
+        """Appends faces. Their indices may refer to vertices that are added later; `build` checks them."""
         checked = faces_of(faces, texture_indices, materials, self._num_sets > 0)
         self._call("VelmarMesh_AddFaces", checked.block.rows, checked.block.pointer)
         self._num_faces += checked.block.rows
@@ -116,13 +103,13 @@ class Mesh(Object):
         self._built = False
 
     def add_material_name(self, name: str) -> None:
-        """Appends the name of a material, unless it is there. The first is that of the material number 0."""
+        """Appends the name of a material, unless the mesh has it. The first is that of material 0."""
         self._call("VelmarMesh_AddMaterialUsed", text("name", name))
 
     def build(self) -> None:
-        """Ends the filling. Writing does so too, for what was added since.
+        """Checks and finishes a filled mesh. Writing does so too if anything was added since.
 
-        ValueError: an index of a face leads nowhere, or the sets of texture coordinates differ in size.
+        ValueError: an index of a face is out of range, or the sets of texture coordinates differ in size.
         """
         if self._vertex >= self._num_vertices:
             raise ValueError(f"a face of {self!r} has the vertex {self._vertex}, and there are {self._num_vertices}")
@@ -137,26 +124,26 @@ class Mesh(Object):
         self._built = True
 
     def write(self, file: Path) -> None:
-        """Writes the mesh as an uncompressed vmmesh file, replacing the file.
+        """Writes the mesh as an uncompressed vmmesh file. An existing file is overwritten.
 
         OSError: the file can't be opened for writing.
         """
         name = path("file", file)
         self._prepare()
-        # The library throws where this raises, and nothing in Python can catch that.
+        # The library throws where this raises, and Python can't catch that.
         with open(name, "wb"):
             pass
         self._call("VelmarMesh_WriteToFile", text("file", name))
 
     def write_text(self, file: Path) -> None:
-        """Writes the mesh as text to look at, replacing the file.
+        """Writes the mesh as readable text. An existing file is overwritten.
 
-        ValueError: the name isn't one in the system's encoding; on Windows that is its code page.
+        ValueError: the name can't be encoded in the system's encoding, on Windows its code page.
         OSError: the file can't be opened for writing, or couldn't be written to its end.
         """
         name = path("file", file)
         self._pointer()
-        # This one function takes a path as the C runtime does.
+        # This function takes a path in the encoding of the C runtime.
         encoded = name.encode("mbcs") if sys.platform == "win32" else os.fsencode(name)
         with open(name, "wb"):
             pass
@@ -176,5 +163,5 @@ class Mesh(Object):
             self.build()
 
     def _file_size(self) -> int:
-        """What a file of the mesh may take, but for its names."""
+        """An upper bound of the size of a file of the mesh, without its names."""
         return 4096 + 12 * self._num_vertices + 8 * self._num_pairs + 36 * self._num_faces

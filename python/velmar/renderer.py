@@ -14,7 +14,7 @@ from .scene import Scene
 class Renderer(Object):
     """A render of a scene by the renderer library in the folder "vs2017_64" of the working directory.
 
-    The scene belongs to the renderer: it and its nodes go when the renderer is closed. A context manager.
+    The renderer owns the scene: closing it destroys the scene and its nodes. It is a context manager.
 
     RendererError: there is no renderer library, or it couldn't be set up.
     ValueError: the scene has no render settings with a width, a height and a super sample factor.
@@ -26,7 +26,7 @@ class Renderer(Object):
         if not isinstance(scene, Scene):
             raise TypeError(f"scene must be a Scene, not {type(scene).__name__}")
         handle = scene._pointer()
-        if scene._holders:
+        if scene._owners:
             raise OwnershipError("the scene has a renderer already")
         settings = next((node for node in scene.nodes if isinstance(node, RenderSettings)), None)
         for name in ("width", "height", "super_sample_factor"):
@@ -37,10 +37,10 @@ class Renderer(Object):
         context = functions.VelmarContext_Create()
         if functions.VelmarContext_Initialize(context) != 0:
             functions.VelmarContext_Delete(context)
-            raise RendererError("the renderer library couldn't be set up; the standard error stream tells why")
+            raise RendererError("the renderer library couldn't be set up; the reason is on the standard error stream")
         super().__init__(functions.VelmarRenderer_Create(context))
         functions.VelmarRenderer_InitializeWithScene(self._handle, context, handle)
-        scene._held_by(self)
+        scene._owned_by(self)
         self._scene = scene
         self._running = False
 
@@ -76,8 +76,8 @@ class Renderer(Object):
         self._running = False
 
     def update_scene(self, *arguments: Any) -> int:
-        """Tells the renderer library of changes to the scene, with the arguments that its documentation names, as
-        ctypes takes them."""
+        """Passes changes of the scene to the renderer library. Its documentation describes the arguments, which are
+        passed as ctypes does."""
         return int(self._call("VelmarRenderer_UpdateScene", *arguments))
 
     def _end(self, handle: Any) -> None:

@@ -17,10 +17,6 @@ from .nodes import Background, Camera, Material, Model, RenderSettings, Tonemapp
 
 Node = TypeVar("Node", Background, Camera, Material, Mesh, Model, RenderSettings, Tonemapping)
 
-_ADD = {Background: "VelmarScene_AddBackground", Camera: "VelmarScene_AddCamera", Material: "VelmarScene_AddMaterial",
-        Mesh: "VelmarScene_AddMesh", Model: "VelmarScene_AddModel", RenderSettings: "VelmarScene_AddRenderSettings",
-        Tonemapping: "VelmarScene_AddTonemapping"}
-
 
 class Scene(Object):
     """A scene, which owns the nodes that are added to it. It is a context manager:
@@ -29,7 +25,7 @@ class Scene(Object):
             camera = scene.add(velmar.Camera(position=(0, -8, 2)))
             scene.write("scene.xml")
 
-    Nodes may be changed until the scene is closed; afterwards they are gone.
+    Nodes may be changed until the scene is closed, which destroys them.
     """
 
     _delete = "VelmarScene_Delete"
@@ -37,7 +33,7 @@ class Scene(Object):
     def __init__(self) -> None:
         super().__init__(library().VelmarScene_Create())
         self._nodes: Dict[int, Object] = {}
-        # Of the library's own making, which no object here stands for.
+        # Created by the library, without an object here.
         self._has_other_meshes = False
 
     def __enter__(self) -> "Scene":
@@ -49,31 +45,30 @@ class Scene(Object):
         self.close()
 
     def close(self) -> None:
-        """Ends the scene and its nodes, unless a renderer holds it: then they go with that. Closing twice is
+        """Destroys the scene and its nodes, unless a renderer owns it: then closing that does. Closing twice is
         harmless."""
-        if not self._holders:
+        if not self._owners:
             super().close()
             self._nodes.clear()
 
     @property
     def nodes(self) -> Tuple[Object, ...]:
-        """The nodes that were added, in their order; those of `add_ground_plane` and the like aren't among them."""
+        """The nodes that were added, in their order, without those of `add_ground_plane` and the like."""
         return tuple(self._nodes.values())
 
     def add(self, node: Node) -> Node:
-        """Appends a node, which belongs to the scene from then on, and returns it.
+        """Appends a node, which the scene owns from then on, and returns it.
 
         OwnershipError: a scene has the node already.
         """
-        function = next((name for kind, name in _ADD.items() if isinstance(node, kind)), None)
-        if function is None:
+        if not isinstance(node, Object) or not node._add:
             raise TypeError(f"a {type(node).__name__} isn't a node of a scene")
         self._pointer()
         handle = node._pointer()
-        if any(isinstance(holder(), Scene) for holder in node._holders):
+        if any(isinstance(owner(), Scene) for owner in node._owners):
             raise OwnershipError(f"{node!r} was added to a scene already")
-        self._call(function, handle)
-        node._held_by(self)
+        self._call(node._add, handle)
+        node._owned_by(self)
         self._nodes[id(node)] = node
         return node
 
@@ -91,26 +86,27 @@ class Scene(Object):
         self._call("velmar_create_sunsky")
 
     def write(self, document: Path) -> None:
-        """Writes the scene as an XML document, replacing the file, and its meshes as binary files beside it.
+        """Writes the scene as an XML document, and its meshes as binary files next to it. An existing document is
+        overwritten.
 
-        A path without a directory gives a document that names its meshes as seen from itself, so that it can be moved
-        with them; every other one names them absolutely.
+        With a path without a directory, the document refers to its meshes relative to itself and can be moved with
+        them; otherwise it refers to them by absolute paths.
 
-        ValueError: an index of a face leads nowhere, or a model shows what isn't in the scene.
-        OSError: the document or the folder of the meshes can't be written, or there is too little room on the disk.
-        What can't be foreseen, as a disk that fills up meanwhile, ends the process: the library throws, and nothing in
-        Python can catch that.
+        ValueError: an index of a face is out of range, or a model uses a node that isn't in the scene.
+        OSError: the document or the folder of the meshes can't be written, or there is too little space on the disk.
+        Errors that can't be foreseen, such as a disk that fills up meanwhile, end the process: the library throws, and
+        Python can't catch that.
         """
         name = path("document", document)
         self._pointer()
         self._check()
         if self._meshes_are_written():
-            self._make_room(name)
+            self._check_folder(name)
         # Emptied first, so that what is there afterwards was written now.
         with open(name, "wb"):
             pass
         self._call("VelmarScene_WriteToXML", text("document", name))
-        # The library reports no document that it couldn't write.
+        # The library doesn't report a document that it couldn't write.
         size = os.path.getsize(name)
         with open(name, "rb") as written:
             written.seek(max(size - 16, 0))
@@ -131,9 +127,9 @@ class Scene(Object):
             elif isinstance(node, Model):
                 node._check(self._nodes)
 
-    def _make_room(self, name: str) -> None:
-        """Raises what can be known beforehand of the failures at which the library throws."""
-        # As the library makes the name: what it takes for an extension begins at the last dot, wherever that is.
+    def _check_folder(self, name: str) -> None:
+        """Creates the folder of the meshes. Raises if the library would throw because it can't write there."""
+        # The library takes for an extension what begins at the last dot, wherever that is.
         folder = (name[:name.rindex(".")] if "." in name else name) + "_meshes"
         if not os.path.isdir(folder):
             os.mkdir(folder)

@@ -1,5 +1,5 @@
-"""Makes one C program of the pages of the exported functions: each example in a function of its own, and each page's
-prototype beside the header's.
+"""Makes one C program of the pages of the exported functions: each example in a function of its own, and each prototype
+next to that of the header.
 
 Usage: extract.py PAGES PROGRAM.c
 
@@ -8,6 +8,9 @@ The program runs the examples of the functions whose names begin with one of its
 import pathlib
 import re
 import sys
+
+BLOCK = re.compile(r"^```c\n(.*?)^```$", re.M | re.S)
+PLACE = "/* the example */\n"
 
 HEAD = """#include <stdio.h>
 #include <string.h>
@@ -47,18 +50,27 @@ int main(int argc, char** argv) {{
 """
 
 
+def examples_of(page):
+    """Name, prototype and example of each function on a family's page."""
+    frame, *sections = re.split(r"^## (?=\w+$)", page, flags=re.M)
+    (around,) = BLOCK.findall(frame)
+    begin, end = around.split(PLACE)
+    for section in sections:
+        prototype, example = BLOCK.findall(section)
+        yield section.split("\n")[0], prototype, begin + example + end
+
+
 def main():
-    pages, program = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    folder, program = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
     parts, rows = [HEAD], []
-    for page in sorted(pages.glob("[Vv]elmar*.md")):
-        blocks = re.findall(r"^```c\n(.*?)^```$", page.read_text(encoding="utf-8"), re.M | re.S)
-        if len(blocks) != 2:
-            sys.exit(f"{page} has {len(blocks)} blocks of C; a prototype and an example were expected")
-        name = page.stem
-        parts.append(f"extern {blocks[0]}static void example_{name}(void) {{\n{blocks[1]}}}\n")
-        rows.append(f'    {{"{name}", example_{name}}},')
+    for page in sorted(folder.glob("*.md")):
+        if page.name == "README.md":
+            continue
+        for name, prototype, example in examples_of(page.read_text(encoding="utf-8")):
+            parts.append(f"extern {prototype}static void example_{name}(void) {{\n{example}}}\n")
+            rows.append(f'    {{"{name}", example_{name}}},')
     if not rows:
-        sys.exit(f"there are no pages in {pages}")
+        sys.exit(f"there are no examples in {folder}")
     program.parent.mkdir(parents=True, exist_ok=True)
     program.write_text("\n".join(parts) + MAIN.format(rows="\n".join(rows)), encoding="utf-8")
 

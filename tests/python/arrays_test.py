@@ -98,7 +98,7 @@ class Vertices(unittest.TestCase):
                 self.mesh.add_vertices((kind * 3 * 3)())
         with self.assertRaisesRegex(TypeError, "not the format 'd'"):
             self.mesh.add_vertices(array.array("d", range(9)))
-        with self.assertRaisesRegex(TypeError, "row 0 holds what isn't a number"):
+        with self.assertRaisesRegex(TypeError, "row 0 contains what isn't a number"):
             self.mesh.add_vertices(["abc"])
         for value in ("abcdef", b"abcdef", None, 5, [1, 2, 3]):
             with self.assertRaisesRegex(TypeError, "vertices must be rows of numbers"):
@@ -264,7 +264,7 @@ class Faces(unittest.TestCase):
                 self.mesh.add_faces(faces, [(0, 1, 2, 3)])
             with self.assertRaisesRegex(ValueError, "materials must"):
                 self.mesh.add_faces(faces, materials=[0, 0])
-        with self.assertRaisesRegex(ValueError, "face records hold their texture indices"):
+        with self.assertRaisesRegex(ValueError, "face records contain their texture indices"):
             self.mesh.add_faces((ctypes.c_uint32 * 8 * 1)(), materials=1)
 
     @with_numpy

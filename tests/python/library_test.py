@@ -84,13 +84,13 @@ class Finding(support.InFolder):
         self.assertIn("velmar.errors.LibraryError", output)
         self.assertIn("/nowhere/velmar.so: no such file", output)
 
-    def test_other_library_is_told(self):
+    def test_other_library_is_reported(self):
         pathlib.Path("text.so").write_text("text", "utf-8")
         status, output = support.run(WHERE, VELMAR_LIBRARY=str(self.folder / "text.so"))
         self.assertIn("LibraryError", output)
         other = "kernel32.dll" if on_windows else "libc.so.6"
         status, output = support.run(WHERE, VELMAR_LIBRARY=other)
-        self.assertIn(f"{other} has no function VelmarBackground_CreateUniform", output)
+        self.assertIn(f"{other} has no function VelmarScene_Create", output)
 
     def test_package_is_imported_without_a_library(self):
         status, output = support.run("import velmar; print(velmar.__version__)", VELMAR_LIBRARY="/nowhere/velmar.so")

@@ -1,4 +1,4 @@
-"""Who owns what: what goes when, and what can't be done with what is gone."""
+"""Ownership: what is destroyed when, and the errors of using a destroyed object."""
 import copy
 import ctypes
 import gc
@@ -45,7 +45,7 @@ class Nodes(unittest.TestCase):
         for delete, make in MAKERS.items():
             with support.recorded(delete) as calls, velmar.Scene() as scene:
                 node = scene.add(make())
-                with self.assertRaisesRegex(velmar.OwnershipError, "goes with what holds it"):
+                with self.assertRaisesRegex(velmar.OwnershipError, "is destroyed with its owner"):
                     node.close()
                 self.assertFalse(node.closed)
                 del node
@@ -61,7 +61,7 @@ class Nodes(unittest.TestCase):
         for use in (lambda: setattr(camera, "lens_radius", 1), mesh.build, lambda: mesh.add_vertices(TRIANGLE),
                     lambda: velmar.Model("model", mesh), lambda: scene.add(velmar.Camera()), scene.add_ground_plane,
                     lambda: scene.write("scene.xml"), scene.__enter__):
-            with self.assertRaisesRegex(velmar.ClosedError, "is gone"):
+            with self.assertRaisesRegex(velmar.ClosedError, "was closed"):
                 use()
         camera.close()
         scene.close()

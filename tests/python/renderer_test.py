@@ -74,7 +74,7 @@ except velmar.ClosedError as failure:
 """)
         self.assertEqual((status, [line for line in record if line.startswith("python")]),
                          (0, ["python: the scene has a renderer already",
-                              "python: <velmar.Scene> is gone: it was closed, or went with what held it"]))
+                              "python: <velmar.Scene> was closed, or destroyed with its owner"]))
 
 
 class WithoutRenderer(support.InFolder):

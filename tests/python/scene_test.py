@@ -105,7 +105,7 @@ class Documents(support.InFolder):
             self.assertIsNone(root.find("autofocus"))
             camera.autofocus = True
             self.assertIsNotNone(support.document(scene).find("camera/autofocus"))
-            with self.assertRaisesRegex(ValueError, "stands at the target"):
+            with self.assertRaisesRegex(ValueError, "is at the target"):
                 camera.look_at((3, 0, 4))
             for angle in (0, math.pi, math.nan):
                 with self.assertRaisesRegex(ValueError, "between 0 and pi"):
@@ -303,7 +303,7 @@ class Failures(support.InFolder):
         mesh, material = velmar.Mesh("mesh", TRIANGLE), velmar.Material("red")
         self.scene.add(velmar.Model("model", mesh, [material]))
         for missing in (mesh, material):
-            with self.assertRaisesRegex(ValueError, f"shows <velmar.{type(missing).__name__} .*must be added"):
+            with self.assertRaisesRegex(ValueError, f"uses <velmar.{type(missing).__name__} .*must be added"):
                 self.scene.write("scene.xml")
             self.scene.add(missing)
         self.scene.write("scene.xml")

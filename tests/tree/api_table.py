@@ -11,11 +11,16 @@ import sys
 import tomllib
 
 
+def families(root):
+    return tomllib.loads((root / "api/interface.toml").read_text(encoding="utf-8"))["families"]
+
+
 def table(root):
-    """Each function of the table: name, result, arguments as (type, name), and the function behind it."""
+    """Each function of the table: name, result, arguments as (type, name), and the function that implements it."""
     functions = []
-    for path in sorted((root / "api/functions").glob("*.toml")):
-        for entry in tomllib.loads(path.read_text(encoding="utf-8"))["function"]:
+    for family in families(root):
+        text = (root / f"api/functions/{family}.toml").read_text(encoding="utf-8")
+        for entry in tomllib.loads(text)["function"]:
             arguments = [(a["type"], a["name"]) for a in entry.get("arguments", [])]
             result = entry.get("returns", {"type": "void"})["type"]
             functions.append((entry["name"], result, arguments, entry.get("implementation", entry["name"])))
@@ -23,11 +28,12 @@ def table(root):
 
 
 def declarations(root):
-    """Each function of the headers, in the order in which velmarapi.h includes them: name, result, arguments."""
+    """Each function that velmarapi.h declares, in the order of the families: name, result, arguments."""
     functions = []
-    headers = re.findall(r'#include "(velmarapi/\w+\.h)"', (root / "include/velmarapi.h").read_text(encoding="utf-8"))
-    for header in headers:
-        text = re.sub(r"/\*.*?\*/", "", (root / "include" / header).read_text(encoding="utf-8"), flags=re.S)
+    included = re.findall(r'#include "velmarapi/(\w+)\.h"', (root / "include/velmarapi.h").read_text(encoding="utf-8"))
+    for family in filter(included.count, families(root)):
+        header = (root / f"include/velmarapi/{family}.h").read_text(encoding="utf-8")
+        text = re.sub(r"/\*.*?\*/", "", header, flags=re.S)
         for result, name, inside in re.findall(r"VELMAR_API\s+([^;()]*?)\s*\b(\w+)\(([^)]*)\);", text):
             arguments = []
             for declared in inside.split(",") if inside.strip() != "void" else []:
@@ -39,24 +45,24 @@ def declarations(root):
 
 
 def exports(path):
-    """Each name of an export list with the function behind it."""
+    """Each name of an export list with the function that implements it."""
     lines = (line.split(";")[0].strip() for line in path.read_text(encoding="utf-8").splitlines())
     pairs = (line.partition("=") for line in lines if line and not re.match(r"(LIBRARY|EXPORTS)\b", line))
     return [(name.strip(), target.strip() or name.strip()) for name, _, target in pairs]
 
 
 def groups(pairs):
-    """The names that are one function, whatever that is called."""
-    behind = {}
+    """The sets of names that are one function."""
+    by_target = {}
     for name, target in pairs:
-        behind.setdefault(target, set()).add(name)
-    return {frozenset(names) for names in behind.values()}
+        by_target.setdefault(target, set()).add(name)
+    return {frozenset(names) for names in by_target.values()}
 
 
 def differences(what, listed, wanted):
     wrong = [f"{what} lacks {item}" for item in wanted if item not in listed]
-    wrong += [f"{what} has {item}, which the table hasn't" for item in listed if item not in wanted]
-    return wrong or ([f"{what} has another order than the table"] if listed != wanted else [])
+    wrong += [f"{what} has {item}, which isn't in the table" for item in listed if item not in wanted]
+    return wrong or ([f"{what} has a different order than the table"] if listed != wanted else [])
 
 
 def main():
