@@ -22,6 +22,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace Velmar {
 
@@ -44,6 +45,8 @@ class ObjReader {
 
     /// Null: no library is read.
     MTLLibrary* library = nullptr;
+    /// Null: the names aren't collected.
+    std::vector<std::string>* library_names = nullptr;
 
     void read() {
         while (!parser.atEnd()) {
@@ -409,6 +412,7 @@ class ObjReader {
 
     void readMaterialLibrary() {
         const std::string_view name = readToken();
+        if (library_names != nullptr && !name.empty()) library_names->emplace_back(name);
         if (library == nullptr) return;
         const std::string library_path = FileUtils::join(FileUtils::getDirectory(path), name);
         if (FileUtils::fileExists(library_path)) loadMTL(library_path, *library);
@@ -461,6 +465,12 @@ void loadOBJ(std::string_view path, Mesh& mesh, float scale, bool parse_mtllib, 
     const MappedFile file(path);
     ObjReader reader(path, parserOver(file), mesh, scale);
     if (parse_mtllib) reader.library = &library;
+    reader.read();
+}
+
+void readOBJ(std::string_view text, Mesh& mesh, float scale, std::vector<std::string>& library_names) {
+    ObjReader reader({}, parserOver(text), mesh, scale);
+    reader.library_names = &library_names;
     reader.read();
 }
 

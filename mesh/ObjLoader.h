@@ -1,6 +1,8 @@
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace Velmar {
 
@@ -15,5 +17,9 @@ struct MTLLibrary;
 /// `VelmarException` for faces that the mesh refuses and when it can't be built. The mesh then holds part of the file
 /// and is to be discarded.
 void loadOBJ(std::string_view path, Mesh& mesh, float scale, bool parse_mtllib, MTLLibrary& library);
+
+/// As `loadOBJ`, from the text of a file that isn't looked for. `library_names` receives the names in its lines
+/// "mtllib NAME", as they are written there.
+void readOBJ(std::string_view text, Mesh& mesh, float scale, std::vector<std::string>& library_names);
 
 } // namespace Velmar

@@ -2,8 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <string>
+#include <vector>
 
-/// A command of the tool: what parses its arguments, and what does its work once they are parsed.
+/// What the commands of the tool share: their interface, the forms of their options, and the layout of their help.
+
+/// A command of the tool: the parser of its arguments, and the work to do once they are parsed.
 struct Command {
     CLI::App* parser;
     std::function<void()> run;
@@ -11,7 +15,42 @@ struct Command {
 
 /// `velmar export`: mesh files become a scene.
 Command addExportCommand(CLI::App& tool);
-/// `velmar info`: what a mesh file or a scene holds, and a picture of a mesh.
+/// `velmar info`: the content of a mesh file or a scene, and a picture of a mesh.
 Command addInfoCommand(CLI::App& tool);
 /// `velmar convert`: a mesh file becomes a vmmesh file, or all in a folder do.
 Command addConvertCommand(CLI::App& tool);
+
+namespace CommandOptions {
+
+/// An option of one value, with its default in the help.
+template <class Value>
+CLI::Option* addValue(CLI::App& app, const char* name, Value& value, const char* type, const char* description) {
+    return app.add_option(name, value, description)->type_name(type)->capture_default_str();
+}
+
+/// An option that takes one of a few words.
+CLI::Option* addChoice(CLI::App& app, const char* name, std::string& value, const std::vector<std::string>& words,
+                       const char* description);
+
+/// A range without words of its own in the help.
+CLI::Validator inRange(double low, double high);
+
+/// The option `--up`.
+CLI::Option* addUp(CLI::App& app, std::string& up);
+
+/// Whether `--up` makes y the height of the mesh file `path`, else z.
+bool isYUp(const std::string& up, const std::string& path);
+
+} // namespace CommandOptions
+
+/// Lays out `--help` for a terminal: each option with its argument and, wrapped next to it, its description and
+/// default.
+class HelpFormatter final : public CLI::Formatter {
+  public:
+    HelpFormatter();
+
+    std::string make_option_opts(const CLI::Option* option) const override;
+    std::string make_option_desc(const CLI::Option* option) const override;
+    std::string make_option_usage(const CLI::Option* option) const override;
+    std::string make_footer(const CLI::App* app) const override;
+};

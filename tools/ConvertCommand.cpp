@@ -1,11 +1,8 @@
 #include "tools/Command.h"
-#include "tools/Failure.h"
+#include "tools/Console.h"
 #include "tools/FolderConversion.h"
-#include "tools/MeshInput.h"
-#include "tools/MeshOutput.h"
-#include "tools/Progress.h"
+#include "tools/MeshFile.h"
 #include "tools/System.h"
-#include "tools/Text.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -27,7 +24,7 @@ std::uint64_t convertFile(const ConvertOptions& options) {
     // Before the mesh is read, which may take long in vain.
     OutputFile output(options.output);
     progress.show("reading " + Text::fileName(options.input));
-    const Velmar::Reference<Velmar::Mesh> mesh = readMesh(options.input, options.settings.scale);
+    const Velmar::Reference<Velmar::Mesh> mesh = readMesh(options.input, options.settings.scale).mesh;
     progress.show("writing " + Text::fileName(options.output));
     return writeMesh(*mesh, output, !options.settings.plain);
 }
@@ -38,7 +35,8 @@ void convert(const ConvertOptions& options) {
         return;
     }
     if (System::isDirectory(options.input)) throw UsageError(options.input + ": is a folder, which wants --recursive");
-    if (getFormat(options.output) != "vmmesh") throw UsageError(options.output + ": the output must end in .vmmesh");
+    if (Velmar::getMeshFormat(options.output) != "vmmesh")
+        throw UsageError(options.output + ": the output must end in .vmmesh");
     const std::uint64_t size = convertFile(options);
     if (!options.settings.quiet) std::printf("%s (%s)\n", options.output.c_str(), Text::size(size).c_str());
 }

@@ -1,13 +1,8 @@
 #include "tools/Command.h"
-#include "tools/CommandOptions.h"
-#include "tools/Failure.h"
-#include "tools/MeshHandover.h"
-#include "tools/MeshInput.h"
-#include "tools/OutputFile.h"
-#include "tools/Progress.h"
+#include "tools/Console.h"
+#include "tools/MeshFile.h"
 #include "tools/SceneBuilder.h"
 #include "tools/System.h"
-#include "tools/Text.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
@@ -16,7 +11,6 @@
 #include <cstdio>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 using CommandOptions::addChoice;
@@ -36,22 +30,23 @@ struct ExportOptions {
     bool quiet = false;
 };
 
-/// A mesh file that the library writes beside the document.
+/// A mesh file in the folder of the scene's meshes.
 struct MeshFile {
     std::string path;
-    std::uint64_t checksum;
-    bool was_there = false;
+    std::uint64_t size = 0;
+    bool existed = false;
 };
 
-/// What was done, for the summary.
+/// The result, for the summary.
 struct Report {
     std::vector<std::string> models;
     std::vector<MeshFile> mesh_files;
-    std::vector<std::uint64_t> mesh_file_sizes;
     std::uint64_t document_size = 0;
 };
 
-/// What the exported functions can't say must not be lost without a word.
+// ---- from files to models ------------------------------------------------------------------------------------------
+
+/// Refuses what a scene can't express.
 void requireUsable(const std::string& path, const Mesh& mesh) {
     if (mesh.triangles.empty() && mesh.quads.empty()) throw Failure(path + ": holds no faces");
     const std::string fault = findFaultyFace(mesh);
@@ -64,64 +59,80 @@ void requireUsable(const std::string& path, const Mesh& mesh) {
 }
 
 InputModel readModel(const std::string& path, const ExportOptions& options) {
+    Velmar::ImportedMesh imported = readMesh(path, options.scale);
+    Mesh& mesh = *imported.mesh;
+    requireUsable(path, mesh);
     InputModel model;
     model.name = Text::fileStem(path);
-    model.mesh = readMesh(path, options.scale);
-    requireUsable(path, *model.mesh);
-    model.colours = readMaterialColours(path);
+    model.mesh = imported.mesh;
+    model.colours = std::move(imported.colours);
     model.y_up = CommandOptions::isYUp(options.up, path);
-    model.smooth_normals = !model.mesh->normals.empty();
-    keepWhatHostsCanGive(*model.mesh);
+    // Scenes of hosts have no vertex normals.
+    model.smooth_normals = !mesh.normals.empty();
+    mesh.normals.clear();
+    mesh.uv_layout = 0;
+    if (mesh.num_uv_mappings == 0) mesh.uv_pairs.clear();
     return model;
 }
 
 std::string describe(const std::string& path, const Mesh& mesh) {
-    return path + ": " + Text::count(mesh.verts.size(), "vertex", "vertices") + ", " +
-           Text::count(mesh.triangles.size(), "triangle", "triangles") + ", " +
-           Text::count(mesh.quads.size(), "quad", "quads") + ", " +
+    return path + ": " + Text::faceCounts(mesh.verts.size(), mesh.triangles.size(), mesh.quads.size()) + ", " +
            Text::count(mesh.used_materials.size(), "material", "materials");
 }
 
-/// Where the library puts the file of a mesh.
-MeshFile locateMeshFile(const std::string& document, std::uint64_t checksum) {
-    return {FileUtils::removeExtension(document) + "_meshes/mesh_" + std::to_string(checksum) + ".vmmesh", checksum};
-}
+// ---- from the scene to files ---------------------------------------------------------------------------------------
 
-/// A file of the right name is taken on trust by the library. One that a crash or a full disk has cut short is removed,
-/// so that it's written anew.
-void removeIfDamaged(MeshFile& file) {
-    file.was_there = FileUtils::fileExists(file.path);
-    if (!file.was_there || holdsMesh(file.path, file.checksum)) return;
-    System::removeFile(file.path);
-    file.was_there = false;
-}
+/// The mesh files of a scene. The document names them by their content, so an existing whole one is kept; the library
+/// writes none of them again. Unless `keep` is called, the destructor removes those that were written.
+class MeshFolder {
+  public:
+    MeshFolder() = default;
+    ~MeshFolder() {
+        if (kept) return;
+        for (const MeshFile& file : files)
+            if (!file.existed) System::removeFile(file.path);
+        if (!made_folder.empty()) System::removeDirectory(made_folder);
+    }
+    MeshFolder(const MeshFolder&) = delete;
+    MeshFolder& operator=(const MeshFolder&) = delete;
 
-/// The library doesn't report a document that couldn't be written, nor the last bytes of a mesh file.
-void requireWhole(const std::string& document, const std::vector<MeshFile>& mesh_files) {
+    void add(const SceneMesh& scene_mesh) {
+        MeshFile file = {scene_mesh.path};
+        if (FileUtils::fileExists(file.path) && isWholeMesh(file.path)) {
+            file.existed = true;
+            file.size = MappedFile(file.path).getSize();
+        } else {
+            makeFolder(FileUtils::getDirectory(file.path));
+            OutputFile output(file.path);
+            file.size = writeMesh(*scene_mesh.mesh, output, true);
+        }
+        files.push_back(file);
+    }
+
+    const std::vector<MeshFile>& getFiles() const { return files; }
+    void keep() { kept = true; }
+
+  private:
+    void makeFolder(const std::string& folder) {
+        if (FileUtils::fileExists(folder)) return;
+        FileUtils::createDir(folder);
+        made_folder = folder;
+    }
+
+    std::vector<MeshFile> files;
+    std::string made_folder;
+    bool kept = false;
+};
+
+/// The library doesn't report a document that couldn't be written.
+void requireWhole(const std::string& document) {
     const MappedFile file(document);
     if (!FileUtils::trimTrailingWhitespace(file.getText()).ends_with("</scene>"))
         throw Failure("the document wasn't written whole; is the disk full?");
-    for (const MeshFile& mesh_file : mesh_files)
-        if (!mesh_file.was_there && !holdsMesh(mesh_file.path, mesh_file.checksum))
-            throw Failure(mesh_file.path + " wasn't written whole; is the disk full?");
 }
 
-void writeScene(const SceneBuilder& scene, const std::string& document, std::vector<MeshFile>& mesh_files) {
-    for (MeshFile& file : mesh_files)
-        removeIfDamaged(file);
-    try {
-        scene.write(document);
-        requireWhole(document, mesh_files);
-    } catch (...) {
-        for (const MeshFile& file : mesh_files)
-            if (!file.was_there) System::removeFile(file.path);
-        throw;
-    }
-}
-
-/// The path by which the library is told of the document. A path with a directory would stand before every path in the
-/// document; from inside the directory the document names its mesh files as seen from itself, and the two can be moved
-/// together.
+/// The path of the document for the library. A path with a directory would be a prefix of every path in the document;
+/// from inside the directory the document names its mesh files as seen from itself, and both can be moved together.
 std::string enterDirectoryOf(const std::string& path) {
     std::string directory = FileUtils::getDirectory(path);
     // Without its separator a root is something else.
@@ -145,15 +156,17 @@ Report makeScene(const ExportOptions& options, const std::string& scene_path) {
     }
 
     progress.show(step(steps) + "writing " + Text::fileName(scene_path));
-    const std::string document = enterDirectoryOf(output.getPartialPath());
     try {
-        const SceneBuilder scene(std::move(models), options.scene);
-        for (const std::uint64_t checksum : scene.getMeshChecksums())
-            report.mesh_files.push_back(locateMeshFile(document, checksum));
-        writeScene(scene, document, report.mesh_files);
-        for (const MeshFile& file : report.mesh_files)
-            report.mesh_file_sizes.push_back(MappedFile(file.path).getSize());
+        const std::string document = enterDirectoryOf(output.getPartialPath());
+        const SceneBuilder scene(models, options.scene);
+        MeshFolder meshes;
+        for (const SceneMesh& mesh : scene.getMeshes(document))
+            meshes.add(mesh);
+        scene.write(document);
+        requireWhole(document);
         report.document_size = output.commit();
+        meshes.keep();
+        report.mesh_files = meshes.getFiles();
     } catch (...) {
         throw makeFailureOf(scene_path);
     }
@@ -164,21 +177,17 @@ void print(const Report& report, const std::string& scene_path) {
     for (const std::string& model : report.models)
         std::printf("%s\n", model.c_str());
     std::printf("%s (%s)\n", scene_path.c_str(), Text::size(report.document_size).c_str());
-    const std::string name = Text::fileName(scene_path);
-    const std::string directory = scene_path.substr(0, scene_path.size() - name.size());
-    for (std::size_t i = 0; i < report.mesh_files.size(); ++i) {
-        const MeshFile& file = report.mesh_files[i];
-        const std::string path = directory + Text::fileStem(name) + "_meshes/" + Text::fileName(file.path);
-        std::printf("%s (%s%s)\n", path.c_str(), Text::size(report.mesh_file_sizes[i]).c_str(),
-                    file.was_there ? ", was there" : "");
-    }
+    const std::string folder = Text::folderOf(scene_path) + Text::fileStem(scene_path) + "_meshes/";
+    for (const MeshFile& file : report.mesh_files)
+        std::printf("%s%s (%s%s)\n", folder.c_str(), Text::fileName(file.path).c_str(), Text::size(file.size).c_str(),
+                    file.existed ? ", was there" : "");
 }
 
 void exportScene(ExportOptions options) {
     const std::string scene_path = options.paths.back();
     options.paths.pop_back();
     // Also keeps a forgotten scene from costing the last model.
-    if (getFormat(scene_path) != "xml") throw UsageError(scene_path + ": the scene must end in .xml");
+    if (Velmar::getMeshFormat(scene_path) != "xml") throw UsageError(scene_path + ": the scene must end in .xml");
     options.scene.ground = !options.no_ground;
     const Report report = makeScene(options, scene_path);
     if (!options.quiet) print(report, scene_path);
@@ -244,11 +253,10 @@ Command addExportCommand(CLI::App& tool) {
     addCameraOptions(*app, options->scene);
     addLightOptions(*app, options->scene);
     addImageOptions(*app, options->scene);
-    app->option_defaults()->group("ExportOptions");
+    app->option_defaults()->group("Options");
     app->add_flag("-q,--quiet", options->quiet, "Print nothing on success, and no progress");
     app->footer(
         "Materials take their diffuse colour from the .mtl files that an .obj file names, else they are light grey. "
-
         "Beside the scene, the folder SCENE_meshes gets the meshes. Scenes hold no vertex normals: a model that "
         "brings some is marked for smooth shading. Exit codes: 0 done, 1 failed, 2 wrong usage.");
     return {app, [options] { exportScene(*options); }};

@@ -1,23 +1,100 @@
 #include "tools/FolderConversion.h"
 
-#include "tools/Failure.h"
-#include "tools/MeshInput.h"
-#include "tools/MeshOutput.h"
-#include "tools/MeshSearch.h"
-#include "tools/Progress.h"
+#include "tools/Console.h"
+#include "tools/MeshFile.h"
 #include "tools/System.h"
-#include "tools/Text.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
+#include "utils/PlatformUtils.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace {
+
+// ---- looking for mesh files ----------------------------------------------------------------------------------------
+
+/// The mesh files below a folder.
+struct MeshSearch {
+    /// As seen from the folder, with `/` between, in the order of their names.
+    std::vector<std::string> files;
+    /// What couldn't be looked into or named, and why.
+    std::vector<std::string> failures;
+    /// Links to folders, which aren't followed: they may lead anywhere, also back.
+    std::size_t linked_folders = 0;
+};
+
+/// Looks for mesh files of every format in a folder and below, but not in the folder `left_out` and below.
+class Search {
+  public:
+    Search(std::string folder, const std::string& left_out) : root(std::move(folder)) {
+        if (const auto identity = System::getIdentity(left_out)) seen.insert(*identity);
+    }
+
+    /// Throws `Failure` when the folder itself can't be read.
+    MeshSearch run() {
+        if (!lookInto({})) throw Failure(root + ": can't be read: " + PlatformUtils::getLastErrorText());
+        // Not by recursion: folders may lie deeper than a stack reaches.
+        while (!pending.empty()) {
+            const std::string folder = std::move(pending.back());
+            pending.pop_back();
+            if (!lookInto(folder)) fail(folder, "can't be read: " + PlatformUtils::getLastErrorText());
+        }
+        std::sort(found.files.begin(), found.files.end());
+        return std::move(found);
+    }
+
+  private:
+    /// `folder` is empty or ends in a separator.
+    bool lookInto(const std::string& folder) {
+        const std::string path = Text::joinPaths(root, folder);
+        // No folder is looked into twice, whatever the file system shows.
+        if (const auto identity = System::getIdentity(path); identity && !seen.insert(*identity).second) return true;
+        std::vector<System::DirectoryEntry> entries;
+        const bool complete = System::listDirectory(path, entries);
+        for (const System::DirectoryEntry& entry : entries)
+            add(folder, entry);
+        return complete;
+    }
+
+    void add(const std::string& folder, const System::DirectoryEntry& entry) {
+        const std::string path = folder + entry.name;
+        if (entry.name.empty()) {
+            fail(folder, "the name of a file in it isn't text");
+        } else if (entry.kind == System::EntryKind::link_to_directory) {
+            ++found.linked_folders;
+        } else if (entry.kind != System::EntryKind::directory &&
+                   !Velmar::isMeshFormat(Velmar::getMeshFormat(entry.name))) {
+            return;
+        } else if (entry.name.find('\\') != std::string::npos) {
+            // The library takes it for a separator, so the name could lead out of the folder.
+            fail(path, "a name with a backslash can't be used");
+        } else if (entry.kind == System::EntryKind::directory) {
+            pending.push_back(path + '/');
+        } else if (entry.kind == System::EntryKind::other) {
+            fail(path, "isn't a regular file");
+        } else {
+            found.files.push_back(path);
+        }
+    }
+
+    void fail(const std::string& path, const std::string& reason) {
+        found.failures.push_back(Text::joinPaths(root, path) + ": " + reason);
+    }
+
+    std::string root;
+    MeshSearch found;
+    std::vector<std::string> pending;
+    std::set<System::FileIdentity> seen;
+};
+
+// ---- converting
+// ------------------------------------------------------------------------------------------------------
 
 /// Makes `folder` and those above it that aren't there. Throws the library's exception when one can't be made.
 void makeFolders(const std::string& folder) {
@@ -41,7 +118,7 @@ class FolderConversion {
     /// Returns whether all went well.
     bool run() {
         progress.show("looking for mesh files");
-        const MeshSearch search = findMeshFiles(input, output);
+        const MeshSearch search = Search(input, output).run();
         makeOutputFolder();
         for (const std::string& failure : search.failures)
             fail(failure);
@@ -71,7 +148,7 @@ class FolderConversion {
     }
 
     void convert(const std::string& from, const std::string& to) {
-        const auto mesh = readMesh(from, settings.scale);
+        const auto mesh = readMesh(from, settings.scale).mesh;
         const std::uint64_t size = MappedFile(from).getSize();
         // Links and file systems that don't tell letters apart make one file of two names.
         if (const auto identity = System::getIdentity(to)) {
@@ -154,5 +231,5 @@ void convertFolder(const std::string& input, const std::string& output, const Co
     const auto identity = System::getIdentity(input);
     if (identity && identity == System::getIdentity(output))
         throw UsageError(output + ": is the folder to convert; another one must take the output");
-    if (!FolderConversion(input, output, settings).run()) throw ToldFailure();
+    if (!FolderConversion(input, output, settings).run()) throw ReportedFailure();
 }

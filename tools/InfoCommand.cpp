@@ -1,12 +1,9 @@
 #include "tools/Command.h"
-#include "tools/CommandOptions.h"
-#include "tools/Failure.h"
-#include "tools/MeshInput.h"
+#include "tools/Console.h"
+#include "tools/MeshFile.h"
 #include "tools/MeshPicture.h"
 #include "tools/PngFile.h"
-#include "tools/Progress.h"
-#include "tools/SceneInfo.h"
-#include "tools/Text.h"
+#include "tools/SceneDocument.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -21,7 +18,7 @@ using Velmar::Vec3f;
 namespace {
 
 std::string describeKind(const std::string& path) {
-    const std::string format = getFormat(path);
+    const std::string format = Velmar::getMeshFormat(path);
     if (format == "obj") return "Wavefront OBJ";
     if (format == "ply") return "PLY";
     if (format == "stl") return "STL";
@@ -94,7 +91,7 @@ std::uint64_t writePicture(const InfoOptions& options, const Mesh& mesh, const s
 void tellMesh(const InfoOptions& options) {
     Progress progress(false);
     progress.show("reading " + Text::fileName(options.path));
-    const Reference<Mesh> mesh = readMesh(options.path, 1.0F);
+    const Reference<Mesh> mesh = readMesh(options.path, 1.0F).mesh;
     const std::string fault = findFaultyFace(*mesh);
     progress.clear();
     printMesh(options.path, *mesh, fault);
@@ -130,9 +127,9 @@ void addPictureOptions(CLI::App& app, InfoOptions& options) {
 }
 
 void tell(const InfoOptions& options) {
-    if (!options.picture.empty() && getFormat(options.picture) != "png")
+    if (!options.picture.empty() && Velmar::getMeshFormat(options.picture) != "png")
         throw UsageError(options.picture + ": the picture must end in .png");
-    if (getFormat(options.path) != "xml") {
+    if (Velmar::getMeshFormat(options.path) != "xml") {
         tellMesh(options);
     } else if (options.picture.empty()) {
         printSceneInfo(options.path);

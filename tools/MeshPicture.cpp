@@ -1,9 +1,9 @@
 #include "tools/MeshPicture.h"
 
-#include "tools/Failure.h"
-#include "tools/Framing.h"
+#include "tools/Console.h"
 #include "tools/Lighting.h"
 #include "tools/SampleBand.h"
+#include "tools/SceneBuilder.h"
 #include "tools/ShadingNormals.h"
 #include "tools/Vec.h"
 

@@ -1,7 +1,6 @@
 #include "tools/PngFile.h"
 
-#include "tools/Failure.h"
-#include "tools/OutputFile.h"
+#include "tools/MeshFile.h"
 #include "utils/FileUtils.h"
 
 #include <fstream>

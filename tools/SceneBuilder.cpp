@@ -1,14 +1,81 @@
 #include "tools/SceneBuilder.h"
 
-#include "tools/MeshHandover.h"
+#include "api/Handles.h"
 #include "tools/System.h"
+#include "utils/FileUtils.h"
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
+#include <set>
 
-using Velmar::Mesh;
-using Velmar::Reference;
+using Velmar::Vec3d;
 using Velmar::Vec3f;
+
+// ---- framing -----------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Small enough to keep everything in focus, large enough not to be a pinhole.
+constexpr double lens_radius_per_distance = 0.0005;
+
+double toRadians(double degrees) {
+    return degrees * std::numbers::pi / 180;
+}
+
+} // namespace
+
+void Box::add(const Box& other) {
+    min = {std::min(min.x, other.min.x), std::min(min.y, other.min.y), std::min(min.z, other.min.z)};
+    max = {std::max(max.x, other.max.x), std::max(max.y, other.max.y), std::max(max.z, other.max.z)};
+}
+
+Vec3d Box::getCentre() const {
+    return {(min.x + max.x) / 2, (min.y + max.y) / 2, (min.z + max.z) / 2};
+}
+
+double Box::getRadius() const {
+    const double radius = std::hypot(max.x - min.x, max.y - min.y, max.z - min.z) / 2;
+    return radius > 0 ? radius : 1;
+}
+
+Vec3d getViewDirection(double azimuth, double elevation) {
+    const double around = toRadians(azimuth);
+    const double above = toRadians(elevation);
+    return {std::sin(around) * std::cos(above), -std::cos(around) * std::cos(above), std::sin(above)};
+}
+
+double roundToSize(double value, double size) {
+    // By multiplication alone, which is the same everywhere.
+    double steps = 1e6;
+    for (double power = 1; power < size; power *= 10)
+        steps /= 10;
+    for (double power = 0.1; power >= size && power > 1e-30; power /= 10)
+        steps *= 10;
+    return std::round(value * steps) / steps;
+}
+
+Frame frameBox(const Box& box, const SceneSettings& settings) {
+    const double radius = box.getRadius();
+    const Vec3d centre = box.getCentre();
+    const double lens_sensor_dist = 0.5 * sensor_width / std::tan(toRadians(settings.fov) / 2);
+    const double sensor_height = sensor_width * settings.height / settings.width;
+    const double half_angle = std::atan(0.5 * std::min(sensor_width, sensor_height) / lens_sensor_dist);
+    const double distance = radius / std::sin(half_angle);
+
+    const Vec3d towards_camera = getViewDirection(settings.azimuth, settings.elevation);
+    const auto place = [&](double middle, double direction) {
+        return roundToSize(middle + distance * direction, radius);
+    };
+    const auto turn = [](double direction) { return roundToSize(-direction, 1); };
+    return {{place(centre.x, towards_camera.x), place(centre.y, towards_camera.y), place(centre.z, towards_camera.z)},
+            {turn(towards_camera.x), turn(towards_camera.y), turn(towards_camera.z)},
+            roundToSize(distance, radius),
+            roundToSize(lens_sensor_dist, sensor_width),
+            roundToSize(distance * lens_radius_per_distance, radius)};
+}
+
+// ---- the scene ---------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -32,35 +99,39 @@ Box getBox(const std::vector<InputModel>& models) {
     return box;
 }
 
-Vec3f findColour(const std::string& name, const std::vector<MaterialColour>& colours) {
+Vec3f findColour(const std::string& name, const std::vector<Velmar::MaterialColour>& colours) {
     const auto found =
-        std::find_if(colours.begin(), colours.end(), [&](const MaterialColour& c) { return c.name == name; });
+        std::find_if(colours.begin(), colours.end(), [&](const Velmar::MaterialColour& c) { return c.name == name; });
     return found == colours.end() ? default_colour : found->colour;
-}
-
-/// The mesh of the library's ground plane.
-Reference<Mesh> makeGroundMesh(double z, double half_size) {
-    Reference<Mesh> mesh(new Mesh);
-    const auto s = static_cast<float>(half_size);
-    const auto t = static_cast<float>(z);
-    for (const Vec3f& corner : {Vec3f{-s, -s, t}, Vec3f{-s, s, t}, Vec3f{s, s, t}, Vec3f{s, -s, t}})
-        mesh->addVertex(corner);
-    mesh->quads.push_back({{0, 1, 2, 3}, {0, 0, 0, 0}, 0});
-    return mesh;
 }
 
 } // namespace
 
-SceneBuilder::SceneBuilder(std::vector<InputModel> models, const SceneSettings& settings)
+SceneBuilder::SceneBuilder(const std::vector<InputModel>& models, const SceneSettings& settings)
     : scene(VelmarScene_Create()) {
     const Box box = getBox(models);
     addRenderSettings(settings);
     addCamera(box, settings);
     addToneMapping(settings);
     addLight(settings);
-    for (InputModel& model : models)
+    for (const InputModel& model : models)
         addModel(model);
     if (settings.ground) addGroundPlane(box);
+}
+
+std::vector<SceneMesh> SceneBuilder::getMeshes(const std::string& path) const {
+    Velmar::SceneNodeRoot& root = *Velmar::fromHandle(scene.get());
+    const Velmar::String folder(FileUtils::getDirectory(path));
+    std::vector<SceneMesh> meshes;
+    std::set<std::string> paths;
+    for (Velmar::UID uid = 1; uid < root.getNextUID(); ++uid) {
+        const Velmar::SceneNode* const node = root.getNodeByUID(uid);
+        if (node == nullptr || node->getType() != Velmar::NodeType::Mesh) continue;
+        const auto& mesh_node = static_cast<const Velmar::SceneNodeMesh&>(*node);
+        const std::string mesh_path = mesh_node.getMeshFilePath(Velmar::String(path), folder, {});
+        if (paths.insert(mesh_path).second) meshes.push_back({mesh_node.mesh, mesh_path});
+    }
+    return meshes;
 }
 
 void SceneBuilder::write(const std::string& path) const {
@@ -115,22 +186,22 @@ void SceneBuilder::addLight(const SceneSettings& settings) {
         VelmarScene_AddBackground(scene.get(), VelmarBackground_CreateUniform(1, 1, 1, settings.light_strength));
 }
 
-void SceneBuilder::addModel(InputModel& model) {
+void SceneBuilder::addModel(const InputModel& model) {
     std::vector<VelmarMaterialNode*> nodes;
     for (const Velmar::String& name : model.mesh->used_materials)
         nodes.push_back(getMaterial(std::string(name.view()), model.colours));
-    // Faces of a mesh without names still want the one that they refer to.
+    // Faces of a mesh without names refer to one material too.
     if (nodes.empty()) nodes.push_back(getMaterial("default", model.colours));
 
-    noteMesh(*model.mesh);
-    VelmarMesh* const mesh = handOverMesh(*model.mesh, model.name, model.smooth_normals);
+    VelmarMesh* const mesh = VelmarMesh_Create(model.name.c_str());
     VelmarScene_AddMesh(scene.get(), mesh);
-    model.mesh = nullptr;
+    VelmarMesh_SetNormalSmoothing(mesh, model.smooth_normals ? 1 : 0);
+    Velmar::fromHandle(mesh)->mesh = model.mesh;
 
     VelmarModel* const node = VelmarModel_Create(model.name.c_str(), mesh);
     VelmarScene_AddModel(scene.get(), node);
     {
-        // The library tells of each list of materials on the standard output.
+        // The library prints each list of materials on the standard output.
         const System::SilentOutput silence;
         VelmarModel_SetMaterials(node, static_cast<std::int32_t>(nodes.size()), nodes.data());
     }
@@ -142,12 +213,12 @@ void SceneBuilder::addModel(InputModel& model) {
 
 void SceneBuilder::addGroundPlane(const Box& box) {
     const double half_size = roundToSize(ground_per_radius * box.getRadius(), ground_per_radius * box.getRadius());
-    noteMesh(*makeGroundMesh(box.min.z, half_size));
     const System::SilentOutput silence;
     VelmarScene_AddGroundPlane(scene.get(), box.min.z, half_size);
 }
 
-VelmarMaterialNode* SceneBuilder::getMaterial(const std::string& name, const std::vector<MaterialColour>& colours) {
+VelmarMaterialNode* SceneBuilder::getMaterial(const std::string& name,
+                                              const std::vector<Velmar::MaterialColour>& colours) {
     const Vec3f colour = findColour(name, colours);
     VelmarMaterialNode*& node = materials[{name, colour.x, colour.y, colour.z}];
     if (node != nullptr) return node;
@@ -158,10 +229,4 @@ VelmarMaterialNode* SceneBuilder::getMaterial(const std::string& name, const std
     VelmarMaterial_AddToNode(
         node, VelmarMaterial_CreateDiffuse(name.c_str(), decimal(colour.x), decimal(colour.y), decimal(colour.z)));
     return node;
-}
-
-void SceneBuilder::noteMesh(const Mesh& mesh) {
-    const std::uint64_t checksum = mesh.checksum();
-    if (std::find(mesh_checksums.begin(), mesh_checksums.end(), checksum) == mesh_checksums.end())
-        mesh_checksums.push_back(checksum);
 }

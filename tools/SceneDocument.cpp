@@ -1,6 +1,6 @@
 #include "tools/SceneDocument.h"
 
-#include "tools/Failure.h"
+#include "tools/Console.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 

@@ -36,3 +36,7 @@ constexpr std::uint32_t no_uid = 0xFFFFFFFF;
 
 /// Reads a scene document. Throws `Failure` that names the file, the line and what is wrong there.
 SceneDocument readSceneDocument(const std::string& path);
+
+/// Prints the nodes of a scene document and the state of the files that it names. Throws `Failure` when the document is
+/// damaged, and after printing when something that it names doesn't exist.
+void printSceneInfo(const std::string& path);

@@ -1,11 +1,6 @@
-#include "tools/SceneInfo.h"
-
-#include "tools/Failure.h"
-#include "tools/MeshInput.h"
-#include "tools/Progress.h"
+#include "tools/Console.h"
+#include "tools/MeshFile.h"
 #include "tools/SceneDocument.h"
-#include "tools/System.h"
-#include "tools/Text.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
@@ -13,7 +8,7 @@
 #include <cstdio>
 #include <map>
 #include <set>
-#include <string_view>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -33,16 +28,10 @@ struct MeshTotals {
     std::uint64_t quads = 0;
 };
 
-std::string describeFaces(std::uint64_t vertices, std::uint64_t triangles, std::uint64_t quads) {
-    return Text::count(vertices, "vertex", "vertices") + ", " + Text::count(triangles, "triangle", "triangles") + ", " +
-           Text::count(quads, "quad", "quads");
-}
-
 class SceneInfo {
   public:
     explicit SceneInfo(std::string document_path)
-        : path(std::move(document_path)), folder(path.substr(0, path.size() - Text::fileName(path).size())),
-          document(readSceneDocument(path)) {
+        : path(std::move(document_path)), folder(Text::folderOf(path)), document(readSceneDocument(path)) {
         for (const DocumentNode& node : document.nodes)
             if (node.uid) uids.insert(*node.uid);
         Progress progress(false);
@@ -65,7 +54,7 @@ class SceneInfo {
         printNodes();
         printLine("");
         printLine(Text::row("meshes", Text::count(totals.files, "file", "files") + ", " + Text::size(totals.bytes) +
-                                          ", " + describeFaces(totals.vertices, totals.triangles, totals.quads)));
+                                          ", " + Text::faceCounts(totals.vertices, totals.triangles, totals.quads)));
     }
 
     /// What is wrong, in words; empty when all is well.
@@ -116,29 +105,19 @@ class SceneInfo {
     FileReport lookAtMesh(const std::string& place) {
         try {
             const std::uint64_t size = MappedFile(place).getSize();
-            const auto mesh = readMesh(place, 1.0F);
+            const auto mesh = readMesh(place, 1.0F).mesh;
             ++totals.files;
             totals.bytes += size;
             totals.vertices += mesh->verts.size();
             totals.triangles += mesh->triangles.size();
             totals.quads += mesh->quads.size();
-            const std::string faces = describeFaces(mesh->verts.size(), mesh->triangles.size(), mesh->quads.size());
-            const std::string fault = findFault(place, *mesh);
+            const std::string faces = Text::faceCounts(mesh->verts.size(), mesh->triangles.size(), mesh->quads.size());
+            const std::string fault = isNamedByContent(place, *mesh) ? findFaultyFace(*mesh)
+                                                                     : "its content isn't the one that its name tells";
             return {Text::size(size) + ", " + faces + (fault.empty() ? "" : "; damaged: " + fault), fault.empty()};
         } catch (...) {
             return {"damaged: " + getCurrentMessage(), false};
         }
-    }
-
-    static std::string findFault(const std::string& place, const Velmar::Mesh& mesh) {
-        const std::string stem = Text::fileStem(place);
-        constexpr std::string_view prefix = "mesh_";
-        // The library names a mesh file by its content.
-        const bool is_named_so = stem.starts_with(prefix) && stem.size() > prefix.size() &&
-                                 stem.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
-        if (is_named_so && stem.substr(prefix.size()) != std::to_string(mesh.checksum()))
-            return "its content isn't the one that its name tells";
-        return findFaultyFace(mesh);
     }
 
     void printNodes() {

@@ -72,7 +72,13 @@ bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries);
 /// Gives the file `from` the name `to`; a file of that name goes. Returns whether that worked.
 bool moveFile(std::string_view from, std::string_view to);
 
-/// Removes a file if it is there.
+/// Writes what the system still holds back of a file to its disk. Returns whether that worked.
+bool syncFile(std::string_view path);
+
+/// Removes a file if it exists.
 void removeFile(std::string_view path);
+
+/// Removes a directory if it exists and is empty.
+void removeDirectory(std::string_view path);
 
 } // namespace System

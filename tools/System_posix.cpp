@@ -95,6 +95,17 @@ bool moveFile(std::string_view from, std::string_view to) {
     return std::rename(toSystemPath(from).c_str(), toSystemPath(to).c_str()) == 0;
 }
 
+bool syncFile(std::string_view path) {
+    const int file = open(toSystemPath(path).c_str(), O_WRONLY | O_CLOEXEC);
+    if (file < 0) return false;
+    const bool synced = fsync(file) == 0;
+    return close(file) == 0 && synced;
+}
+
+void removeDirectory(std::string_view path) {
+    rmdir(toSystemPath(path).c_str());
+}
+
 void removeFile(std::string_view path) {
     unlink(toSystemPath(path).c_str());
 }

@@ -117,6 +117,19 @@ bool moveFile(std::string_view from, std::string_view to) {
     return MoveFileExW(toSystemPath(from).c_str(), toSystemPath(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
 }
 
+bool syncFile(std::string_view path) {
+    const HANDLE file = CreateFileW(toSystemPath(path).c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                    nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    const bool synced = FlushFileBuffers(file) != 0;
+    CloseHandle(file);
+    return synced;
+}
+
+void removeDirectory(std::string_view path) {
+    RemoveDirectoryW(toSystemPath(path).c_str());
+}
+
 void removeFile(std::string_view path) {
     DeleteFileW(toSystemPath(path).c_str());
 }

@@ -1,6 +1,5 @@
 #include "tools/Command.h"
-#include "tools/Failure.h"
-#include "tools/HelpFormatter.h"
+#include "tools/Console.h"
 #include "tools/System.h"
 
 #include <algorithm>
@@ -50,7 +49,7 @@ int runTool(std::vector<std::string> arguments) {
         chosen()->run();
     } catch (const UsageError& e) {
         return refuseUsage(e.what(), getChosenName());
-    } catch (const ToldFailure&) {
+    } catch (const ReportedFailure&) {
         result = failed;
     } catch (...) {
         printError(getCurrentMessage());

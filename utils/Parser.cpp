@@ -58,10 +58,14 @@ void Parser::passContinuation() {
     if (may_be_pair && pos < size && text[pos] == '\n') ++pos;
 }
 
-Parser parserOver(const MappedFile& file) {
+Parser parserOver(std::string_view text) {
     constexpr std::uint64_t limit = std::numeric_limits<std::uint32_t>::max();
-    if (file.getSize() > limit)
-        throw Velmar::Exception("File is too large to be parsed: " + std::to_string(file.getSize()) +
-                                " bytes, at most " + std::to_string(limit) + " are possible.");
-    return Parser(file.getText().data(), static_cast<std::uint32_t>(file.getSize()));
+    if (text.size() > limit)
+        throw Velmar::Exception("File is too large to be parsed: " + std::to_string(text.size()) + " bytes, at most " +
+                                std::to_string(limit) + " are possible.");
+    return Parser(text.data(), static_cast<std::uint32_t>(text.size()));
+}
+
+Parser parserOver(const MappedFile& file) {
+    return parserOver(file.getText());
 }

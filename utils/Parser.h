@@ -74,6 +74,7 @@ static_assert(sizeof(Parser) == 16);
 /// A parser over the whole of `file`, which must outlive it.
 /// Throws `Velmar::Exception` for a file of 4 GiB or more, which its offsets can't reach.
 Parser parserOver(const MappedFile& file);
+Parser parserOver(std::string_view text);
 
 inline bool Parser::parseAlpha(Token& token) {
     const std::uint32_t first = pos;

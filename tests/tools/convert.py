@@ -219,7 +219,7 @@ class ConvertFolder(ToolTest):
         self.assertRegex(errors, r"""\A(velmar: in/pipe\.ply: isn't a regular file
 |velmar: in/sub\\\.\.\\\.\.\\sly\.obj: a name with a backslash can't be used
 ){2}velmar: in/bell\\x07\.obj: [^\n]+ on line 1\)
-velmar: Failed to open file 'in\\loop\.obj': [^\n]+
+velmar: Failed to open file 'in/loop\.obj': [^\n]+
 \Z""")
         self.assertEqual(self.outputs(), [])
 

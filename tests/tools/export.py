@@ -261,7 +261,7 @@ class Scene(ToolTest):
     def test_a_broken_library_is_named_with_its_line(self):
         self.write("none.mtl", "newmtl red\nKd 0.9 x\n")
         self.expect_failure(["export", "square.obj", "scene.xml"],
-                            r"velmar: none\.mtl: Parse error while reading colou+r on line 2")
+                            r"velmar: square\.obj: none\.mtl: Parse error while reading colou+r on line 2")
 
     def test_image_size_and_halt_conditions(self):
         settings = self.export().find("renderer_settings")

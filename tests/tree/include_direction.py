@@ -7,7 +7,7 @@ import re
 import sys
 
 # From the bottom to the top. A file belongs to the longest folder that holds it.
-ORDER = ["include", "utils", "mesh", "scene", "scene/nodes", "renderer", "api"]
+ORDER = ["include", "utils", "mesh", "scene", "scene/nodes", "renderer", "api", "import"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 
 

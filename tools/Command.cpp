@@ -1,0 +1,88 @@
+#include "tools/Command.h"
+
+#include "import/MeshImport.h"
+
+#include <cmath>
+#include <sstream>
+
+namespace CommandOptions {
+
+CLI::Option* addChoice(CLI::App& app, const char* name, std::string& value, const std::vector<std::string>& words,
+                       const char* description) {
+    std::string type;
+    for (const std::string& word : words)
+        type += (type.empty() ? "" : "|") + word;
+    return addValue(app, name, value, type.c_str(), description)->check(CLI::IsMember(words).description(""));
+}
+
+CLI::Validator inRange(double low, double high) {
+    // A range takes what isn't a number for one within.
+    const CLI::Validator number(
+        [](std::string& text) {
+            double value = 0;
+            return CLI::detail::lexical_cast(text, value) && std::isnan(value) ? "Not a number: " + text
+                                                                               : std::string();
+        },
+        "");
+    return (CLI::Range(low, high) & number).description("");
+}
+
+CLI::Option* addUp(CLI::App& app, std::string& up) {
+    return addChoice(app, "--up", up, {"auto", "y", "z"},
+                     "Which axis of a mesh file is its height; auto takes y for .obj and z for the others.");
+}
+
+// Programs that write OBJ files mostly turn the height to y.
+bool isYUp(const std::string& up, const std::string& path) {
+    return up == "y" || (up == "auto" && Velmar::getMeshFormat(path) == "obj");
+}
+
+} // namespace CommandOptions
+
+// ---- help --------------------------------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::size_t names_width = 28;
+constexpr std::size_t total_width = 100;
+
+std::string wrap(const std::string& text, std::size_t width) {
+    std::istringstream words(text);
+    std::string result;
+    std::size_t column = 0;
+    for (std::string word; words >> word; column += word.size()) {
+        if (column != 0 && column + 1 + word.size() > width) {
+            result += '\n';
+            column = 0;
+        } else if (column != 0) {
+            result += ' ';
+            ++column;
+        }
+        result += word;
+    }
+    return result;
+}
+
+} // namespace
+
+HelpFormatter::HelpFormatter() {
+    column_width(names_width);
+}
+
+std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
+    const bool is_flag = option->get_type_size() == 0;
+    return option->get_positional() || is_flag ? std::string() : ' ' + option->get_type_name();
+}
+
+std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
+    const std::string& value = option->get_default_str();
+    return wrap(option->get_description() + (value.empty() ? "" : " (" + value + ')'), total_width - names_width);
+}
+
+std::string HelpFormatter::make_option_usage(const CLI::Option* option) const {
+    return make_option_name(option, true);
+}
+
+std::string HelpFormatter::make_footer(const CLI::App* app) const {
+    return app->get_footer().empty() ? std::string() : wrap(app->get_footer(), total_width) + '\n';
+}
