@@ -1,10 +1,9 @@
-# Finds what the library stands on and gathers it in one target. Every package may come from the system, from deps/
+# Finds the dependencies of the library and gathers them in one target. They may come from the system, from deps/
 # (`./dev setup`) or from a package manager of your choice through CMAKE_PREFIX_PATH.
 find_package(zstd CONFIG REQUIRED)
 find_package(xxHash REQUIRED)
 find_package(double-conversion CONFIG REQUIRED)
 find_package(RPly REQUIRED)
-find_path(VELMAR_FAST_FLOAT_DIR fast_float/fast_float.h REQUIRED)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 
@@ -18,7 +17,6 @@ endif()
 add_library(velmar_dependencies INTERFACE)
 target_link_libraries(velmar_dependencies INTERFACE ${velmar_zstd} xxHash::xxhash double-conversion::double-conversion
                                                     RPly::rply Threads::Threads)
-target_include_directories(velmar_dependencies SYSTEM INTERFACE "${VELMAR_FAST_FLOAT_DIR}")
 if(NOT WIN32)
     target_link_libraries(velmar_dependencies INTERFACE ${CMAKE_DL_LIBS})
 endif()

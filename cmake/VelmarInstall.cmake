@@ -1,4 +1,4 @@
-# The install tree: the library, its public headers, the tool, and what lets CMake and pkg-config find them.
+# The install tree: library, public headers, tool, and the files for CMake and pkg-config.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS VelmarAPI EXPORT VelmarAPI
@@ -9,16 +9,16 @@ if(TARGET velmar)
     install(TARGETS velmar RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 
-# The flat interface, and for hosts in C++ the exceptions that leave it, with the headers that those need.
+# The flat interface. For hosts in C++ also the exceptions, with the headers that they include.
 install(FILES include/velmarapi.h include/velmarexceptions.h include/velmarstring.h include/velmarmemory.h
               include/velmarcompiler.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 
-# The Python package finds the library from there; what lies beside it is for pip.
+# The Python package finds the library from there; the files next to it are for pip.
 install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" FILES_MATCHING
         PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
 install(FILES python/pyproject.toml python/README.md DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python")
-# For those who make bindings of their own.
+# For authors of other bindings.
 install(DIRECTORY api/functions DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar" FILES_MATCHING PATTERN "*.toml")
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/VelmarAPI")
@@ -35,8 +35,7 @@ string(REGEX REPLACE "/$" "" velmar_pc_prefix "${velmar_pc_prefix}")
 configure_file(cmake/velmarapi.pc.in "${CMAKE_CURRENT_BINARY_DIR}/velmarapi.pc" @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/velmarapi.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 
-# What linkers of other compilers make their import libraries from: the names alone, since which function a name stands
-# for is the library's own matter.
+# For import libraries of other compilers: the names only, without the functions that implement them.
 if(WIN32)
     file(STRINGS api/VelmarAPI.def velmar_def_lines REGEX "^[ \t]*[A-Za-z_]")
     list(FILTER velmar_def_lines EXCLUDE REGEX "^[ \t]*(LIBRARY|EXPORTS)([ \t]|$)")
@@ -47,7 +46,7 @@ if(WIN32)
     install(FILES "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 endif()
 
-# What cmake/package/make.py makes the package of this build from.
+# The input of scripts/package.py.
 if(PROJECT_IS_TOP_LEVEL)
     set(velmar_archive tar.gz)
     if(WIN32)

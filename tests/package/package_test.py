@@ -36,7 +36,7 @@ def run(*command, folder=None, variables=None):
 
 
 def make_package(folder):
-    return pathlib.Path(run(sys.executable, SOURCE / "cmake" / "package" / "make.py", PACKAGE_JSON, folder).strip())
+    return pathlib.Path(run(sys.executable, SOURCE / "scripts" / "package.py", PACKAGE_JSON, folder).strip())
 
 
 def setUpModule():

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Makes the package of a build: what `cmake --install` lays down, stripped, with examples, documents and licences.
+"""Makes the package of a build: the stripped install tree with examples, documents and licences.
 
-Usage: make.py BUILD/package.json FOLDER
+Usage: package.py BUILD/package.json FOLDER
 
-Prints the path of the archive, which holds one folder of its own name. The same build gives the same bytes.
+Prints the path of the archive, which contains one folder of its name. The same build gives the same bytes.
 """
 import gzip
 import io
@@ -18,7 +18,7 @@ import tarfile
 import tempfile
 import zipfile
 
-# Whose code is in our files or linked by them, and where Debian keeps the terms.
+# Code that our files contain or link, and the Debian packages with its licence.
 LICENCES = {
     "zstd": "libzstd-dev",
     "xxHash": "libxxhash-dev",
@@ -26,14 +26,14 @@ LICENCES = {
     "CLI11": "libcli11-dev",
     "stb": "libstb-dev",
 }
-# The runtime that a DLL made by MinGW carries.
+# The runtime in a DLL made by MinGW.
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
-# For people who write hosts or renderer libraries; the other documents are about the sources.
+# For authors of hosts and renderer libraries; the other documents are about the sources.
 DOCUMENTS = ["api", "errors.md", "life-of-a-scene.md", "renderer-layouts.md", "renderer-seam.md",
              "scene-document.md", "threads.md", "vmmesh-format.md"]
 
-# The earliest time that a zip file can tell.
+# The earliest time that a zip file can store.
 TIME = (1980, 1, 1, 0, 0, 0)
 
 
@@ -66,7 +66,7 @@ def add_licences(package, tree):
         if not terms.is_file():
             sys.exit(f"{terms} is missing; it comes with Debian's package {origin}")
         shutil.copyfile(terms, folder / f"{name}.txt")
-    # RPly has no package; its notice closes its header.
+    # RPly has no package; its licence is at the end of its header.
     notice = re.search(r"/\* -+\n( \* Copyright.*?) \* -+ ?\*/\s*$",
                        pathlib.Path(package["rply_header"]).read_text(encoding="utf-8"), re.S)
     if not notice:
@@ -116,7 +116,7 @@ def main():
     archive = folder / f"{package['name']}.{package['archive']}"
     with tempfile.TemporaryDirectory() as temporary:
         tree = pathlib.Path(temporary, package["name"])
-        # Stripping puts the time into a DLL.
+        # Stripping writes the time into a DLL.
         subprocess.run([package["cmake"], "--install", package["build"], "--strip", "--prefix", tree], check=True,
                        stdout=subprocess.DEVNULL, env={**os.environ, "SOURCE_DATE_EPOCH": "0"})
         add_documents(pathlib.Path(package["source"]), tree)

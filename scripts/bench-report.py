@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Prints the tables of docs/performance.md from what Google Benchmark wrote.
+"""Prints the tables of docs/performance.md from the output of Google Benchmark.
 
-Usage: report.py FILE.json...
+Usage: bench-report.py FILE.json...
 
-A benchmark whose name holds "velmar" is ours. Its peers are those of the same program, with the same text after the first
-slash, whose name holds the rest of our name: velmarObj/v has the peer tinyObj/v, ParseFloat_Velmar the peer
-ParseFloat_FastFloat. A ratio is the peer's processor time divided by ours, from one run; with repetitions it is that of the
-medians.
+A benchmark whose name contains "velmar" is ours. It is compared with those of the same program with the same text after the
+first slash whose names contain the rest of our name: velmarObj/v with tinyObj/v, ParseFloat_Velmar with
+ParseFloat_FastFloat. A ratio is the other library's processor time divided by ours, measured in one run; with repetitions
+it is the ratio of the medians.
 """
 import json
 import pathlib
@@ -15,7 +15,7 @@ import sys
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 OURS = re.compile("velmar", re.IGNORECASE)
-# What every run has; the rest are counters of its own.
+# Keys of every run; the others are its counters.
 USUAL = {"name", "run_name", "family_index", "per_family_instance_index", "run_type", "repetitions", "repetition_index",
          "threads", "iterations", "real_time", "cpu_time", "time_unit", "label", "aggregate_name", "aggregate_unit",
          "items_per_second", "bytes_per_second"}
@@ -23,7 +23,7 @@ USUAL = {"name", "run_name", "family_index", "per_family_instance_index", "run_t
 
 def read_runs(path):
     text = path.read_text()
-    # A program that a filter leaves nothing to do writes nothing.
+    # A program whose benchmarks are all filtered out writes nothing.
     runs = [r for r in json.loads(text)["benchmarks"] if not r.get("error_occurred")] if text else []
     medians = [r for r in runs if r.get("aggregate_name") == "median"]
     return medians or [r for r in runs if r.get("run_type") == "iteration"]
@@ -61,7 +61,7 @@ def counters_of(run):
 
 
 def rows_of(runs):
-    """Our run, its case, and a peer or None."""
+    """Name, case, our run, and the compared run with its name or None."""
     for ours in runs:
         name, case = split(ours)
         if not OURS.search(name):

@@ -1,23 +1,23 @@
 #!/usr/bin/env bash
-# Installs the packages that are missing and builds, once, the dependencies that Debian has no binary package for.
-# Silent and quick when there is nothing to do. Written for Debian 12.
+# Installs missing packages, and builds the dependencies for which Debian has no binary package, once. Fast and silent if
+# there is nothing to do. For Debian 12.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-# wine64-preloader: without it the system may put something where Wine needs memory of its own, and about one program in
-# a thousand doesn't start.
+# wine64-preloader: without it another mapping may occupy addresses that Wine needs, and about one program in a thousand
+# doesn't start.
 packages=(
     g++ clang lld libclang-rt-14-dev clang-format clang-tidy cmake ninja-build python3 git # compilers and checks
     g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
-    libzstd-dev libxxhash-dev libdouble-conversion-dev libfast-float-dev                   # the library
+    libzstd-dev libxxhash-dev libdouble-conversion-dev                                     # the library
     libcli11-dev libstb-dev                                                                # the command line tool
     googletest libpugixml-dev libeigen3-dev pkgconf llvm locales                           # the tests
-    libbenchmark-dev libtinyobjloader-dev libassimp-dev                                    # the benchmarks and peers
+    libbenchmark-dev libfast-float-dev libtinyobjloader-dev libassimp-dev                  # benchmarks and comparisons
     python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package
     glmark2-data assimp-testmodels                                                         # real models
 )
 
-. cmake/source-packages.sh
+. scripts/source-packages.sh
 
 # ---- packages -----------------------------------------------------------------------------------------------------------
 
@@ -36,7 +36,7 @@ if [ ${#missing[@]} != 0 ]; then
     fi
     apt=("${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -q -y -o DPkg::Lock::Timeout=300)
     say "installing ${missing[*]}"
-    # A fresh machine's lists are empty or old; one that can answer as it is needs no update.
+    # The package lists of a new machine are empty or old. Update them only if they don't suffice.
     quietly "${apt[@]}" install --no-install-recommends "${missing[@]}" 2>/dev/null || {
         quietly "${apt[@]}" update || die "apt-get update failed"
         quietly "${apt[@]}" install --no-install-recommends "${missing[@]}" || die "installing failed: ${missing[*]}"
@@ -45,8 +45,8 @@ fi
 
 # ---- dependencies from source packages --------------------------------------------------------------------------------------
 
-# A change of what follows builds them anew.
-stamp="deps/made-by-$(sed -n '/^# ---- dependencies/,$p' cmake/setup.sh | sha256sum | cut -c1-16)"
+# A change below rebuilds them.
+stamp="deps/made-by-$(sed -n '/^# ---- dependencies/,$p' scripts/setup.sh | sha256sum | cut -c1-16)"
 if [ -e "$stamp" ]; then exit 0; fi
 
 mkdir -p deps
@@ -63,7 +63,7 @@ say "fetching the sources of the dependencies"
 source_archives "$work"
 cd "$work"
 fetch_sources libzstd xxhash double-conversion pugixml
-# The archive is large and two of its files are wanted, so it isn't unpacked whole.
+# Only two files of this large archive are needed, so it isn't unpacked as a whole.
 fetch_sources --download-only cloudcompare
 
 # for_windows FOLDER [OPTION...]: builds one dependency with its own CMake files into deps/windows.
@@ -83,11 +83,11 @@ for_windows "$(echo xxhash-*/)cmake_unofficial" -DXXHASH_BUILD_XXHSUM=OFF
 for_windows "$(echo double-conversion-*/)"
 for_windows "$(echo pugixml-*/)"
 
-# Headers alone serve both systems; /usr/include as a whole must never be searched by a cross-build.
-cp -r /usr/include/CLI /usr/include/fast_float /usr/include/eigen3 "$root/deps/windows/include/"
+# Header-only libraries. /usr/include itself must never be searched by a cross-build.
+cp -r /usr/include/CLI /usr/include/eigen3 "$root/deps/windows/include/"
 cp -r /usr/share/cmake/CLI11 "$root/deps/windows/share/cmake/"
 
-# RPly has no package of its own; this one carries a copy of its two files.
+# RPly has no package; this one contains its two files.
 tar -xzf cloudcompare_*.orig.tar.gz --wildcards --strip-components=3 '*/libs/qCC_io/rply.[ch]'
 rply() {
     local compiler=$1 archiver=$2 prefix=$3
@@ -97,7 +97,7 @@ rply() {
         die "building RPly with $compiler failed"
 }
 rply gcc ar "$root/deps/linux"
-# With the sscanf of Windows: the compiler's own one writes to null when memory is exhausted.
+# Use the sscanf of Windows: MinGW's writes to null when memory is exhausted.
 rply x86_64-w64-mingw32-gcc-posix x86_64-w64-mingw32-ar "$root/deps/windows" -D__USE_MINGW_ANSI_STDIO=0
 
 cd "$root"

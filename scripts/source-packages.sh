@@ -1,17 +1,17 @@
-# For scripts that build from Debian's source packages: words to the user, and an apt that takes them.
+# Functions for scripts that build from Debian's source packages: messages, and apt with source archives.
 
 die() { printf '%s: %s\n' "$(basename "$0" .sh)" "$*" >&2; exit 1; }
 say() { printf '%s: %s\n' "$(basename "$0" .sh)" "$*" >&2; }
 
-# quietly COMMAND...: its output is shown only when it fails.
+# quietly COMMAND...: prints its output only if it fails.
 quietly() {
     local output
     output=$("$@" 2>&1) || { printf '%s\n' "$output" >&2; return 1; }
 }
 
-# source_archives FOLDER [PATTERN]: has `fetch_sources` take them from the same archives and suites as the machine's
-# packages, or those whose line matches the pattern, through a configuration in the folder: the machine's own stays as it is.
-# apt checks them against Debian's signatures.
+# source_archives FOLDER [PATTERN]: makes `fetch_sources` use the archives and suites of the machine's packages, or those
+# whose line matches the pattern. The configuration is in FOLDER; that of the machine isn't changed. apt verifies Debian's
+# signatures.
 source_archives() {
     local folder=$1 pattern=${2:-.}
     mkdir -p "$folder/lists" "$folder/cache"
@@ -22,7 +22,7 @@ source_archives() {
     quietly apt-get "${apt_options[@]}" update || die "reading Debian's list of sources failed"
 }
 
-# fetch_sources PACKAGE...: unpacked into the working directory; with --download-only before them, as they come.
+# fetch_sources [--download-only] PACKAGE...: into the working directory, unpacked unless --download-only is given.
 fetch_sources() {
     quietly apt-get "${apt_options[@]}" source "$@" || die "fetching the sources of $* failed"
 }

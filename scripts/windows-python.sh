@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# Builds, once, a Python for Windows into deps/windows-python, by which the tests of the Python package run under Wine. It is
-# of Debian's sources, because Debian has no such package. Silent and quick when there is nothing to do.
+# Builds a Python for Windows into deps/windows-python, once. It runs the tests of the Python package under Wine. Debian has
+# no such package, so it is built from Debian's sources. Fast and silent if there is nothing to do.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-. cmake/source-packages.sh
+. scripts/source-packages.sh
 
 root=$PWD
 made=$root/deps/windows-python
-stamp="$made/made-by-$(cat cmake/windows-python.sh cmake/windows-python/* cmake/toolchain-windows.cmake | sha256sum | cut -c1-16)"
+stamp="$made/made-by-$(cat scripts/windows-python.sh cmake/windows-python/* cmake/toolchain-windows.cmake | sha256sum | cut -c1-16)"
 if [ -e "$stamp" ]; then exit 0; fi
 
 mkdir -p deps
@@ -23,7 +23,7 @@ cd "$work"
 
 # ---- sources ------------------------------------------------------------------------------------------------------------
 
-# Of the release alone: what the archive of its security fixes lists isn't always there.
+# Only from the release: packages listed by the archive of security fixes aren't always available.
 release=$(. /etc/os-release && echo "$VERSION_CODENAME")
 say "fetching the sources of a Python for Windows"
 source_archives "$work" " $release "
@@ -32,8 +32,7 @@ python=$(echo "$work"/python3.11-*/)
 python=${python%/}
 ffi=$(echo "$work"/libffi-*/)
 
-# Where the constants of an enumeration are the Microsoft headers' alone, MinGW's are macros already, and these would
-# replace their values by themselves.
+# MinGW defines these constants as macros, which would be redefined as themselves.
 sed -i '/^#define \(IPPROTO_[A-Z0-9]*\) \1\b/d' "$python/Modules/socketmodule.c"
 
 # ---- the interpreter ----------------------------------------------------------------------------------------------------
@@ -52,11 +51,11 @@ quietly cmake -S "$root/cmake/windows-python" -B build -G Ninja -DCMAKE_BUILD_TY
 quietly cmake --build build -j "$(nproc)" || die "building the interpreter failed"
 cp build/python.exe "$made/"
 
-# ---- its library, but for the large parts that no test imports --------------------------------------------------------------
+# ---- its library, without large parts that no test imports ----------------------------------------------------------------
 
 unwanted=(distutils ensurepip idlelib lib2to3 msilib pydoc_data sqlite3 test tests tkinter turtledemo __pycache__)
 tar -C "$python" -c "${unwanted[@]/#/--exclude=}" Lib | tar -C "$made" -x
-# Each test is a process or more, and each would compile what it imports.
+# Otherwise each test process would compile what it imports.
 quietly /usr/bin/python3.11 -m compileall -q -j "$(nproc)" --invalidation-mode unchecked-hash "$made/Lib" ||
     die "compiling the library failed"
 

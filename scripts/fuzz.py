@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Runs fuzzers for a bounded processor time and prints what came of it, as a Markdown table.
+"""Runs fuzzers for a given processor time and prints the results as a Markdown table.
 
-    tests/fuzz/run.py FOLDER_OF_FUZZERS SECONDS [NAME...]
+Usage: fuzz.py FOLDER_OF_FUZZERS SECONDS [NAME...]
 
-Seeds are the inputs of the repository and the small files of Debian's packages of models that a reader takes by their
-ending; the latter are collected beside the fuzzers, as is what the fuzzers add. A finding is kept, and the fuzzer goes
-on with the time that is left. A further run goes on where the last one ended, and the table adds up all of them.
+Seeds are the corpora of the repository and small files of Debian's packages of models, by extension; the latter are copied
+next to the fuzzers, where the inputs are that the fuzzers add. After a finding, which is kept, a fuzzer continues for the
+time that is left. A further run continues where the last one ended, and the table adds up all runs.
 """
 
 import os
@@ -18,7 +18,7 @@ import sys
 import time
 
 PACKAGES = ["assimp-testmodels", "glmark2-data"]
-LONGEST = 64 * 1024
+MAX_SEED_SIZE = 64 * 1024
 ENDINGS = {
     "ObjFuzz": [".obj"],
     "MtlFuzz": [".mtl"],
@@ -27,8 +27,8 @@ ENDINGS = {
     "ParserFuzz": [".obj", ".mtl", ".stl"],
     "VmmeshFuzz": [".vmmesh"],
 }
-MOST_FINDINGS = 10
-REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
+MAX_FINDINGS = 10
+REPOSITORY = pathlib.Path(__file__).resolve().parents[1]
 
 
 def package_files():
@@ -37,29 +37,29 @@ def package_files():
 
 
 def collect_seeds(folder, name, converter):
-    """Copies small files; for vmmesh, what the command line tool makes of each model."""
+    """Copies small files. For vmmesh, converts each model by the command line tool."""
     folder.mkdir(parents=True, exist_ok=True)
     endings = ENDINGS.get(name, [])
     for path in package_files():
         seed = folder / "-".join(path.parts[-2:])
-        if path.suffix.lower() in endings and path.stat().st_size <= LONGEST:
+        if path.suffix.lower() in endings and path.stat().st_size <= MAX_SEED_SIZE:
             shutil.copyfile(path, seed)
         elif ".vmmesh" in endings and path.suffix.lower() in (".obj", ".ply", ".stl") and converter.exists():
             seed = seed.with_name(seed.name + ".vmmesh")
             subprocess.run([converter, "convert", path, seed], capture_output=True, check=False)
-            if seed.exists() and seed.stat().st_size > LONGEST:
+            if seed.exists() and seed.stat().st_size > MAX_SEED_SIZE:
                 seed.unlink()
     return folder
 
 
 def processor_time(pid):
-    """Seconds that a process has had so far."""
+    """The seconds that a process has used so far."""
     fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
 def run_once(command, log, seconds):
-    """Runs one process until it has had its time or has found something. Gives its time and whether it found."""
+    """Runs one process until its time is used up or it finds something. Returns the time used and whether it found."""
     process = subprocess.Popen(command, stdout=log, stderr=log)
     used = 0.0
     while process.poll() is None:
@@ -73,7 +73,7 @@ def run_once(command, log, seconds):
 
 
 def table_row(name, log):
-    """What the log of one or several runs says."""
+    """Summarises the log of one or several runs."""
     used = sum(map(float, re.findall(r"^processor time: ([\d.]+)", log, re.MULTILINE)))
     executed = sum(map(int, re.findall(r"stat::number_of_executed_units:\s*(\d+)", log)))
     findings = len(re.findall(r"Test unit written to (?!.*-slow-unit-)", log))
@@ -93,13 +93,13 @@ def fuzz(fuzzer, seconds):
     log_path = build / f"{name}.log"
     # New inputs go to the first folder; the others are only read.
     command = [
-        str(fuzzer), f"-max_len={LONGEST}", "-timeout=20", "-rss_limit_mb=4096", "-print_final_stats=1",
+        str(fuzzer), f"-max_len={MAX_SEED_SIZE}", "-timeout=20", "-rss_limit_mb=4096", "-print_final_stats=1",
         f"-artifact_prefix={found}/{name}-", str(own), str(seeds), str(REPOSITORY / "tests/fuzz/corpus" / name),
     ]
     left = seconds
     findings = 0
     with open(log_path, "a", encoding="utf-8") as log:
-        while left > 0 and findings < MOST_FINDINGS:
+        while left > 0 and findings < MAX_FINDINGS:
             used, failed = run_once(command, log, left)
             log.write(f"\nprocessor time: {used:.2f}\n")
             log.flush()
