@@ -1,5 +1,5 @@
-/// Writing a document of many small nodes with three doubles each, beside pugixml, which builds its tree and saves the
-/// same text. Both convert the numbers, by double-conversion's shortest form.
+/// Writing a document of many small nodes with three doubles each, compared with pugixml, which builds a tree and saves
+/// the same text. Both convert the numbers, by double-conversion's shortest form.
 
 #include "bench/support/PeakMemory.h"
 #include "bench/support/TempFile.h"
@@ -26,7 +26,7 @@ struct Values {
     double pre_scale, post_scale, burn;
 };
 
-/// Numbers as people and programs give them: half have a few digits, half all seventeen.
+/// Typical numbers: half have a few digits, half all seventeen.
 std::vector<Values> makeValues(std::int64_t count) {
     std::mt19937_64 random(1);
     std::uniform_real_distribution<double> full(0.0, 100.0);
@@ -38,7 +38,7 @@ std::vector<Values> makeValues(std::int64_t count) {
     return values;
 }
 
-/// The scene stands before the clock starts: the writer's work alone is compared with the peer's.
+/// The scene is built before the measurement: only writing is compared.
 Reference<SceneNodeRoot> makeScene(const std::vector<Values>& values) {
     Reference<SceneNodeRoot> root(new SceneNodeRoot);
     for (const Values& v : values) {
@@ -85,13 +85,13 @@ void writeByPugixml(const std::vector<Values>& values, const std::string& path) 
 std::string readLines(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::string lines(std::istreambuf_iterator<char>(file), {});
-    // The peer has no empty lines between nodes.
+    // pugixml writes no empty lines between nodes.
     lines.erase(std::unique(lines.begin(), lines.end(), [](char a, char b) { return a == '\n' && b == '\n'; }),
                 lines.end());
     return lines;
 }
 
-/// A comparison of speeds means something only where the work is the same.
+/// A comparison is valid only if the output is the same.
 void requireSameText(const SceneNodeRoot& root, const std::vector<Values>& values) {
     const BenchSupport::TempFile ours("ours.xml");
     const BenchSupport::TempFile theirs("theirs.xml");

@@ -22,7 +22,7 @@ std::vector<float> positions() {
     return numbers;
 }
 
-/// Triangles in the form of the flat interface: a word that tells the kind, then the record.
+/// Triangles in the form of the flat interface: the kind, then the record.
 std::vector<unsigned> triangleWords() {
     std::vector<unsigned> words;
     for (unsigned i = 0; i < num_faces; ++i)

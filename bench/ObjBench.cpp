@@ -15,7 +15,7 @@ namespace {
 
 /// 710 by 710 cells: a little more than a million triangles.
 constexpr std::uint32_t cells = 710;
-/// Few enough to count instructions by, which takes fifty times as long.
+/// Small enough to count instructions, which takes fifty times as long.
 constexpr std::uint32_t few_cells = 100;
 
 template <ObjCorners corners, std::uint32_t model_cells>

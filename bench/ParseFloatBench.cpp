@@ -9,8 +9,8 @@
 #include <random>
 #include <string>
 
-// Numbers from text, as mesh files hold them: our parser beside double-conversion, whose results it gives to the bit,
-// and beside fast_float. The argument chooses the printed form.
+// Numbers from text as in mesh files: our parser compared with double-conversion, which gives identical results, and
+// with fast_float. The argument selects the printed form.
 
 namespace {
 

@@ -16,7 +16,7 @@ namespace {
 
 /// 710 by 710 cells: a little more than a million triangles.
 constexpr std::uint32_t many_cells = 710;
-/// Few enough to count instructions by.
+/// Small enough to count instructions.
 constexpr std::uint32_t few_cells = 100;
 
 template <class T>
@@ -129,12 +129,12 @@ void readByRPly(benchmark::State& state, ModelFile file, p_ply_read_cb callback)
     }
 }
 
-/// The same file and the same callbacks, which look at nothing.
+/// The same file with empty callbacks.
 void barePly(benchmark::State& state, ModelFile file) {
     readByRPly(state, file, doNothing);
 }
 
-/// The least that a reader through RPly has to do: each callback asks for its state and the number.
+/// The minimum that a reader by RPly must do: each callback asks for its state and the number.
 void leastPly(benchmark::State& state, ModelFile file) {
     readByRPly(state, file, keepNumber);
 }

@@ -1,6 +1,6 @@
-/// A scene of many models, each with a material of its own, built through the exported functions and written; the
-/// writing beside pugixml, which builds its tree and saves the same text. The cost of a node should not depend on how
-/// many there are.
+/// A scene of many models, each with a material of its own, built through the exported functions and written;
+/// writing is compared with pugixml, which builds a tree and saves the same text. The cost of a node should not depend
+/// on their number.
 
 #include "velmarapi.h"
 
@@ -29,14 +29,14 @@ using Velmar::NumberText;
 
 namespace {
 
-/// What a model differs in.
+/// The values that differ between models.
 struct Item {
     std::string name;
     double colour[3];
     float position[3];
 };
 
-/// Not a multiple of a right angle, so that all of the rotation is written.
+/// Not a multiple of 90 degrees, so that all numbers of the rotation have many digits.
 constexpr float rotation[9] = {0.8F, -0.6F, 0, 0.6F, 0.8F, 0, 0, 0, 1};
 constexpr float triangle[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
 constexpr std::uint32_t face[8] = {0, 0, 1, 2, 0, 0, 0, 0};
@@ -44,9 +44,8 @@ constexpr std::uint32_t face[8] = {0, 0, 1, 2, 0, 0, 0, 0};
 /// A model and its material.
 constexpr std::int64_t nodes_per_item = 2;
 
-/// What building is measured over, in as many scenes as it takes. All are kept until the end: otherwise a small scene
-/// is built again and again in the same few pages, which lie in the cache, and only the large ones pay for fresh
-/// memory.
+/// The number of models that are built in each measurement, in one scene or several. All scenes are kept until the end:
+/// otherwise small scenes would reuse memory that is in the cache, and only large ones would need new memory.
 constexpr std::int64_t models_in_all = 1'000'000;
 
 std::vector<Item> makeItems(std::int64_t count) {
@@ -152,7 +151,7 @@ std::string readItems(const std::string& path) {
     return text;
 }
 
-/// The scene's document with its folder of meshes, in a folder that goes with the object.
+/// The scene's document with its folder of meshes, in a folder that is removed with the object.
 class SceneFile {
   public:
     SceneFile() : folder("scene") { std::filesystem::create_directory(folder.path()); }
@@ -184,7 +183,7 @@ void velmarSceneBuild(benchmark::State& state) {
         state.PauseTiming();
         for (ScenePointer& scene : scenes)
             scene.reset();
-        // Else the next round finds pages that this one has touched.
+        // Otherwise the next iteration would reuse memory that this one has accessed.
         malloc_trim(0);
         state.ResumeTiming();
     }
@@ -197,7 +196,7 @@ void velmarSceneWrite(benchmark::State& state) {
     const SilentOutput silence;
     const ScenePointer scene = buildScene(items);
     const TempFile peer_file("peer.xml");
-    // A comparison of speeds means something only where the work is the same.
+    // A comparison is valid only if the output is the same.
     VelmarScene_WriteToXML(scene.get(), file.path().c_str());
     writeByPugixml(items, peer_file.path());
     if (readItems(file.path()) != readItems(peer_file.path())) throw std::runtime_error("the two documents differ");

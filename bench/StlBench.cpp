@@ -80,7 +80,7 @@ void assimpStl(benchmark::State& state, ModelFile file) {
     readByAssimp(state, file().path());
 }
 
-/// The vertices alone, 36 bytes at a time, into an array of the right size.
+/// Copies only the vertices, 36 bytes at a time, into an array of the right size.
 void copyStl(benchmark::State& state, ModelFile model) {
     const std::string& path = model().path();
     for (auto _ : state) {

@@ -20,7 +20,7 @@ using namespace Velmar;
 
 namespace {
 
-/// A mesh by a function, so that only those that are measured are made.
+/// A mesh by a function, so that only the measured ones are created.
 using MeshSource = const Mesh& (*)();
 
 std::string scratchPath(const char* name) {
@@ -33,7 +33,7 @@ std::string fileFor(const Mesh& mesh, bool compressed) {
     return path;
 }
 
-/// The bytes of a plain file, and so nearly those that are compressed.
+/// The bytes of a plain file, nearly those that are compressed.
 std::vector<char> plainBytes(const Mesh& mesh) {
     const std::string path = fileFor(mesh, false);
     const MappedFile file(path);
@@ -78,7 +78,7 @@ void readVmmesh(benchmark::State& state, MeshSource source, bool compressed) {
     countBytes(state, bytes);
 }
 
-/// The same bytes from a mapping into fresh memory of the C runtime.
+/// Copies the same bytes from a mapping into new memory of the C runtime.
 void bareMemcpy(benchmark::State& state, MeshSource source) {
     const std::string path = fileFor(source(), false);
     std::size_t size = 0;
@@ -93,7 +93,7 @@ void bareMemcpy(benchmark::State& state, MeshSource source) {
     countBytes(state, size);
 }
 
-/// The body of a compressed file, as the writer hands it to zstd: taken from the file itself.
+/// The input of zstd for a compressed file, decompressed from the file itself.
 std::vector<char> innerBlock(const Mesh& mesh) {
     const MappedFile file(fileFor(mesh, true));
     constexpr std::size_t frame_offset = 16 + 3 * 4 + 8;
@@ -104,7 +104,7 @@ std::vector<char> innerBlock(const Mesh& mesh) {
     return inner;
 }
 
-/// The block that the writer has to fill first is ready here; `use` gets the frame and its size.
+/// Unlike the writer, this doesn't fill the input block; `use` gets the frame and its size.
 template <class Use>
 void zstdCompress(benchmark::State& state, MeshSource source, Use use) {
     const std::vector<char> inner = innerBlock(source());
@@ -138,12 +138,12 @@ void zstdDecompress(benchmark::State& state, MeshSource source) {
     countBytes(state, plainBytes(source()).size());
 }
 
-/// Lets every large block be fresh memory, for us and our peers, as it is to a host that reads one file. Otherwise the
-/// runtime learns from the first blocks to keep some for the next, and what is measured hangs on the order of the runs.
+/// Makes every large block new memory, for us and the compared code, as in a host that reads one file. Otherwise the
+/// runtime would keep freed blocks, and the times would depend on the order of the runs.
 [[maybe_unused]] const int fresh_memory = mallopt(M_MMAP_THRESHOLD, 128 * 1024);
 
 void measure(const std::string& name, MeshSource source) {
-    // A peer bears the rest of our name, and the table sets the two side by side.
+    // The report compares benchmarks whose names share the rest of ours.
     using State = benchmark::State;
     const auto add = [&](const std::string& what, auto run) {
         benchmark::RegisterBenchmark((what + "/" + name).c_str(), run)->Unit(benchmark::kMillisecond);

@@ -4,7 +4,7 @@ foreach(source IN LISTS fuzz_sources)
     cmake_path(GET source STEM name)
     add_executable(${name} "${source}")
     velmar_own_code(${name})
-    # Exports that are one function have the type of one of their names only.
+    # Several exports can be one function, which has the type of one of them.
     target_compile_options(${name} PRIVATE -fsanitize=fuzzer -fno-sanitize=function)
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
     target_link_libraries(${name} PRIVATE velmar_core VelmarAPI)

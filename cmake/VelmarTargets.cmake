@@ -7,15 +7,15 @@ if(VELMAR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 if(MINGW)
-    # The compiler's runtime goes into each binary: a DLL of ours is one file.
+    # Links the compiler's runtime statically: a DLL of ours is one file.
     add_link_options(-static)
 endif()
 if(VELMAR_SANITIZE)
-    # For everything below, GoogleTest too: a container that passes between checked and unchecked code gives false alarms.
+    # Also for GoogleTest: containers that pass between checked and unchecked code give false alarms.
     add_compile_options(-fsanitize=${VELMAR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${VELMAR_SANITIZE})
     if(VELMAR_SANITIZE MATCHES "undefined")
-        # Objects of the renderer library are ours only by layout: they have no type information of ours.
+        # Objects of the renderer library have our layout but not our type information.
         add_compile_options(-fno-sanitize=vptr)
     endif()
 endif()
@@ -32,7 +32,7 @@ function(velmar_sources out)
     set(${out} "${files}" PARENT_SCOPE)
 endfunction()
 
-# velmar_own_code(<target>): our rules of compilation; third-party targets don't get them.
+# velmar_own_code(<target>): the compile options of our own targets.
 function(velmar_own_code target)
     target_compile_features(${target} PRIVATE cxx_std_20 c_std_99)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF C_EXTENSIONS OFF
@@ -46,35 +46,35 @@ function(velmar_own_code target)
     endif()
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wconversion -Wshadow $<$<BOOL:${VELMAR_WARNINGS_AS_ERRORS}>:-Werror>
-        # Layouts are shared with another compiler and pinned by offset; every compiler here gives offsets of such classes.
+        # Layouts are pinned by offset; all supported compilers define offsetof for these classes.
         $<$<COMPILE_LANGUAGE:CXX>:-Wno-invalid-offsetof>
-        # Clang counts sign conversions among -Wconversion, GCC doesn't.
+        # Clang's -Wconversion includes sign conversions, GCC's doesn't.
         $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-sign-conversion>
-        # GCC inlines one of a class's own operators new and delete and not the other, and takes that for a mismatch.
+        # GCC warns if it inlines only one of a class's operators new and delete.
         $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-mismatched-new-delete>
-        # Objects are constructed in memory that operator new has zeroed, and padding keeps those zeros.
+        # operator new zeroes memory, and the zeros of padding must survive construction.
         $<$<CXX_COMPILER_ID:GNU>:-fno-lifetime-dse>
-        # The same sources give the same binary wherever they lie.
+        # The binary doesn't depend on the path of the sources.
         "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 endfunction()
 
-# velmar_compile_together(<target>): sources in groups of several, because they take less time than the headers that all of
-# them include. They still include what they need; CMAKE_UNITY_BUILD=OFF compiles each on its own, as clang-tidy wants.
+# velmar_compile_together(<target>): compiles several sources at a time, because the headers that they include take longest.
+# Each still includes what it needs; with CMAKE_UNITY_BUILD=OFF each is compiled alone, as for clang-tidy.
 function(velmar_compile_together target)
     if(DEFINED CMAKE_UNITY_BUILD)
         return()
     endif()
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
-    # Headers of the system define macros of common words.
+    # System headers define macros with common names.
     get_target_property(sources ${target} SOURCES)
     list(FILTER sources INCLUDE REGEX "(_(win|posix)\\.cpp|\\.c)$")
     set_source_files_properties(${sources} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-    # Fixtures in unnamed namespaces are in included files then.
+    # The fixtures' unnamed namespaces are in included files then.
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
 endfunction()
 
-# velmar_exports(<library> <file.def>): makes the names of the file the library's exports on every system. A line
-# "Name = target" exports the function `target` as `Name`, so that several names can be one function.
+# velmar_exports(<library> <file.def>): the library exports the names of the file, on every system. A line "Name = target"
+# exports the function `target` as `Name`, so that several names can be one function.
 function(velmar_exports target def)
     set(def "${CMAKE_CURRENT_SOURCE_DIR}/${def}")
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${def}")
@@ -83,7 +83,7 @@ function(velmar_exports target def)
         target_sources(${target} PRIVATE "${def}")
         return()
     endif()
-    # Here the list alone says what is visible, whatever the declarations carry.
+    # The version script hides all other names.
     set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default)
     set(names "")
     file(READ "${def}" lines)
@@ -107,8 +107,7 @@ function(velmar_exports target def)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
 endfunction()
 
-# velmar_version_resource(<target> <file> <description>): what Windows shows as the properties of the file, with the
-# project's version.
+# velmar_version_resource(<target> <file> <description>): the properties of the file in Windows, with the project's version.
 function(velmar_version_resource target velmar_file velmar_description)
     if(NOT WIN32)
         return()

@@ -1,5 +1,5 @@
-# Windows programs that are built elsewhere run through Wine, in a prefix of the build folder, so that neither the
-# user's own prefix nor another build is touched.
+# Cross-built Windows programs are run by Wine, in a prefix of the build folder, which is independent of the user's prefix and of
+# other builds.
 if(NOT (WIN32 AND CMAKE_CROSSCOMPILING))
     return()
 endif()
@@ -19,10 +19,10 @@ configure_file(cmake/wine.in "${CMAKE_BINARY_DIR}/wine" @ONLY FILE_PERMISSIONS O
                GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_BINARY_DIR}/wine")
 
-# Made once, before the tests: two that start together in a missing prefix would both try to make it.
+# Created before the tests: two programs that start at the same time would both create it.
 add_custom_command(OUTPUT "${VELMAR_WINEPREFIX}/made"
     COMMAND "${CMAKE_COMMAND}" -E rm -rf "${VELMAR_WINEPREFIX}"
     COMMAND "${CMAKE_BINARY_DIR}/wine" wineboot --init
     COMMAND "${CMAKE_COMMAND}" -E touch "${VELMAR_WINEPREFIX}/made"
-    COMMENT "Making the Wine prefix of this build" VERBATIM)
+    COMMENT "Creating the Wine prefix of this build" VERBATIM)
 add_custom_target(wineprefix ALL DEPENDS "${VELMAR_WINEPREFIX}/made")

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# A real mesh becomes a scene on disk: the Windows tool and library export the Stanford bunny, and what came of it is
-# shown. The same run by the native build must give the same scene.
+# Makes a scene of a real mesh: the Windows build exports the Stanford bunny, and the result is shown. The native build must give
+# the same scene.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 die() { printf 'demo: %s\n' "$*" >&2; exit 1; }
 say() { printf '\n== %s\n' "$*"; }
 
-# compile PRESET TARGET...: the output is shown only when it fails.
+# compile PRESET TARGET...: prints the output only if it fails.
 compile() {
     local preset=$1 log=build/$1-demo.log
     shift
@@ -18,7 +18,7 @@ compile() {
 
 model=$(dpkg -L glmark2-data 2>/dev/null | grep '/bunny\.obj$') || die "the package glmark2-data is missing; ./dev setup installs it"
 
-say "building VelmarAPI.dll and velmar.exe, and their native twins (a few minutes the first time)"
+say "building VelmarAPI.dll and velmar.exe, and the same for Linux (a few minutes the first time)"
 compile windows velmar wineprefix render_in_c
 compile linux velmar
 
@@ -29,7 +29,7 @@ cp "$model" demo/bunny.obj
 say "velmar.exe export bunny.obj scene.xml      (VelmarAPI.dll, run by Wine)"
 (cd demo && ../build/windows/wine ../build/windows/velmar.exe export bunny.obj scene.xml | tr -d '\r')
 
-say "what is on disk"
+say "files"
 (cd demo && find bunny.obj scene.xml scene_meshes -type f -printf '%10s  %p\n')
 
 say "the nodes of scene.xml"
@@ -38,11 +38,11 @@ awk -F'[<>]' '{ gsub(/\r/, "") }
     /^\t\t<uid>/ { uid = $3 }
     /^\t\t<name>/ { printf "%4d  %-20s %s\n", uid, kind, $3 }' demo/scene.xml
 
-say "its head"
+say "the beginning of scene.xml"
 tr -d '\r' <demo/scene.xml | sed 's/\t/  /g' | head -n 34
-printf '  ... and so on, %d lines in all\n' "$(wc -l <demo/scene.xml)"
+printf '  ... (%d lines)\n' "$(wc -l <demo/scene.xml)"
 
-# The larger of the two; the other is the ground.
+# The larger of the two; the other one is the ground.
 mesh=$(cd demo && ls -S scene_meshes/*.vmmesh | head -n 1)
 say "velmar.exe info ${mesh//\//\\}"
 (cd demo && ../build/windows/wine ../build/windows/velmar.exe info "$mesh" | tr -d '\r')
@@ -50,7 +50,7 @@ say "velmar.exe info ${mesh//\//\\}"
 (cd demo/native && ../../build/linux/velmar export --quiet ../bunny.obj scene.xml)
 diff -r demo/scene_meshes demo/native/scene_meshes || die "the two builds wrote different meshes"
 tr -d '\r' <demo/scene.xml | cmp - demo/native/scene.xml || die "the two builds wrote different documents"
-say "the native build wrote the same scene, byte for byte but for the line ends (demo/native/)"
+say "the native build wrote the same scene, byte for byte except for the line ends (demo/native/)"
 
-say "the second road: render_in_c.exe hands a scene to a renderer library, a stand-in that tells of each call"
+say "render_in_c.exe passes a scene to a stub renderer library, which prints each call"
 (cd build/windows/standin/demo && VELMAR_STANDIN_RECORD=- ../../wine ../../render_in_c.exe | tr -d '\r' | grep -v '^ ')

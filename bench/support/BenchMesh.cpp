@@ -14,7 +14,7 @@ namespace {
 
 using Indices = std::uint32_t[3];
 
-/// Cuts each triangle into four at the middles of its edges, which neighbours share.
+/// Divides each triangle into four at the midpoints of its edges, which neighbours share.
 void refine(const Mesh& coarse, Mesh& fine) {
     for (const Vec3f& vertex : coarse.verts)
         fine.addVertex(vertex);

@@ -23,7 +23,7 @@ inline std::size_t bytesIn(const Velmar::Mesh& mesh) {
            mesh.quads.size() * sizeof(Velmar::MeshQuad);
 }
 
-/// Measures `load(path, mesh)`. The peak of memory is that of one call and counts the pages of a mapped file.
+/// Measures `load(path, mesh)`. The peak memory is that of one call and includes the pages of a mapped file.
 template <class Load>
 void readByVelmar(benchmark::State& state, const std::string& path, Load load) {
     {
@@ -44,7 +44,7 @@ void readByVelmar(benchmark::State& state, const std::string& path, Load load) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(file_size));
 }
 
-/// The same file by assimp, which is asked for nothing beyond reading.
+/// Reads the same file by assimp without post-processing.
 inline void readByAssimp(benchmark::State& state, const std::string& path) {
     std::size_t triangles = 0;
     for (auto _ : state) {

@@ -23,7 +23,7 @@ std::size_t readStatus(const std::string& field) {
 
 PeakMemory::PeakMemory() {
     malloc_trim(0);
-    // This lowers the peak to the present use.
+    // This resets the peak to the current use.
     std::ofstream("/proc/self/clear_refs") << "5";
     before = readStatus("VmRSS");
 }

@@ -4,11 +4,10 @@
 
 namespace BenchSupport {
 
-/// How much the resident memory of this process rises above what it was when the object was made, whatever allocates
-/// it.
+/// The rise of the resident memory of this process since the object was created, by any allocator.
 class PeakMemory {
   public:
-    /// Hands unused memory back to the system first, so that what was freed before doesn't hide a rise.
+    /// Returns unused memory to the system first, so that memory that was freed before doesn't hide a rise.
     PeakMemory();
 
     /// The highest rise so far, in bytes.

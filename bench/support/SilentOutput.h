@@ -6,7 +6,7 @@
 
 namespace BenchSupport {
 
-/// Drops what is written to the standard output while it lives: the library tells there of each list of materials.
+/// Discards the standard output during its lifetime: the library prints a line for each list of materials.
 class SilentOutput {
   public:
     SilentOutput() : saved(dup(STDOUT_FILENO)) {

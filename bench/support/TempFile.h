@@ -6,7 +6,7 @@
 
 namespace BenchSupport {
 
-/// A path of this process for one file, which goes with the object.
+/// A path of this process for one file, which is removed with the object.
 class TempFile {
   public:
     explicit TempFile(const std::string& name)

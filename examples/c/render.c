@@ -1,4 +1,4 @@
-/* Renders a scene with the renderer library that lies in the folder "vs2017_64" of the working directory.
+/* Renders a scene with the renderer library in the folder "vs2017_64" of the working directory.
  *
  * The order is that of every host: context, renderer, scene, the render itself, and one delete that ends all three. */
 
@@ -16,7 +16,7 @@ static VelmarScene* makeScene(void) {
     VelmarMaterialNode* material = VelmarMaterial_CreateNode("Red");
     VelmarModel* model;
 
-    /* The size of the image must be set: nothing stands in for it. */
+    /* The size of the image must be set: it has no default. */
     VelmarRenderSettings_Width(settings, 640);
     VelmarRenderSettings_Height(settings, 360);
     VelmarRenderSettings_SuperSampleFactor(settings, 2);
@@ -50,12 +50,12 @@ int main(void) {
     VelmarRenderer* renderer;
 
     if (VelmarContext_Initialize(context) != 0) {
-        /* The reason stands on the standard error stream. No renderer has the context, so it is ours to delete. */
+        /* The reason was printed on the standard error stream. No renderer owns the context, so we delete it. */
         VelmarContext_Delete(context);
         return 1;
     }
 
-    /* From here on the renderer owns the context, and from the next line on the scene. */
+    /* The renderer owns the context now, and the scene after the next line. */
     renderer = VelmarRenderer_Create(context);
     VelmarRenderer_InitializeWithScene(renderer, context, makeScene());
 
@@ -64,7 +64,7 @@ int main(void) {
     VelmarRenderer_Resume(renderer);
     VelmarRenderer_Stop(renderer);
 
-    /* Ends the renderer, the scene and the context, and unloads the library. */
+    /* Destroys the renderer, the scene and the context, and unloads the library. */
     VelmarRenderer_Delete(renderer);
     puts("Rendered.");
     return 0;

@@ -7,13 +7,13 @@
 #include <stdio.h>
 #include <velmarapi.h>
 
-/* The corners of a box of 2 x 2 x 2 metres that stands on the ground. */
+/* The corners of a box of 2 x 2 x 2 metres on the ground. */
 static const float corners[] = {
     -1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0, /* below */
     -1, -1, 2, 1, -1, 2, 1, 1, 2, -1, 1, 2, /* above */
 };
 
-/* One square of texture coordinates serves every side. */
+/* All sides use the same square of texture coordinates. */
 static const float texture_coordinates[] = {0, 0, 1, 0, 1, 1, 0, 1};
 
 enum { TRIANGLE = 0, QUAD = 1 };
@@ -30,7 +30,7 @@ static const uint32_t sides[] = {
     TRIANGLE, 4, 6, 7, 0, 2, 3, LID,           /* */
 };
 
-/* Every node is added as soon as it is made: from then on the scene owns it, and its setters may still be called. */
+/* Every node is added right after it is created. The scene owns it then, and its setters may still be called. */
 
 static void add_render_settings(VelmarScene* scene) {
     VelmarRenderSettings* settings = VelmarRenderSettings_Create();
@@ -83,7 +83,7 @@ static VelmarMesh* add_box(VelmarScene* scene) {
 }
 
 static void add_model(VelmarScene* scene, VelmarMesh* mesh, VelmarMaterialNode** materials, int count) {
-    /* A turn by 90 degrees around the height, row by row, and a place. */
+    /* A rotation by 90 degrees around z, row by row, and a position. */
     static const float rotation[] = {0, -1, 0, 1, 0, 0, 0, 0, 1};
     static const float position[] = {0.5f, 0, 0};
     VelmarModel* model = VelmarModel_Create("Box", mesh);

@@ -1,5 +1,5 @@
-/// Builds a complete scene and writes it: a box of two materials on the ground, in sunlight, seen by a camera. What the
-/// library throws is caught by type, which asks for a compiler of the family that built the library.
+/// Builds a complete scene and writes it: a box of two materials on the ground, in sunlight, seen by a camera. The
+/// library's exceptions are caught by type, which needs a compiler of the family that built the library.
 ///
 /// Usage: scene_in_cpp [SCENE.xml]
 
@@ -15,19 +15,19 @@
 
 namespace {
 
-/// Only the scene needs an owner: it owns every node that is added to it.
+/// Only the scene needs an owner: it owns its nodes.
 struct DeleteScene {
     void operator()(VelmarScene* scene) const { VelmarScene_Delete(scene); }
 };
 using ScenePointer = std::unique_ptr<VelmarScene, DeleteScene>;
 
-/// The corners of a box of 2 x 2 x 2 metres that stands on the ground.
+/// The corners of a box of 2 x 2 x 2 metres on the ground.
 constexpr std::array<float, 24> corners = {
     -1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0, // below
     -1, -1, 2, 1, -1, 2, 1, 1, 2, -1, 1, 2, // above
 };
 
-/// One square of texture coordinates serves every side.
+/// All sides use the same square of texture coordinates.
 constexpr std::array<float, 8> texture_coordinates = {0, 0, 1, 0, 1, 1, 0, 1};
 
 constexpr std::uint32_t triangle = 0;
@@ -46,7 +46,7 @@ constexpr std::uint32_t sides[] = {
     triangle, 4, 6, 7, 0, 2, 3, lid,           //
 };
 
-// Every node is added as soon as it is made: from then on the scene owns it, and its setters may still be called.
+// Every node is added right after it is created. The scene owns it then, and its setters may still be called.
 
 void addRenderSettings(VelmarScene* scene) {
     VelmarRenderSettings* const settings = VelmarRenderSettings_Create();
@@ -99,7 +99,7 @@ VelmarMesh* addBox(VelmarScene* scene) {
 }
 
 void addModel(VelmarScene* scene, VelmarMesh* mesh, std::array<VelmarMaterialNode*, 2> materials) {
-    // A turn by 90 degrees around the height, row by row, and a place.
+    // A rotation by 90 degrees around z, row by row, and a position.
     constexpr float rotation[] = {0, -1, 0, 1, 0, 0, 0, 0, 1};
     constexpr float position[] = {0.5F, 0, 0};
     VelmarModel* const model = VelmarModel_Create("Box", mesh);
@@ -123,7 +123,7 @@ ScenePointer makeScene() {
     return owner;
 }
 
-/// Writes the scene; returns what went wrong, empty when nothing did.
+/// Writes the scene. Returns an error message, or an empty string.
 std::string writeScene(const std::string& path) {
     // The library's classes share no base and don't derive from std::exception: each is caught by its name.
     try {

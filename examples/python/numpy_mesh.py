@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Writes a scene of a mesh that numpy makes: rings of waves on water, under sun and sky.
+"""Writes a scene with a mesh made by numpy: rings of waves on water, under sun and sky.
 
 Usage: numpy_mesh.py [SCENE.xml]
 
-Wants the package velmar (python/README.md tells how to get it) and numpy.
+Needs the package velmar (see python/README.md) and numpy.
 """
 import math
 import sys
@@ -17,7 +17,7 @@ def waves(size, count):
     x, y = numpy.meshgrid(numpy.linspace(-size, size, count), numpy.linspace(-size, size, count))
     distance = numpy.hypot(x, y)
     z = 0.3 * numpy.cos(3 * distance) * numpy.exp(-0.3 * distance)
-    # As the library takes them, so that they are handed over without a copy.
+    # C-contiguous float32, which is passed to the library without a copy.
     return numpy.ascontiguousarray(numpy.stack([x, y, z], axis=-1).reshape(-1, 3), numpy.float32)
 
 

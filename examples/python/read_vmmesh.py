@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Reads a vmmesh file without VelmarAPI and tells what it holds, in the words of `velmar info`.
+"""Reads a vmmesh file without VelmarAPI and prints its content like `velmar info`.
 
 Usage: read_vmmesh.py FILE.vmmesh
 
-All that it knows stands in docs/vmmesh-format.md. It uses Python's standard library, for compressed files the shared
-library of zstd, and for the checksum that of xxHash. It takes a little-endian machine for granted.
+It is based on docs/vmmesh-format.md only. It uses Python's standard library, for compressed files the shared library of zstd,
+and for the checksum that of xxHash. It needs a little-endian machine.
 """
 import array
 import ctypes
@@ -16,7 +16,7 @@ MAGIC = 0x0053436F
 
 
 class Bytes:
-    """Takes little-endian values off the front of some bytes."""
+    """Reads little-endian values from a buffer."""
 
     def __init__(self, data):
         self.rest = memoryview(data)
@@ -37,7 +37,7 @@ class Bytes:
         return bytes(self.take(self.u32())).decode(errors="surrogateescape")
 
     def records(self, kind, length):
-        """A counted block: so many records of `length` floats ("f") or unsigned words ("I"), one after the other."""
+        """A block: a count and that many records of `length` floats ("f") or unsigned words ("I")."""
         return array.array(kind, bytes(self.take(self.u32() * length * 4)))
 
 
@@ -55,7 +55,7 @@ def decompress(frame):
 
 
 def undo_differences(faces, corners):
-    """The first index against that of the face before, the others against the first; vertices, then UVs."""
+    """First indices are relative to those of the previous face, the others to the first; vertices, then UVs."""
     words = 2 * corners + 1
     for base in (0, corners):
         previous = 0

@@ -55,12 +55,12 @@ FUNCTIONS = {
 }
 REINHARD = 1001
 
-# The corners of a box of 2 x 2 x 2 metres that stands on the ground.
+# The corners of a box of 2 x 2 x 2 metres on the ground.
 CORNERS = [
     (-1, -1, 0), (1, -1, 0), (1, 1, 0), (-1, 1, 0),  # below
     (-1, -1, 2), (1, -1, 2), (1, 1, 2), (-1, 1, 2),  # above
 ]
-# One square of texture coordinates serves every side.
+# All sides use the same square of texture coordinates.
 TEXTURE_COORDINATES = [(0, 0), (1, 0), (1, 1), (0, 1)]
 
 TRIANGLE, QUAD = 0, 1
@@ -92,7 +92,7 @@ def array(kind, rows):
     return (kind * len(numbers))(*numbers)
 
 
-# Every node is added as soon as it is made: from then on the scene owns it, and its setters may still be called.
+# Every node is added right after it is created. The scene owns it then, and its setters may still be called.
 
 
 def add_render_settings(velmar, scene):
@@ -146,7 +146,7 @@ def add_box(velmar, scene):
 
 
 def add_model(velmar, scene, mesh, materials):
-    # A turn by 90 degrees around the height, row by row, and a place.
+    # A rotation by 90 degrees around z, row by row, and a position.
     rotation = array(c_float, [(0, -1, 0), (1, 0, 0), (0, 0, 1)])
     position = array(c_float, [(0.5, 0, 0)])
     model = velmar.VelmarModel_Create(b"Box", mesh)

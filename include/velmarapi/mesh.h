@@ -47,7 +47,7 @@ VELMAR_API void VelmarMesh_AddVertices(VelmarMesh* mesh, int32_t count, const fl
 VELMAR_API void VelmarMesh_AddFaces(VelmarMesh* mesh, int32_t count, const uint32_t* words);
 
 /**
- * Appends texture coordinates. Each call adds 1 to the number of texture coordinate sets, whatever the count.
+ * Appends texture coordinates. Each call adds 1 to the number of texture coordinate sets, even if the count is 0.
  * @param count number of pairs; none is appended if it is below 1.
  * @param uv    2 * count floats: u, v of each.
  * @throws std::bad_alloc

@@ -4,7 +4,7 @@ import re
 from table import Family, Function, Table
 from text import (brief, capitalised, explained_arguments, notice, one_line, paragraphs, prototype, sentence, wrapped)
 
-#: The line of a family's frame that stands for the statements of each example.
+#: The line of a family's frame that each example replaces.
 PLACE = "/* the example */"
 
 

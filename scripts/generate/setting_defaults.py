@@ -5,12 +5,20 @@ from table import Default, Function, Handle, Table
 from text import notice
 
 
+STRUCT = """template <class Handle>
+struct SettingDefault {
+    const char* setter;
+    /// Sets the default; null for what is unset in a new object.
+    void (*set_default)(Handle*);
+    void (*set_another)(Handle*);
+};
+"""
+
+
 def files(table: Table) -> dict[str, str]:
     handles = [handle for handle in table.handles if any(f.is_setter for f in handle.family.functions)]
     lines = [f"// {notice()}", "#pragma once", "", '#include "velmarapi.h"', "", "#include <vector>", "",
-             "namespace TestSupport {", "", "template <class Handle>", "struct SettingDefault {",
-             "    const char* setter;", "    /// Sets the default; null for what is unset in a new object.", "    void (*set_default)(Handle*);",
-             "    void (*set_another)(Handle*);", "};"]
+             "namespace TestSupport {", "", *STRUCT.splitlines()]
     for handle in handles:
         lines += ["", "// clang-format off", f"inline const std::vector<SettingDefault<{handle.name}>> "
                       f"{handle.name[0].lower()}{handle.name[1:]}Defaults = {{"]

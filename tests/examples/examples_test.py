@@ -51,7 +51,7 @@ def host(name):
 
 
 class Examples(unittest.TestCase):
-    # A Python of that system would be needed to load a library of it.
+    # Loading a library needs a Python of the same system.
     LANGUAGES = ["c", "cpp"] if EMULATOR else ["c", "cpp", "python"]
 
     def run_host(self, language, *arguments):

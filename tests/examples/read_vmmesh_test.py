@@ -1,4 +1,4 @@
-"""Compares what the example reader of mesh files says with what the tool says: two readers that share no code.
+"""Compares the output of the example reader of mesh files with that of the tool: two readers that share no code.
 
 Usage: read_vmmesh_test.py TOOL EMULATOR READER WORK [unittest options]
 
@@ -78,7 +78,7 @@ class ReadVmmesh(unittest.TestCase):
 
     def assert_both_say_the_same(self, file):
         said, read = dict(rows(tool("info", file))), dict(rows(reader(file)))
-        # The tool may know more of a file than what stands in it.
+        # The tool may print more than the content of the file.
         self.assertEqual(read, {name: said[name] for name in read})
         self.assertIn("checksum", read)
         return said

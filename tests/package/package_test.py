@@ -1,4 +1,4 @@
-"""Makes the package of a build, unpacks it elsewhere, and uses it as its readers would.
+"""Makes the package of a build, unpacks it elsewhere, and uses it as its users would.
 
 Usage: package_test.py PACKAGE_JSON WORK TOOLCHAIN EMULATOR C_COMPILER CXX_COMPILER [unittest options]
 
@@ -21,7 +21,7 @@ CMAKE, SOURCE, BUILD = PACKAGE["cmake"], pathlib.Path(PACKAGE["source"]), pathli
 HOSTS = SOURCE / "tests" / "package"
 WORK = pathlib.Path(WORK)
 WINDOWS = PACKAGE["archive"] == "zip"
-# Neither the folder nor its name is what the build knew.
+# Neither the folder nor its name is known to the build.
 ROOM = WORK / "a room of its own"
 TREE = ROOM / PACKAGE["name"]
 
@@ -55,8 +55,8 @@ def run_program(program, *arguments, folder=None):
                variables={} if WINDOWS else {"LD_LIBRARY_PATH": str(TREE / "lib")})
 
 
-def beside(folder):
-    """Puts the DLL where Windows looks for it."""
+def copy_dll_to(folder):
+    """Copies the DLL next to the program."""
     if WINDOWS:
         shutil.copy(TREE / "bin" / "VelmarAPI.dll", folder)
 
@@ -101,13 +101,13 @@ class Package(unittest.TestCase):
         folder = self.room()
         self.configure(folder, HOSTS, f"-DVELMAR_TREE={SOURCE}",
                        f"-DCMAKE_PREFIX_PATH={SOURCE / 'deps' / ('windows' if WINDOWS else 'linux')}")
-        # The library was built once already; what a host sees of the target is tested without building it again.
+        # The library is built already; this tests the properties of the target without building it again.
         suffix = "obj" if WINDOWS else "o"
         run(CMAKE, "--build", folder, "--target", f"CMakeFiles/host_in_c.dir/host.c.{suffix}",
             f"CMakeFiles/host_in_cpp.dir/host.cpp.{suffix}")
         targets = run(CMAKE, "--build", folder, "--target", "help")
         self.assertRegex(targets, r"(?m)^VelmarAPI: ")
-        # Tests, tool and benchmarks are the business of whoever builds the library for itself.
+        # Tests, tool and benchmarks aren't part of a host's project.
         self.assertNotRegex(targets, r"(?m)^(velmar|tests_mesh|bench_\w+): ")
 
     def test_hosts_find_it_by_pkg_config(self):
@@ -118,7 +118,7 @@ class Package(unittest.TestCase):
                              variables={"PKG_CONFIG_LIBDIR": str(TREE / "lib" / "pkgconfig")}).strip(),
                          PACKAGE["version"])
         run(C_COMPILER, HOSTS / "host.c", *shlex.split(flags), "-o", program_of(folder, "host"))
-        beside(folder)
+        copy_dll_to(folder)
         run_program(program_of(folder, "host"))
         self.assert_is_document(folder / "host_scene.xml")
 
@@ -132,7 +132,7 @@ class Package(unittest.TestCase):
         line = re.search(pattern, readme, re.M).group(1)
         (folder / "dist").mkdir()
         (folder / "dist" / ("windows" if WINDOWS else "linux")).symlink_to(TREE)
-        beside(folder)
+        copy_dll_to(folder)
         run("sh", "-c", line, folder=folder)
         run_program(program_of(folder, "host"))
         self.assert_is_document(folder / "triangle.xml")
@@ -148,7 +148,7 @@ class Package(unittest.TestCase):
             HOSTS / "msvc_host.c", "-o", "host.obj", folder=folder)
         run("lld-link", "/entry:start", "/subsystem:console", "/nodefaultlib", "/out:host.exe", "host.obj",
             "VelmarAPI.lib", folder=folder)
-        beside(folder)
+        copy_dll_to(folder)
         run_program(folder / "host.exe")
         self.assert_is_document(folder / "host_scene.xml")
 
@@ -217,7 +217,7 @@ class Package(unittest.TestCase):
     def test_binaries_are_stripped(self):
         files = [TREE / "bin" / "VelmarAPI.dll"] if WINDOWS else [TREE / "lib" / "libVelmarAPI.so"]
         for file in files + [program_of(TREE / "bin", "velmar")]:
-            # Without names of debug sections there is nothing for a debugger, and the table of symbols is empty.
+            # No names of debug sections, and an empty symbol table.
             self.assertNotIn(b".debug_info", file.read_bytes())
             self.assertIn("no symbols", run("nm", file), file)
 

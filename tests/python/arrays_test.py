@@ -1,4 +1,4 @@
-"""What a mesh takes for vertices, faces and texture coordinates, and what it refuses."""
+"""Vertices, faces and texture coordinates that a mesh accepts, and those that it refuses."""
 import array
 import ctypes
 import itertools
@@ -11,12 +11,12 @@ from support import TRIANGLE, array_of, numpy, with_numpy
 
 
 def forms(rows):
-    """Rows as they are, and as an array of numpy's where there is one."""
+    """The rows themselves, and as a numpy array if numpy is installed."""
     return [rows] if numpy is None else [rows, numpy.array(rows)]
 
 
 def words_of(call):
-    """What a call of AddFaces hands over."""
+    """The words that a call of AddFaces passes."""
     _, count, words = call
     sizes = []
     position = 0
@@ -48,7 +48,7 @@ class Vertices(unittest.TestCase):
         self.assertEqual(ctypes.addressof(calls[0][2]), vertices.ctypes.data)
 
     @with_numpy
-    def test_rows_of_a_larger_array_are_handed_over_where_they_lie(self):
+    def test_rows_of_a_larger_array_are_passed_in_place(self):
         vertices = numpy.zeros((10, 3), numpy.float32)
         with support.recorded("VelmarMesh_AddVertices") as calls:
             self.mesh.add_vertices(vertices[4:6])
@@ -62,7 +62,7 @@ class Vertices(unittest.TestCase):
         self.assertEqual(ctypes.addressof(calls[0][2]) % 4, 0)
         self.assertEqual(list(calls[0][2]), list(range(9)))
 
-    def test_other_arrays_than_those_of_numpy_are_handed_over_too(self):
+    def test_other_arrays_than_those_of_numpy_are_passed_too(self):
         numbers = array.array("f", range(6))
         with support.recorded("VelmarMesh_AddVertices") as calls:
             self.mesh.add_vertices(memoryview(numbers).cast("B").cast("f", (2, 3)))
@@ -135,7 +135,7 @@ class TextureCoordinates(unittest.TestCase):
             velmar.Mesh("mesh").add_texture_coordinates(pairs)
         self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (4, pairs.ctypes.data))
 
-    def test_other_arrays_than_those_of_numpy_are_handed_over_too(self):
+    def test_other_arrays_than_those_of_numpy_are_passed_too(self):
         pairs = (ctypes.c_float * 2 * 4)()
         with support.recorded("VelmarMesh_AddTextureCoordinates") as calls:
             velmar.Mesh("mesh").add_texture_coordinates(pairs)
@@ -173,7 +173,7 @@ class Faces(unittest.TestCase):
         return words_of(calls[0])
 
     @with_numpy
-    def test_records_are_handed_over_where_they_lie(self):
+    def test_records_are_passed_in_place(self):
         for records in (numpy.array([(0, 1, 2, 3, 0, 0, 0, 5)], numpy.uint32),
                         numpy.array([(7, 1, 2, 3, 4, 0, 0, 0, 0, 1)], numpy.uint32)):
             with support.recorded("VelmarMesh_AddFaces") as calls:
@@ -181,7 +181,7 @@ class Faces(unittest.TestCase):
             self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (1, records.ctypes.data))
         self.assertEqual((self.mesh.num_faces, self.mesh.num_materials), (2, 6))
 
-    def test_records_of_other_arrays_are_handed_over_too(self):
+    def test_records_of_other_arrays_are_passed_too(self):
         records = (ctypes.c_uint32 * 8 * 2)((0, 1, 2, 3, 0, 0, 0, 5), (0, 3, 2, 1, 0, 0, 0, 4))
         with support.recorded("VelmarMesh_AddFaces") as calls:
             self.mesh.add_faces(records)

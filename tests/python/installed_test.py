@@ -1,4 +1,4 @@
-"""The package of an installed tree, as it lies there and installed by pip.
+"""The package in an installed tree, used in place and installed by pip.
 
 Usage: installed_test.py CMAKE BUILD EXAMPLES WORK [unittest options]
 """
@@ -28,7 +28,7 @@ def setUpModule():
     shutil.rmtree(WORK, ignore_errors=True)
     WORK.mkdir(parents=True)
     run(CMAKE, "--install", BUILD, "--prefix", WORK / "first")
-    # It must work wherever it is unpacked.
+    # It must work in any folder.
     (WORK / "first").rename(TREE)
 
 
@@ -45,7 +45,7 @@ class Installed(unittest.TestCase):
         self.assertRegex(info, r"quads +65025\n")
 
     def test_pip_installs_it(self):
-        # A copy, because building leaves files behind.
+        # A copy, because building creates files.
         shutil.copytree(TREE / "share/velmar/python", WORK / "source")
         run(sys.executable, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-cache-dir",
             "--disable-pip-version-check", "--target", WORK / "site", WORK / "source")

@@ -18,7 +18,7 @@ WHERE = "import velmar; print(velmar.library()._name)"
 
 class Finding(support.InFolder):
     def where(self, package="", **environment):
-        """The library that a process finds, with the package as it lies in a folder."""
+        """The library that a process finds with the package in a folder."""
         options = {"VELMAR_LIBRARY": "", "PYTHONPATH": str(package or PACKAGE.parent), **environment}
         status, output = support.run(WHERE, **options)
         return output.splitlines()[-1] if status else output.strip()
@@ -98,7 +98,7 @@ class Finding(support.InFolder):
 
 
 class FindingOnWindows(unittest.TestCase):
-    """The order there, told on every system."""
+    """The order on Windows, tested on every system."""
 
     def test_dll_is_looked_for_in_bin(self):
         with unittest.mock.patch("sys.platform", "win32"), unittest.mock.patch.dict(os.environ, VELMAR_LIBRARY=""), \
@@ -128,7 +128,7 @@ class Functions(unittest.TestCase):
 
 
 class Throwing(support.InFolder):
-    """What the package checks for beforehand, and why."""
+    """Why the package checks for errors beforehand."""
 
     def test_exception_of_the_library_ends_the_process_and_says_so(self):
         status, output = support.run("""

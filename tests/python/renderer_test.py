@@ -1,4 +1,4 @@
-"""Rendering, by the stand-in for the renderer library in the folder that the environment names."""
+"""Rendering by the stub renderer library in the folder that the environment names."""
 import os
 import unittest
 
@@ -20,7 +20,7 @@ def rendered_scene():
 
 
 def render(program):
-    """Runs a program in the folder of the renderer library, which tells what happens to it."""
+    """Runs a program in the folder of the stub renderer library, which prints its calls."""
     program = f"import os\nos.chdir({FOLDER!r})\n{PROGRAM}{program}"
     status, output = support.run(program, "-u", VELMAR_STANDIN_RECORD="-")
     return status, [line for line in output.splitlines() if line.startswith(("interface ", "unloaded", "python: "))]

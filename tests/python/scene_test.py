@@ -1,4 +1,4 @@
-"""What scenes hold and write, and which failures of writing are seen."""
+"""The content of scenes and documents, and errors of writing."""
 import array
 import errno
 import locale

@@ -48,7 +48,7 @@ def document(scene):
 
 @contextlib.contextmanager
 def recorded(name):
-    """Calls of a function of the library are listed on their way."""
+    """Records the calls of a function of the library."""
     functions = velmar.library()
     function, calls = getattr(functions, name), []
 
@@ -64,7 +64,7 @@ def recorded(name):
 
 
 def run(program, *options, **environment):
-    """Runs a text of Python in a process of its own; with the exit status, its output."""
+    """Runs Python code in its own process. Returns the exit status and the output."""
     done = subprocess.run([sys.executable, *options, "-c", program], capture_output=True, text=True, timeout=100,
                           env={**os.environ, **environment}, stdin=subprocess.DEVNULL)
     return done.returncode, done.stdout + done.stderr

@@ -1,9 +1,8 @@
 """Checks on the built library.
 
-exports OBJDUMP LIBRARY DEF   it exports exactly the names of the definition file, and names that are one function there
-                              share one address
-imports OBJDUMP LIBRARY       it needs nothing but what every system has and, on Linux, its packaged dependencies
-paths OBJDUMP LIBRARY ROOT    it holds no path of the machine that built it
+exports OBJDUMP LIBRARY DEF   it exports exactly the names of the definition file, and names of one function share one address
+imports OBJDUMP LIBRARY       it needs only system libraries and, on Linux, its packaged dependencies
+paths OBJDUMP LIBRARY ROOT    it contains no path of the machine that built it
 """
 import re
 import subprocess
@@ -23,7 +22,7 @@ def is_dll(library):
 
 
 def wanted_exports(definition):
-    """Maps each exported name to the function it stands for."""
+    """Maps each exported name to the function that implements it."""
     exports = {}
     with open(definition, encoding="utf-8") as file:
         for line in file:
@@ -70,10 +69,10 @@ def check_imports(objdump, library):
 
 
 def check_paths(_objdump, library, root):
-    # A path begins where no other one goes on: a tree in /src has nothing to do with the compiler's own ../src/.
+    # Only whole paths: the compiler's own ../src/ isn't a path of a tree in /src.
     pattern = re.compile(rb"(?<![\w./-])" + re.escape(root.encode()) + rb"/")
     with open(library, "rb") as file:
-        return [f"{root} stands in {library}"] if pattern.search(file.read()) else []
+        return [f"{library} contains {root}"] if pattern.search(file.read()) else []
 
 
 problems = {"exports": check_exports, "imports": check_imports, "paths": check_paths}[sys.argv[1]](*sys.argv[2:])

@@ -6,7 +6,7 @@ import pathlib
 import re
 import sys
 
-# From the bottom to the top. A file belongs to the longest folder that holds it.
+# From the bottom to the top. A file belongs to the innermost of these folders.
 ORDER = ["include", "utils", "mesh", "scene", "scene/nodes", "renderer", "api", "import"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 

@@ -1,9 +1,9 @@
-"""Fails where a document names a file, or a heading of one, that isn't there.
+"""Fails if a document names a file, or a heading of one, that doesn't exist.
 
 Usage: links.py ROOT
 
-Looks at every Markdown file of the tree. A name is the target of a link, or a path in backquotes that begins with a folder
-of the tree; backquotes count from the root or from the document's own folder.
+Checks every Markdown file of the tree. A name is the target of a link, or a path in backquotes that begins with a folder of the
+tree; backquoted paths are relative to the root or to the document's own folder.
 """
 import pathlib
 import re
@@ -15,7 +15,7 @@ QUOTED = re.compile(r"`([\w.-]+(?:/[\w.-]+)*\.(?:md|py|cmake|in|sh|h|cpp|c|def|t
 
 
 def anchors_of(text):
-    """As they are made of headings: small letters, hyphens for blanks, and nothing else but letters and digits."""
+    """The anchors of headings: lower case, hyphens for blanks, and nothing else but letters and digits."""
     headings = re.findall(r"^#+ (.*)$", re.sub(r"^```.*?^```", "", text, flags=re.M | re.S), re.M)
     return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
 
@@ -24,9 +24,9 @@ def check_link(document, link):
     target, _, anchor = link.partition("#")
     file = (document.parent / target) if target else document
     if not file.exists():
-        return f"links to {link}, which isn't there"
+        return f"links to {link}, which doesn't exist"
     if anchor and file.suffix == ".md" and anchor not in anchors_of(file.read_text(encoding="utf-8")):
-        return f"links to {link}, where there is no such heading"
+        return f"links to {link}, which has no such heading"
     return None
 
 
@@ -36,7 +36,7 @@ def check_quoted(root, document, folders, path):
         return None
     if (root / path).exists() or (document.parent / path).exists():
         return None
-    return f"names `{path}`, which isn't there"
+    return f"names `{path}`, which doesn't exist"
 
 
 def main():
