@@ -1,15 +1,8 @@
 #include "api/Handles.h"
 
 #include <cmath>
-#include <cstddef>
 
 using namespace Velmar;
-
-// Four setters are one function each with a setter of tone mapping, which stores at the same place in either class.
-static_assert(offsetof(SceneNodeCamera, aperture_radius) == offsetof(SceneNodeTonemapping, scale));
-static_assert(offsetof(SceneNodeCamera, focus_distance) == offsetof(SceneNodeTonemapping, pre_scale));
-static_assert(offsetof(SceneNodeCamera, sensor_width) == offsetof(SceneNodeTonemapping, post_scale));
-static_assert(offsetof(SceneNodeCamera, lens_sensor_dist) == offsetof(SceneNodeTonemapping, burn));
 
 VelmarCamera* VelmarCamera_Create() {
     return toHandle<VelmarCamera>(new SceneNodeCamera);

@@ -6,9 +6,6 @@
 
 #include "api/HandleClasses.h"
 
-#include <cstddef>
-#include <cstring>
-
 namespace Velmar {
 
 template <class Handle>
@@ -19,13 +16,6 @@ typename ObjectOf<Handle>::type* fromHandle(Handle* handle) {
 template <class Handle>
 Handle* toHandle(typename ObjectOf<Handle>::type* object) {
     return reinterpret_cast<Handle*>(object);
-}
-
-/// Stores into the field at `offset` of the handle's object: for functions of several classes that have the field at
-/// the same offset.
-template <class T>
-void storeField(void* handle, std::size_t offset, T value) {
-    std::memcpy(static_cast<std::byte*>(handle) + offset, &value, sizeof value);
 }
 
 } // namespace Velmar

@@ -23,7 +23,7 @@ VELMAR_API VelmarContext* VelmarContext_Create(void);
  * @param context the context; null is a failure.
  * @return 0, or -1 if there is no library, it can't be loaded, it lacks an entry point or its own set-up failed. If a
  *         std::exception was caught, the result is 0 although the context may be unusable.
- * @throws any other class that the library throws
+ * @throws exceptions of the library that don't derive from std::exception
  */
 VELMAR_API int VelmarContext_Initialize(VelmarContext* context);
 

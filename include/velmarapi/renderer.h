@@ -43,28 +43,28 @@ VELMAR_API void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, Vel
 /**
  * Starts the render.
  * @return The library's result; the upper bits of narrower results are undefined.
- * @throws any class that the library throws
+ * @throws exceptions of the library
  */
 VELMAR_API uint64_t VelmarRenderer_Start(VelmarRenderer* renderer);
 
 /**
  * Pauses the render.
- * @return As VelmarRenderer_Start.
- * @throws any class that the library throws
+ * @return The library's result, see VelmarRenderer_Start.
+ * @throws exceptions of the library
  */
 VELMAR_API uint64_t VelmarRenderer_Pause(VelmarRenderer* renderer);
 
 /**
  * Resumes the render.
- * @return As VelmarRenderer_Start.
- * @throws any class that the library throws
+ * @return The library's result, see VelmarRenderer_Start.
+ * @throws exceptions of the library
  */
 VELMAR_API uint64_t VelmarRenderer_Resume(VelmarRenderer* renderer);
 
 /**
  * Stops the render.
- * @return As VelmarRenderer_Start.
- * @throws any class that the library throws
+ * @return The library's result, see VelmarRenderer_Start.
+ * @throws exceptions of the library
  */
 VELMAR_API uint64_t VelmarRenderer_Stop(VelmarRenderer* renderer);
 
@@ -74,8 +74,8 @@ VELMAR_API uint64_t VelmarRenderer_Stop(VelmarRenderer* renderer);
  *
  * In a call as below, arguments are promoted as those of printf are. To pass a float, or for another result type, call
  * through a pointer to a function with the library's own signature preceded by the renderer.
- * @return As VelmarRenderer_Start.
- * @throws any class that the library throws, or a Velmar::VelmarException of a node that it called
+ * @return The library's result, see VelmarRenderer_Start.
+ * @throws exceptions of the library and Velmar::VelmarException of a node that it called
  */
 VELMAR_API uint64_t VelmarRenderer_UpdateScene(VelmarRenderer* renderer, ...);
 
