@@ -7,8 +7,8 @@ if(VELMAR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
 endif()
 
 if(MINGW)
-    # Links the compiler's runtime statically: a DLL of ours is one file.
-    add_link_options(-static)
+    # Links the compiler's runtime and that of the stack protector statically: a DLL of ours is one file.
+    add_link_options(-static -fstack-protector-strong)
 endif()
 if(VELMAR_SANITIZE)
     # Also for GoogleTest: containers that pass between checked and unchecked code give false alarms.
@@ -54,8 +54,27 @@ function(velmar_own_code target)
         $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-mismatched-new-delete>
         # operator new zeroes memory, and the zeros of padding must survive construction.
         $<$<CXX_COMPILER_ID:GNU>:-fno-lifetime-dse>
+        # Fused multiply-adds round once where two operations round twice: with them, checksums and so the names of mesh
+        # files would depend on the processor that is compiled for.
+        -ffp-contract=off
+        -fstack-protector-strong
         # The binary doesn't depend on the path of the sources.
         "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+endfunction()
+
+# velmar_hardened(<target>...): what is shipped also checks buffer sizes where the compiler knows them, and has no writable
+# table of functions after loading. Windows does the latter by itself.
+function(velmar_hardened)
+    if(MSVC OR WIN32 OR VELMAR_SANITIZE)
+        return()
+    endif()
+    foreach(target IN LISTS ARGN)
+        target_compile_options(${target} PRIVATE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+        get_target_property(type ${target} TYPE)
+        if(NOT type STREQUAL "STATIC_LIBRARY")
+            target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)
+        endif()
+    endforeach()
 endfunction()
 
 # velmar_compile_together(<target>): compiles several sources at a time, because the headers that they include take longest.

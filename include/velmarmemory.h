@@ -26,7 +26,6 @@ inline void* sdkMalloc(std::size_t size) {
     // malloc may answer 0 bytes with null, which would look like exhausted memory.
     void* const block = std::malloc(size == 0 ? 1 : size);
     if (block == nullptr) throw BadAlloc();
-    preferLargePages(block, size);
     return block;
 }
 
@@ -36,15 +35,14 @@ inline void sdkFree(void* block) {
 }
 
 /// Allocates `size` bytes at an address that is a multiple of `alignment`, a power of two; below 4 it is taken as 4.
-/// The distance to the start of the block stands in the four bytes before the result. Release with `sdkAlignedFree`.
+/// The distance to the start of the block is stored in the four bytes before the result. Release with `sdkAlignedFree`.
 /// Throws `BadAlloc` when memory is exhausted or the sum would wrap.
 inline void* sdkAlignedMalloc(std::size_t size, std::size_t alignment) {
-    constexpr std::size_t room_for_distance = sizeof(std::uint32_t);
-    const std::size_t step = alignment < room_for_distance ? room_for_distance : alignment;
+    constexpr std::size_t distance_size = sizeof(std::uint32_t);
+    const std::size_t step = alignment < distance_size ? distance_size : alignment;
     if (size > std::numeric_limits<std::size_t>::max() - step) throw BadAlloc();
     void* const block = std::malloc(size + step);
     if (block == nullptr) throw BadAlloc();
-    preferLargePages(block, size);
 
     const std::size_t misalignment = reinterpret_cast<std::uintptr_t>(block) % step;
     const std::size_t distance = step - misalignment;

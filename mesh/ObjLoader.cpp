@@ -10,11 +10,11 @@
 #include "mesh/ObjVertices.h"
 #include "mesh/RecordAppender.h"
 #include "mesh/TextLines.h"
-#include "utils/Digits.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
-#include "utils/PlainFloats.h"
+#include "utils/numbers/Digits.h"
+#include "utils/numbers/PlainFloats.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -7,9 +7,8 @@
 #include "mesh/MeshChecks.h"
 #include "mesh/PlyHeader.h"
 #include "mesh/RecordAppender.h"
-#include "utils/CLibraryPath.h"
 #include "utils/MappedFile.h"
-#include "utils/NumericLocale.h"
+#include "utils/System.h"
 
 #include <algorithm>
 #include <cstddef>

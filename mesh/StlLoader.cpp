@@ -7,7 +7,7 @@
 #include "mesh/TextLines.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
-#include "utils/PlainFloats.h"
+#include "utils/numbers/PlainFloats.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -6,7 +6,7 @@
 #include "mesh/FaceDeltaFilter.h"
 #include "mesh/Mesh.h"
 #include "mesh/VmmeshFormat.h"
-#include "utils/BufferInStream.h"
+#include "utils/BinaryStreams.h"
 #include "utils/MappedFile.h"
 
 #include <algorithm>

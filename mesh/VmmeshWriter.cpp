@@ -6,8 +6,8 @@
 #include "mesh/FaceDeltaFilter.h"
 #include "mesh/Mesh.h"
 #include "mesh/VmmeshFormat.h"
-#include "utils/AlignedByteArray.h"
-#include "utils/BufferOutStream.h"
+#include "utils/BinaryStreams.h"
+#include "utils/ByteArrays.h"
 #include "utils/FileUtils.h"
 
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "renderer/AlignedFloatVector.h"
 
-#include "velmarmemory.h"
+#include "velmarbulkmemory.h"
 
 #include <algorithm>
 #include <limits>
@@ -38,7 +38,7 @@ void AlignedFloatVector::resize(std::uint64_t n) {
 float* AlignedFloatVector::allocate(std::uint64_t count) const {
     if (count > std::numeric_limits<std::uint64_t>::max() / sizeof(float)) throw BadAlloc();
     const std::uint64_t bytes = count * sizeof(float);
-    return static_cast<float*>(allocator ? allocator->alloc(bytes, alignment) : sdkAlignedMalloc(bytes, alignment));
+    return static_cast<float*>(allocator ? allocator->alloc(bytes, alignment) : bulkAlignedMalloc(bytes, alignment));
 }
 
 void AlignedFloatVector::release() const {

@@ -3,7 +3,7 @@
 #include "velmarmemory.h"
 #include "velmarthreadsaferefcounted.h"
 
-#include "utils/Locks.h"
+#include "utils/System.h"
 
 #include <cstdint>
 

@@ -8,7 +8,7 @@
 #include "renderer/Allocator.h"
 #include "renderer/ChannelLayout.h"
 #include "renderer/RenderChannelRequest.h"
-#include "utils/Locks.h"
+#include "utils/System.h"
 
 #include <cstdint>
 

@@ -1,17 +1,21 @@
 #include "velmarmemory.h"
 
-#include "renderer/SdkCandidates.h"
 #include "renderer/VelmarContext.h"
 #include "utils/FileUtils.h"
-#include "utils/Module.h"
 #include "utils/PlatformUtils.h"
+#include "utils/System.h"
 
+#include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace Velmar {
 
 namespace {
+
+/// The names of the renderer library, without their ending. The full library takes precedence over the render-only one.
+constexpr std::array<std::string_view, 2> sdk_candidates{"velmar_sdk", "velmar_rt_sdk"};
 
 /// The allocation entry points in the order in which the library takes them. It copies the table.
 struct MemAllocFunctions {
@@ -46,16 +50,13 @@ VelmarContext::LoadResult VelmarContext::loadSDK(const String& new_sdk_dir, cons
     bool found = false;
     std::uint32_t last_error = 0;
     for (const std::string_view candidate : sdk_candidates) {
-        const std::string path = toStdString(sdk_dir) + "/" + std::string(candidate);
-        found = FileUtils::fileExists(path);
-        last_error = PlatformUtils::getLastErrorCode();
+        const std::string path = toStdString(sdk_dir).append("/").append(candidate).append(module_extension);
+        found = FileUtils::fileExists(path, &last_error);
         if (!found) continue;
-        // By its full path: the very file that was found is loaded, and not one of its name that stands elsewhere on
-        // the system's search path.
-        const std::string full_path = getAbsolutePath(path);
-        dll_handle = loadModule(full_path);
+        std::string reason;
+        dll_handle = loadModule(path, reason);
         if (dll_handle == nullptr) {
-            error = toVelmarString(getModuleErrorText());
+            error = toVelmarString(reason);
             return not_loadable;
         }
         break;

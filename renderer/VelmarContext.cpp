@@ -1,6 +1,6 @@
 #include "renderer/VelmarContext.h"
 
-#include "utils/Module.h"
+#include "utils/System.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "scene/SceneNode.h"
-#include "utils/Locks.h"
+#include "utils/System.h"
 
 namespace Velmar {
 

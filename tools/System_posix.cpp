@@ -1,5 +1,5 @@
 #include "tools/System.h"
-#include "utils/SystemPath_posix.h"
+#include "utils/System.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,5 +1,5 @@
 #include "tools/System.h"
-#include "utils/WideText_win.h"
+#include "utils/System.h"
 
 #include <fcntl.h>
 #include <io.h>

@@ -1,5 +1,7 @@
 #include "utils/FileUtils.h"
 
+#include "utils/System.h"
+
 #include <algorithm>
 
 namespace FileUtils {
@@ -63,6 +65,12 @@ std::string toLowerCase(std::string_view text) {
     for (char& c : result)
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     return result;
+}
+
+bool openOutputFile(std::ofstream& file, std::string_view path, bool text_mode) {
+    const std::ios_base::openmode mode = std::ios_base::out | std::ios_base::trunc;
+    file.open(toSystemPath(path), text_mode ? mode : mode | std::ios_base::binary);
+    return file.is_open();
 }
 
 } // namespace FileUtils

@@ -2,13 +2,13 @@
 
 #include "velmarexceptions.h"
 
-#include <cstdio>
+#include <cstdint>
 #include <fstream>
 #include <string>
 #include <string_view>
 
 /// Operations on paths, which are UTF-8 byte strings with `\` (or, where given, `/`) as separator on every system.
-/// What the system's calls need is made of them just before the call.
+/// They are converted just before a call of the system.
 namespace FileUtils {
 
 /// The text before the last `/` or `\`. Empty when there is none, or when the only one is the first byte.
@@ -28,7 +28,7 @@ std::string removeSuffix(std::string_view text, std::string_view suffix);
 /// the two with a `\` between, whatever `dir` ends with.
 std::string join(std::string_view dir, std::string_view path);
 
-/// Every `/` becomes `\`.
+/// `path` with every `/` replaced by `\`.
 std::string toBackslashes(std::string_view path);
 
 /// In place, every byte equal to `from` becomes `to`.
@@ -40,18 +40,16 @@ std::string trimTrailingWhitespace(std::string_view text);
 /// Only the bytes A to Z change.
 std::string toLowerCase(std::string_view text);
 
-/// Whether something stands at `path`, be it a file or a directory.
-bool fileExists(std::string_view path);
+/// Whether `path` names a file or a directory. If not, and `error_code` isn't null, it receives the system's error
+/// code.
+bool fileExists(std::string_view path, std::uint32_t* error_code = nullptr);
 
-/// Makes one directory, whose parent must be there. Throws `FileUtilsExcep` with the system's text when it can't, also
-/// when the directory is there already.
+/// Makes one directory, whose parent must exist. Throws `FileUtilsExcep` with the system's text on failure, also when
+/// the directory exists already.
 void createDir(std::string_view path);
 
-/// Opens `path` in `file` for output, so that what is there is replaced. With `text_mode` line feeds become the
+/// Opens `path` in `file` for output, overwriting an existing file. With `text_mode` line feeds become the
 /// system's line ends. Returns whether that worked; on failure `file` is in its fail state.
 bool openOutputFile(std::ofstream& file, std::string_view path, bool text_mode);
-
-/// Opens `path` for binary reading by C functions. Returns null on failure. The caller closes it.
-std::FILE* openInputFile(std::string_view path);
 
 } // namespace FileUtils

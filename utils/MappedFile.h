@@ -25,7 +25,7 @@ class MappedFile {
   private:
     void closeAll() noexcept;
 
-    /// System handles; null where there is none or the system needs none beside the mapping.
+    /// System handles; null where there is none or the mapping doesn't need it.
     [[maybe_unused]] void* file_handle = nullptr;
     [[maybe_unused]] void* mapping_handle = nullptr;
     const std::uint8_t* data = nullptr;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/FloatScanner.h"
+#include "utils/numbers/FloatScanner.h"
 
 #include <cstddef>
 #include <cstdint>

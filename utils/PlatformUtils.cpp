@@ -1,7 +1,7 @@
 #include "utils/PlatformUtils.h"
 
-#include "utils/AppDataFolder.h"
 #include "utils/FileUtils.h"
+#include "utils/System.h"
 
 namespace PlatformUtils {
 
@@ -18,6 +18,15 @@ std::string ensureAppDataDirectory(std::string_view name) {
         throw PlatformUtilsExcep(failure.getMessage());
     }
     return directory;
+}
+
+std::string getAppDataDirectory() {
+    try {
+        requireProgramPath();
+        return ensureAppDataDirectory("Velmar Renderer");
+    } catch (const PlatformUtilsExcep&) {
+        return "dummy_appdata";
+    }
 }
 
 } // namespace PlatformUtils

@@ -9,7 +9,7 @@
 /// Questions to the operating system.
 namespace PlatformUtils {
 
-/// The system's sentence for an error code and the code, or words that say that it is unknown.
+/// The system's sentence for an error code, followed by the code; or a text that says that the code is unknown.
 std::string getErrorText(std::uint32_t code);
 
 /// `getErrorText` of this thread's last system error.
@@ -18,17 +18,17 @@ std::string getLastErrorText();
 /// This thread's last system error.
 std::uint32_t getLastErrorCode();
 
-/// Path of the directory `name` under the user's application data folder, made when it isn't there (one level).
+/// Path of the directory `name` under the user's application data folder, made if it doesn't exist (one level).
 /// Throws `PlatformUtilsExcep` when the folder is unknown or the directory can't be made.
 std::string ensureAppDataDirectory(std::string_view name);
 
-/// `ensureAppDataDirectory` of this product's own name, or "dummy_appdata" when that fails. Doesn't throw of it.
+/// `ensureAppDataDirectory` of "Velmar Renderer", or "dummy_appdata" when that fails.
 std::string getAppDataDirectory();
 
 /// Sets up the clock; once at library setup, before `getTimeSeconds`.
 void initClock();
 
-/// Seconds since a zero of the system's own choosing; 0 before `initClock`.
+/// Seconds since a zero point that the system chooses; 0 before `initClock`.
 double getTimeSeconds();
 
 } // namespace PlatformUtils

@@ -2,6 +2,9 @@
 
 exports OBJDUMP LIBRARY DEF   it exports exactly the names of the definition file, and names of one function share one address
 imports OBJDUMP LIBRARY       it needs only system libraries and, on Linux, its packaged dependencies
+hardening OBJDUMP BINARY      it has the stack protector and random addresses and, on Linux, checked buffer sizes and immediate
+                              binding
+rounding OBJDUMP OBJECTS      no instruction fuses a multiplication with an addition; OBJECTS is a list separated by ;
 paths OBJDUMP LIBRARY ROOT    it contains no path of the machine that built it
 """
 import re
@@ -68,6 +71,29 @@ def check_imports(objdump, library):
     return [f"not on every system: {name}" for name in known if name not in allowed] if needed else ["no imports found"]
 
 
+def check_hardening(objdump, binary):
+    headers = run(objdump, "-p", binary)
+    symbols = run(objdump, "-t", binary) + ("" if headers.count("DLL Name") else run(objdump, "-T", binary))
+    wanted = {"stack protector": r"\b__stack_chk_fail\b"}
+    if "DLL Name" in headers:
+        characteristics = {"random addresses": "DYNAMIC_BASE", "64 bits of them": "HIGH_ENTROPY_VA", "no code in data": "NX_COMPAT"}
+        missing = [name for name, flag in characteristics.items() if flag not in headers]
+    else:
+        wanted["checked buffer sizes"] = r"\b__\w+_chk\b(?<!__stack_chk)"
+        sections = {"read-only relocations": r"^\s*RELRO\b", "immediate binding": r"^\s*(BIND_NOW|FLAGS(_1)?\s+0x0*[0-9a-f]*[189bdf])\b"}
+        missing = [name for name, pattern in sections.items() if not re.search(pattern, headers, re.M)]
+    missing += [name for name, pattern in wanted.items() if not re.search(pattern, symbols)]
+    return [f"missing: {name}" for name in missing]
+
+
+def check_rounding(objdump, objects):
+    fused = re.compile(r"^\s*[0-9a-f]+:.*\bvfn?m(add|sub)\w+", re.M)
+    multiplied = re.compile(r"\bvmul[sp][sd]\b")
+    codes = {name: run(objdump, "-d", name) for name in objects.split(";")}
+    wrong = [f"{name}: {fused.search(code).group(0).strip()}" for name, code in codes.items() if fused.search(code)]
+    return wrong + [f"{name}: nothing is multiplied" for name, code in codes.items() if not multiplied.search(code)]
+
+
 def check_paths(_objdump, library, root):
     # Only whole paths: the compiler's own ../src/ isn't a path of a tree in /src.
     pattern = re.compile(rb"(?<![\w./-])" + re.escape(root.encode()) + rb"/")
@@ -75,6 +101,8 @@ def check_paths(_objdump, library, root):
         return [f"{library} contains {root}"] if pattern.search(file.read()) else []
 
 
-problems = {"exports": check_exports, "imports": check_imports, "paths": check_paths}[sys.argv[1]](*sys.argv[2:])
+checks = {"exports": check_exports, "imports": check_imports, "hardening": check_hardening, "rounding": check_rounding,
+          "paths": check_paths}
+problems = checks[sys.argv[1]](*sys.argv[2:])
 print("\n".join(problems))
 sys.exit(1 if problems else 0)

@@ -18,7 +18,7 @@ def module_of(path):
 
 def main():
     root = pathlib.Path(sys.argv[1])
-    files = sorted(f for m in ORDER for f in root.glob(m + "/*") if f.suffix in {".h", ".cpp", ".c"})
+    files = sorted({f for m in ORDER for f in root.glob(m + "/**/*") if f.suffix in {".h", ".cpp", ".c"}})
     wrong = []
     for file in files:
         name = file.relative_to(root).as_posix()

@@ -1,4 +1,4 @@
-#include "utils/Digits.h"
+#include "utils/numbers/Digits.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -181,18 +181,6 @@ TEST(OpenOutputFile, TellsOfFailure) {
     EXPECT_TRUE(file.fail());
 }
 
-TEST(OpenInputFile, ReadsBytes) {
-    const TempDir dir;
-    writeFileBytes(dir.file("ä"), "a\r\n\x1A!");
-    std::FILE* const file = FileUtils::openInputFile(dir.file("ä"));
-    ASSERT_NE(nullptr, file);
-    char bytes[8] = {};
-    EXPECT_EQ(5U, std::fread(bytes, 1, sizeof bytes, file));
-    EXPECT_STREQ("a\r\n\x1A!", bytes);
-    std::fclose(file);
-    EXPECT_EQ(nullptr, FileUtils::openInputFile(dir.file("missing")));
-}
-
 TEST(Paths, WorkWithBlanksHashesAndAllOfUnicode) {
     const TempDir dir;
     for (const std::string name :

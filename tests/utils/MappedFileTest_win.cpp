@@ -3,7 +3,7 @@
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
 #include "utils/MappedFile.h"
-#include "utils/WideText_win.h"
+#include "utils/System.h"
 
 #include <gtest/gtest.h>
 #include <string>

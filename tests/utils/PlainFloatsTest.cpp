@@ -1,4 +1,4 @@
-#include "utils/PlainFloats.h"
+#include "utils/numbers/PlainFloats.h"
 
 #include "tests/support/ExactBlock.h"
 #include "tests/utils/Format.h"

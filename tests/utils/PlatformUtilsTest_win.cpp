@@ -1,6 +1,6 @@
 #include "utils/FileUtils.h"
 #include "utils/PlatformUtils.h"
-#include "utils/WideText_win.h"
+#include "utils/System.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

@@ -1,6 +1,6 @@
-#include "utils/ByteVector.h"
+#include "utils/ByteArrays.h"
 
-#include "velmarmemory.h"
+#include "velmarbulkmemory.h"
 
 #include <algorithm>
 #include <cstring>
@@ -52,13 +52,24 @@ void ByteVector::append(const void* src, std::size_t count) {
 }
 
 void ByteVector::reallocate(std::size_t new_capacity) {
-    auto* const block = static_cast<std::uint8_t*>(sdkMalloc(new_capacity));
+    auto* const block = static_cast<std::uint8_t*>(bulkMalloc(new_capacity));
     const std::size_t old_size = size();
     if (old_size != 0) std::memcpy(block, first, old_size);
     sdkFree(first);
     first = block;
     last = block + old_size;
     end_of_capacity = block + new_capacity;
+}
+
+void AlignedByteArray::resizeUninitialized(std::size_t n) {
+    if (n > capacity_) {
+        auto* const grown = static_cast<std::uint8_t*>(bulkAlignedMalloc(n, alignment));
+        if (size_ != 0) std::memcpy(grown, e, size_);
+        sdkAlignedFree(e);
+        e = grown;
+        capacity_ = n;
+    }
+    size_ = n;
 }
 
 } // namespace Velmar

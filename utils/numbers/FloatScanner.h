@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/Digits.h"
+#include "utils/numbers/Digits.h"
 
 #include <array>
 #include <bit>

@@ -2,7 +2,7 @@
 
 #include "velmarcompiler.h"
 
-#include "utils/Digits.h"
+#include "utils/numbers/Digits.h"
 
 #include <array>
 #include <cstddef>

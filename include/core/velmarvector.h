@@ -1,7 +1,7 @@
 #pragma once
 
+#include "velmarbulkmemory.h"
 #include "velmarcompiler.h"
-#include "velmarmemory.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -40,7 +40,7 @@ class Vector {
     Vector& operator=(const Vector& other) {
         if (this == &other) return *this;
         if (other.size_ > capacity_) {
-            // Copied before the old elements go, so that exhausted memory leaves the old contents in place.
+            // Copied before the old elements are destroyed, so that running out of memory changes nothing.
             Vector copy(other);
             swap(copy);
         } else {
@@ -82,7 +82,7 @@ class Vector {
         assertInvariants();
     }
 
-    /// Makes room for exactly `n` elements in all; does nothing when there is room.
+    /// Makes the capacity exactly `n` elements if it is less.
     void reserve(std::size_t n) {
         assertThat(capacity_ >= size_, "capacity_ >= size_");
         if (n > capacity_) {
@@ -93,7 +93,7 @@ class Vector {
         assertInvariants();
     }
 
-    /// Makes room for `count` more elements, growing in the steps of that many `push_back`s.
+    /// Reserves space for `count` more elements, growing in the steps of that many `push_back`s.
     void growFor(std::size_t count) {
         if (count > std::numeric_limits<std::size_t>::max() - size_) throw BadAlloc();
         const std::size_t needed = size_ + count;
@@ -152,11 +152,11 @@ class Vector {
 
     explicit Vector(ExactCapacity capacity) {
         if (capacity.n > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw BadAlloc();
-        e = static_cast<T*>(sdkMalloc(capacity.n * sizeof(T)));
+        e = static_cast<T*>(bulkMalloc(capacity.n * sizeof(T)));
         capacity_ = capacity.n;
     }
 
-    /// Behind the present elements, where there must be room.
+    /// Appends to the present elements. The capacity must suffice.
     void copyConstruct(const T* from, std::size_t count) {
         if constexpr (std::is_trivially_copyable_v<T>) {
             if (count != 0) std::memcpy(static_cast<void*>(e + size_), from, count * sizeof(T));
@@ -177,8 +177,8 @@ class Vector {
     }
 
     static std::size_t doubled(std::size_t capacity) {
-        constexpr std::size_t greatest = std::numeric_limits<std::size_t>::max();
-        return capacity > greatest / 2 ? greatest : capacity * 2;
+        constexpr std::size_t max_capacity = std::numeric_limits<std::size_t>::max();
+        return capacity > max_capacity / 2 ? max_capacity : capacity * 2;
     }
 
     std::size_t grownCapacity(std::size_t needed) const { return std::max(needed, doubled(capacity_)); }
