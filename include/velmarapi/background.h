@@ -10,7 +10,6 @@
  * freed.
  * @param r, g, b the colour, with gamma 2.2.
  * @param s       the strength, by which the colour is multiplied.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarBackground* VelmarBackground_CreateUniform(double r, double g, double b, double s);
@@ -22,7 +21,6 @@ VELMAR_API VelmarBackground* VelmarBackground_CreateUniform(double r, double g, 
  * freed.
  * @param x, y, z the direction towards the sun, of length 1, with z up; it isn't normalised.
  * @param model   the name of the sky model, UTF-8, such as "original" or "captured-simulation". It isn't checked.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarBackground* VelmarBackground_CreateSunSky(double x, double y, double z, const char* model);

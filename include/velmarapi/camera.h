@@ -8,7 +8,6 @@
  *
  * The host owns the node until it is added to a scene. There is no delete function: a node that is never added is never
  * freed.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarCamera* VelmarCamera_Create(void);

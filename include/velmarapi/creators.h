@@ -41,7 +41,6 @@ VELMAR_API void VelmarScene_AddGroundPlane(VelmarScene* scene, double z, double 
  * is overwritten. No function reads this format.
  *
  * A file that can't be opened or written isn't reported.
- * @param mesh the node.
  * @param path the file's path in the encoding of the C runtime's file functions, which on Windows isn't UTF-8.
  */
 VELMAR_API void velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path);

@@ -8,7 +8,6 @@
  *
  * The host owns the node until it is added to a scene or given to a model.
  * @param name the name of node and material, UTF-8.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarMaterialNode* VelmarMaterial_CreateNode(const char* name);
@@ -19,7 +18,6 @@ VELMAR_API VelmarMaterialNode* VelmarMaterial_CreateNode(const char* name);
  * The host owns the material until it is given to a node.
  * @param name    the material's name, UTF-8. It becomes that of the node.
  * @param r, g, b the reflected part of red, green and blue, 0 to 1, with gamma 2.2.
- * @return The material.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarMaterial* VelmarMaterial_CreateDiffuse(const char* name, double r, double g, double b);

@@ -11,7 +11,6 @@
  *
  * The host owns the node until it is added to a scene or given to a model.
  * @param name the node's name, UTF-8.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarMesh* VelmarMesh_Create(const char* name);

@@ -10,7 +10,6 @@
  * @param name     the node's name, UTF-8.
  * @param geometry the mesh, which several models may share; must not be null. Add it to the scene too, before the
  *                 document is written.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarModel* VelmarModel_Create(const char* name, VelmarMesh* geometry);

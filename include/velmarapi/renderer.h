@@ -22,7 +22,6 @@
  * The host owns the renderer and must delete it by VelmarRenderer_Delete. Transfers ownership of the context to the
  * renderer.
  * @param context an initialised context.
- * @return The renderer.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarRenderer* VelmarRenderer_Create(VelmarContext* context);
@@ -31,10 +30,10 @@ VELMAR_API VelmarRenderer* VelmarRenderer_Create(VelmarContext* context);
  * Passes the scene to the renderer library and creates the image buffers. Width, height and super sample factor must be
  * set in the scene's render settings.
  *
+ * Setters of the scene's nodes may still be called; VelmarRenderer_UpdateScene passes the changes to the library.
+ *
  * Transfers ownership of the scene to the renderer. If the call throws, the caller still owns the scene.
  * @param context the context that the renderer was created with.
- * @param scene   the scene. Its nodes' setters may still be called; VelmarRenderer_UpdateScene passes the changes to
- *                the library.
  * @throws Velmar::VelmarException if the scene has no render settings or the image buffers can't be allocated
  */
 VELMAR_API void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext* context,

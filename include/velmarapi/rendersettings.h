@@ -12,7 +12,6 @@
  * until the process ends, so create one node per scene.
  *
  * The host owns the node until it is added to a scene.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarRenderSettings* VelmarRenderSettings_Create(void);

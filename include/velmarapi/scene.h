@@ -7,7 +7,6 @@
  * Creates an empty scene named "Scene".
  *
  * The host owns the scene and must delete it by VelmarScene_Delete, unless it passes it to a renderer.
- * @return The scene.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarScene* VelmarScene_Create(void);
@@ -17,7 +16,6 @@ VELMAR_API VelmarScene* VelmarScene_Create(void);
  * twice. The seven functions differ in name only: each takes any node.
  *
  * The scene becomes an owner of the node.
- * @param scene the scene.
  * @param model the node; must not be null.
  * @throws std::bad_alloc
  */
@@ -45,8 +43,7 @@ VELMAR_API void VelmarScene_AddTonemapping(VelmarScene* scene, VelmarTonemapping
  *
  * A document that can't be opened or written, as in a folder that doesn't exist or on a full disk, isn't reported.
  * Check the file.
- * @param scene the scene.
- * @param path  the document's path, UTF-8; the usual extension is ".xml".
+ * @param path the document's path, UTF-8; the usual extension is ".xml".
  * @throws Velmar::VelmarException if a mesh file or its folder can't be written, or a mesh is inconsistent
  */
 VELMAR_API void VelmarScene_WriteToXML(VelmarScene* scene, const char* path);

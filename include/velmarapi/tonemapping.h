@@ -15,7 +15,6 @@ enum {
  * Creates a tone mapping node named "Tone Mapping".
  *
  * The host owns the node until it is added to a scene.
- * @return The node.
  * @throws std::bad_alloc
  */
 VELMAR_API VelmarTonemapping* VelmarTonemapping_Create(void);
