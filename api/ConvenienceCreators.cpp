@@ -56,18 +56,20 @@ void VelmarScene_AddGroundPlane(VelmarScene* scene, double z, double half_size) 
     sphere->keyframes.push_back(keyFrameAt({0.0, 0.0, -10000.0}));
 
     const Reference<SceneNodeMesh> mesh = squareMeshNode(static_cast<float>(half_size), static_cast<float>(z));
-    root.addChildNode(mesh);
-
     const Reference<SceneNodeMaterial> material = greyMaterialNode("GroundPlane");
-    root.addChildNode(material);
-
     const Reference<SceneNodeModel> model(new SceneNodeModel);
     model->setName("GroundPlane");
-    model->setGeometry(mesh);
     model->keyframes.push_back(keyFrameAt({}));
     model->rotation = new MatrixRotation;
     Vector<Reference<SceneNodeMaterial>> materials;
     materials.push_back(material);
     model->setMaterials(materials);
+
+    // All of them or none.
+    root.reserveNewChildren(3);
+    root.addChildNode(mesh);
+    root.addChildNode(material);
+    // By the UID that the mesh has now.
+    model->setGeometry(mesh);
     root.addChildNode(model);
 }

@@ -39,9 +39,9 @@ void VelmarMesh_AddFaces(VelmarMesh* mesh, int32_t count, const uint32_t* words)
 
 void VelmarMesh_AddTextureCoordinates(VelmarMesh* mesh, int32_t count, const float* uv) {
     Mesh& data = *fromHandle(mesh)->mesh;
+    if (count > 0) data.uv_pairs.append({reinterpret_cast<const Vec2f*>(uv), static_cast<std::size_t>(count)});
+    // After what can fail.
     ++data.num_uv_mappings;
-    if (count < 1) return;
-    data.uv_pairs.append({reinterpret_cast<const Vec2f*>(uv), static_cast<std::size_t>(count)});
 }
 
 void VelmarMesh_AddMaterialUsed(VelmarMesh* mesh, const char* name) {

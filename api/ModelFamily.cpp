@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <iostream>
+#include <span>
 #include <string>
 
 using namespace Velmar;
 
 VelmarModel* VelmarModel_Create(const char* name, VelmarMesh* geometry) {
+    const HeldForCall held(fromHandle(geometry));
     NewObject<SceneNodeModel> model(new SceneNodeModel);
     model->setName(String(name));
     model->setGeometry(Reference<SceneNode>(fromHandle(geometry)));
@@ -20,9 +22,12 @@ VelmarModel* VelmarModel_Create(const char* name, VelmarMesh* geometry) {
 void VelmarModel_SetMaterials(VelmarModel* model, int32_t count, VelmarMaterialNode** materials) {
     // A text, because a host's locale may group the digits of numbers.
     std::cout << "Num materials: " << std::to_string(count) << std::endl;
+    const std::span<VelmarMaterialNode* const> handles(materials, count > 0 ? static_cast<std::size_t>(count) : 0);
+    const AllHeldForCall held(handles);
     Vector<Reference<SceneNodeMaterial>> nodes;
-    for (int32_t i = 0; i < count; ++i)
-        nodes.push_back(Reference<SceneNodeMaterial>(fromHandle(materials[i])));
+    nodes.reserve(handles.size());
+    for (VelmarMaterialNode* const handle : handles)
+        nodes.push_back(Reference<SceneNodeMaterial>(fromHandle(handle)));
     fromHandle(model)->setMaterials(nodes);
 }
 

@@ -19,8 +19,9 @@ void keepForever(SceneNode& node) {
 VelmarRenderSettings* VelmarRenderSettings_Create() {
     // Hosts get a blank node. The node of defaults stays allocated beside it, as each call always has left one.
     const Reference<SceneNodeRenderSettings> defaults = SceneNodeRenderSettings::getDefaults();
+    auto* const node = new SceneNodeRenderSettings;
     keepForever(*defaults);
-    return toHandle<VelmarRenderSettings>(new SceneNodeRenderSettings);
+    return toHandle<VelmarRenderSettings>(node);
 }
 
 void VelmarRenderSettings_Width(VelmarRenderSettings* settings, int32_t width) {

@@ -13,19 +13,6 @@ namespace {
 
 using Velmar::Reference;
 
-/// Counts a scene for the length of a call. The usual host's scene has no other holder until the renderer takes it, and
-/// a holder that ends would end the scene with it; here the scene stays the host's when the call fails.
-class CountedScene {
-  public:
-    explicit CountedScene(Velmar::SceneNodeRoot& counted) : scene(counted) { scene.increment(); }
-    ~CountedScene() { scene.decrement(); }
-    CountedScene(const CountedScene&) = delete;
-    CountedScene& operator=(const CountedScene&) = delete;
-
-  private:
-    Velmar::SceneNodeRoot& scene;
-};
-
 Velmar::RendererImpl& implOf(VelmarRenderer* renderer) {
     return Velmar::fromHandle(renderer)->getImpl();
 }
@@ -33,13 +20,16 @@ Velmar::RendererImpl& implOf(VelmarRenderer* renderer) {
 } // namespace
 
 VelmarRenderer* VelmarRenderer_Create(VelmarContext* context) {
-    const Reference<Velmar::VelmarContext> holder(Velmar::fromHandle(context));
-    return Velmar::toHandle<VelmarRenderer>(new Velmar::Renderer(holder));
+    // An exception of the library needs the library until it is caught, and the context keeps the library loaded.
+    const Velmar::HeldForCall held(Velmar::fromHandle(context));
+    return Velmar::toHandle<VelmarRenderer>(
+        new Velmar::Renderer(Reference<Velmar::VelmarContext>(Velmar::fromHandle(context))));
 }
 
 void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext* context_handle,
                                         VelmarScene* scene_handle) {
-    const CountedScene counted(*Velmar::fromHandle(scene_handle));
+    const Velmar::HeldForCall held_context(Velmar::fromHandle(context_handle));
+    const Velmar::HeldForCall held_scene(Velmar::fromHandle(scene_handle));
     const Reference<Velmar::RenderBuffer> render_buffer(
         new Velmar::RenderBuffer(Reference<Velmar::SceneNodeRoot>(Velmar::fromHandle(scene_handle))));
     const Reference<Velmar::UInt8Buffer> uint8_buffer(new Velmar::UInt8Buffer);

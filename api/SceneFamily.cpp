@@ -8,7 +8,10 @@ VelmarScene* VelmarScene_Create() {
 }
 
 void VelmarScene_AddModel(VelmarScene* scene, VelmarModel* model) {
-    fromHandle(scene)->addChildNode(Reference<SceneNode>(reinterpret_cast<SceneNode*>(model)));
+    // Any node may be added by this name too.
+    auto* const node = reinterpret_cast<SceneNode*>(model);
+    const HeldForCall held(node);
+    fromHandle(scene)->addChildNode(Reference<SceneNode>(node));
 }
 
 void VelmarScene_WriteToXML(VelmarScene* scene, const char* path) {

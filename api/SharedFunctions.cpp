@@ -1,5 +1,6 @@
 #include "api/SharedFunctions.h"
 
+#include "api/Handles.h"
 #include "scene/SceneNodeTonemapping.h"
 #include "scene/nodes/SceneNodeCamera.h"
 
@@ -21,11 +22,12 @@ static_assert(offsetof(SceneNodeCamera, lens_sensor_dist) == offsetof(SceneNodeT
 
 } // namespace
 
-extern "C" void velmarDeleteHandle(ThreadSafeRefCounted* object) {
+extern "C" void velmarDeleteHandle(Velmar::ThreadSafeRefCounted* object) {
     if (object != nullptr) object->destroy(1);
 }
 
 extern "C" void velmarAddNode(SceneNodeRoot* scene, SceneNode* node) {
+    const HeldForCall held(node);
     scene->addChildNode(Reference<SceneNode>(node));
 }
 

@@ -44,7 +44,7 @@ Mesh* MeshCache::find(const String& path, double scale) const {
 }
 
 void MeshCache::insert(const String& path, double scale, const Reference<Mesh>& mesh) {
-    if (!isFree(probe(path, scale))) return;
+    if (equal(empty_key, path, scale) || !isFree(probe(path, scale))) return;
     if (entry_count + 1 >= bucket_count / 2) grow();
     const String stored_path(path);
     Entry& place = probe(path, scale);

@@ -22,8 +22,9 @@ class MeshCache final : public SdkAllocated {
     /// The mesh entered for `path` and `scale`, or null.
     Mesh* find(const String& path, double scale) const;
 
-    /// Enters `mesh` unless the key is there. The table doubles when more than half of it would be taken.
-    /// Throws `BadAlloc`, and the table is then as it was.
+    /// Enters `mesh` unless the key is there. The table doubles when more than half of it would be taken. No mesh is
+    /// kept for the empty path with scale -1, the key of free places. Throws `BadAlloc`, and the table is then as it
+    /// was.
     void insert(const String& path, double scale, const Reference<Mesh>& mesh);
 
     std::uint64_t size() const { return entry_count; }

@@ -86,14 +86,26 @@ std::uint64_t RendererImpl::initialise(const Reference<SceneNodeRoot>& new_scene
                                        const Reference<RenderBuffer>& new_render_buffer, const Vector<String>& strings,
                                        const Reference<DataManager>& new_data_manager,
                                        const Reference<ToneMapper>& new_tone_mapper) {
+    const Reference<SceneNodeRoot> old_scene = scene;
+    const Reference<RenderBuffer> old_render_buffer = render_buffer;
+    const Reference<DataManager> old_data_manager = data_manager;
+    const Reference<ToneMapper> old_tone_mapper = tone_mapper;
     scene = new_scene;
     render_buffer = new_render_buffer;
     data_manager = new_data_manager;
     tone_mapper = new_tone_mapper;
-    // The addresses of our own holders, which last as long as the library's object does.
-    return callSlot<std::uint64_t>(interface.getPointer(), library_scene_initialise, &std::as_const(scene),
-                                   render_buffer.getPointer(), &strings, &std::as_const(data_manager),
-                                   &std::as_const(tone_mapper));
+    try {
+        // The addresses of our own holders, which last as long as the library's object does.
+        return callSlot<std::uint64_t>(interface.getPointer(), library_scene_initialise, &std::as_const(scene),
+                                       render_buffer.getPointer(), &strings, &std::as_const(data_manager),
+                                       &std::as_const(tone_mapper));
+    } catch (...) {
+        scene = old_scene;
+        render_buffer = old_render_buffer;
+        data_manager = old_data_manager;
+        tone_mapper = old_tone_mapper;
+        throw;
+    }
 }
 
 std::uint64_t RendererImpl::callOperation(Slot slot) {

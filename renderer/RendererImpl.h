@@ -45,7 +45,8 @@ class RendererImpl final : public SdkAllocated {
     /// the context, which may unload the library, goes last.
     void* destroy(unsigned flags);
 
-    /// Slot 1. Holds all four and hands them to the library. Returns the library's result.
+    /// Slot 1. Holds all four and hands them to the library. Returns the library's result. What the library throws
+    /// passes through, and what was held before is held again.
     std::uint64_t initialise(const Reference<SceneNodeRoot>& new_scene,
                              const Reference<RenderBuffer>& new_render_buffer, const Vector<String>& strings,
                              const Reference<DataManager>& new_data_manager,

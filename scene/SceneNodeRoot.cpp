@@ -29,20 +29,37 @@ SceneNodeRoot::SceneNodeRoot() : Destroyable(NodeType::Root) {
     name = "Scene";
 }
 
-void SceneNodeRoot::addChildNode(const Reference<SceneNode>& node) {
+void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
+    const bool is_new = node->getUID() == invalid_uid;
+    const UID node_uid = is_new ? next_uid : node->getUID();
+    SceneNode** const known = uid_to_node.find(node_uid);
+    growChildList(1);
+    if (known == nullptr) uid_to_node.reserveFor({&node_uid, 1});
+
+    // Nothing can fail from here on.
     child_nodes.push_back(node);
+    child_nodes_end = child_nodes.end();
     node->setParent(this);
-
-    if (node->getUID() == invalid_uid)
-        node->setUID(next_uid++);
-    else
-        next_uid = std::max(next_uid, node->getUID() + 1);
-
-    if (SceneNode** const known = uid_to_node.find(node->getUID()))
+    node->setUID(node_uid);
+    next_uid = is_new ? next_uid + 1 : std::max(next_uid, node_uid + 1);
+    if (known != nullptr)
         *known = node.getPointer();
     else
-        uid_to_node.insert(node->getUID(), node.getPointer());
+        uid_to_node.insert(node_uid, node.getPointer());
+}
 
+void SceneNodeRoot::reserveNewChildren(std::size_t count) {
+    Vector<UID> new_uids;
+    for (std::size_t i = 0; i < count; ++i)
+        new_uids.push_back(next_uid + static_cast<UID>(i));
+    uid_to_node.reserveFor({new_uids.data(), new_uids.size()});
+    growChildList(count);
+}
+
+/// Makes room for `count` more children.
+void SceneNodeRoot::growChildList(std::size_t count) {
+    child_nodes.growFor(count);
+    // The list may have moved.
     child_nodes_begin = child_nodes.begin();
     child_nodes_end = child_nodes.end();
 }

@@ -3,6 +3,8 @@
 #include "scene/SceneNode.h"
 #include "utils/System.h"
 
+#include <cstddef>
+
 namespace Velmar {
 
 class SceneNodeMaterial;
@@ -14,8 +16,12 @@ class SceneNodeRoot final : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     SceneNodeRoot();
 
     /// Appends `node`, which must not be null, as the last child. A node without a UID receives the next free one; of
-    /// two nodes with one UID the later is found by it, and both stay children. A node added twice stands twice.
-    void addChildNode(const Reference<SceneNode>& node);
+    /// two nodes with one UID the later is found by it, and both stay children. A node may be added several times.
+    /// Throws `BadAlloc`; root and node are then as they were.
+    void addChildNode(Reference<SceneNode> node);
+
+    /// Makes room for `count` nodes without UIDs: adding them next can't fail. Throws `BadAlloc`.
+    void reserveNewChildren(std::size_t count);
 
     /// The node, the root itself for its own UID, or null.
     SceneNode* getNodeByUID(UID wanted);
@@ -40,6 +46,8 @@ class SceneNodeRoot final : public Destroyable<SceneNodeRoot, PlainSceneNode> {
 
   private:
     friend struct SceneNodeRootLayout;
+
+    void growChildList(std::size_t count);
 
     Vector<Reference<SceneNode>> child_nodes;
     NodeUIDMap uid_to_node;

@@ -2,7 +2,10 @@
 
 #include "velmarvector.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <utility>
 
 namespace Velmar {
@@ -32,9 +35,20 @@ class HashTable {
 
     /// Adds an entry for a key that must be absent. The table doubles when its count exceeds 8 times its buckets.
     void insert(const Key& key, const Value& value) {
-        if (entry_count + 1 > most_entries_per_bucket * buckets.size()) grow();
+        growFor(1);
         buckets[bucketOf(key)].push_back(Entry{key, value});
         ++entry_count;
+    }
+
+    /// Makes room for entries of `keys`, which must be absent: inserting them next allocates nothing but what the
+    /// copies of keys and values themselves need.
+    void reserveFor(std::span<const Key> keys) {
+        growFor(keys.size());
+        for (const Key& key : keys) {
+            const auto shared = std::count_if(keys.begin(), keys.end(),
+                                              [&](const Key& other) { return bucketOf(other) == bucketOf(key); });
+            buckets[bucketOf(key)].growFor(static_cast<std::size_t>(shared));
+        }
     }
 
     std::uint64_t size() const { return entry_count; }
@@ -53,6 +67,11 @@ class HashTable {
     static constexpr std::uint64_t most_entries_per_bucket = 8;
 
     std::uint64_t bucketOf(const Key& key) const { return Traits::hash(key) & mask; }
+
+    void growFor(std::uint64_t further_entries) {
+        while (entry_count + further_entries > most_entries_per_bucket * buckets.size())
+            grow();
+    }
 
     /// Builds the larger table beside the old one, so that exhausted memory leaves all entries in place.
     void grow() {

@@ -163,6 +163,9 @@ TEST(ConvenienceCreators, TwoGroundPlanesShareTheirNamesButNotTheirUIDs) {
     EXPECT_EQ(ground.meshFiles().size(), 2u);
     for (const char* const line : {"<geometry_uid>1</geometry_uid>", "<geometry_uid>4</geometry_uid>"})
         EXPECT_NE(ground.text.find(line), std::string::npos);
-    const std::string second_model = withSystemLineEnds("\t\t<uid>6</uid>\n\t\t<name>GroundPlane</name>\n");
-    EXPECT_NE(ground.text.find(second_model), std::string::npos);
+    int uid = 0;
+    for (const char* const name : {"Mesh", "GroundPlane", "GroundPlane", "Mesh", "GroundPlane", "GroundPlane"}) {
+        const std::string identity = "\t\t<uid>" + std::to_string(++uid) + "</uid>\n\t\t<name>" + name + "</name>\n";
+        EXPECT_NE(ground.text.find(withSystemLineEnds(identity)), std::string::npos) << identity;
+    }
 }

@@ -68,12 +68,18 @@ TEST_F(MeshFamilyTest, CountsBelowOneAppendNothing) {
 }
 
 TEST_F(MeshFamilyTest, EachCallForTextureCoordinatesIsOneSet) {
-    const std::array<float, 6> uv = {0, 0, 1, 0, 1, 1};
-    VelmarMesh_AddTextureCoordinates(mesh, 3, uv.data());
-    VelmarMesh_AddTextureCoordinates(mesh, 1, uv.data());
+    const std::array<float, 6> first = {0, 0, 1, 0, 1, 1};
+    const std::array<float, 2> second = {0.25f, 0.75f};
+    VelmarMesh_AddTextureCoordinates(mesh, 3, first.data());
+    VelmarMesh_AddTextureCoordinates(mesh, 1, second.data());
     const auto words = wordsOf(mesh);
     EXPECT_EQ(words[0], 2u);
-    EXPECT_EQ(words[6], 4u);
+    ASSERT_EQ(words[6], 4u);
+    // One list after the other, not a pair of each in turn.
+    std::vector<std::uint32_t> pairs;
+    for (const float coordinate : {0.0f, 0.0f, 1.0f, 0.0f, 1.0f, 1.0f, 0.25f, 0.75f})
+        pairs.push_back(bits(coordinate));
+    EXPECT_EQ(std::vector<std::uint32_t>(words.begin() + 7, words.begin() + 15), pairs);
 }
 
 TEST_F(MeshFamilyTest, ACountBelowOneStillAddsASet) {

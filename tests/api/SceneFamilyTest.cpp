@@ -1,10 +1,13 @@
 #include "velmarapi.h"
+#include "velmarexceptions.h"
 
 #include "tests/api/Library.h"
 #include "tests/api/SceneDocument.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Throws.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 
 using namespace TestSupport;
@@ -35,6 +38,29 @@ TEST(SceneFamily, NodesStandInTheOrderOfAddingWhateverTheFunction) {
                     "</uid>\n\t\t<name>Tone Mapping</name>\n\t\t<linear>\n\t\t\t<scale>1</scale>\n\t\t</linear>\n"
                     "\t</tonemapping>\n";
     EXPECT_EQ(documentOf(scene), withSystemLineEnds(expected + "</scene>\n"));
+    VelmarScene_Delete(scene);
+}
+
+TEST(SceneFamily, ADocumentThatCantBeOpenedIsNotReported) {
+    const TempDir dir;
+    VelmarScene* const scene = VelmarScene_Create();
+    VelmarScene_AddTonemapping(scene, VelmarTonemapping_Create());
+    VelmarScene_WriteToXML(scene, dir.file("missing\\scene.xml").c_str());
+    EXPECT_TRUE(std::filesystem::is_empty(systemPath(dir.path())));
+    VelmarScene_Delete(scene);
+}
+
+TEST(SceneFamily, AFailureOfANodeLeavesTheExportAsTheLibrarysException) {
+    const TempDir dir;
+    VelmarScene* const scene = VelmarScene_Create();
+    VelmarMesh* const mesh = VelmarMesh_Create("three pairs for two sets");
+    const float uv[] = {0, 0, 1, 0, 1, 1};
+    VelmarMesh_AddTextureCoordinates(mesh, 3, uv);
+    VelmarMesh_AddTextureCoordinates(mesh, 0, nullptr);
+    VelmarScene_AddMesh(scene, mesh);
+    EXPECT_EQ(messageOf<Velmar::VelmarException>([&] { documentIn(dir, scene); }),
+              "Mesh uv_pairs.size() must be a multiple of num_uv_mappings.  uv_pairs.size(): 3, num_uv_mappings: 2");
+    EXPECT_EQ(refCountOf(mesh), 1);
     VelmarScene_Delete(scene);
 }
 

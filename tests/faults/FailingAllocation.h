@@ -26,4 +26,7 @@ class FailingAllocation {
 /// How many blocks are allocated and not released.
 std::int64_t liveBlocks();
 
+/// Counts a block that the system allocated and that is released here.
+void countBlockOfSystem();
+
 } // namespace Faults

@@ -34,6 +34,17 @@ TEST(MeshCache, KeepsTheFirstMeshOfAKey) {
     EXPECT_EQ(cache.size(), 1u);
 }
 
+TEST(MeshCache, KeepsNothingForTheKeyOfFreePlaces) {
+    MeshCache cache;
+    const Reference<Mesh> mesh(new Mesh);
+    for (int i = 0; i < 100; ++i)
+        cache.insert("", -1.0, mesh);
+    EXPECT_EQ(cache.find("", -1.0), nullptr);
+    EXPECT_EQ(mesh->getRefCount(), 1);
+    EXPECT_EQ(cache.size(), 0u);
+    EXPECT_EQ(cache.bucketCount(), 32u);
+}
+
 TEST(MeshCache, TakesTheSixteenthEntryOnlyAfterGrowing) {
     MeshCache cache;
     for (int i = 0; i < 15; ++i)

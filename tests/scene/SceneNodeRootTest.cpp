@@ -50,6 +50,16 @@ TEST_F(SceneNodeRootTest, AGivenUidIsKeptAndNeverGivenAgain) {
     EXPECT_EQ(root->getNextUID(), 102u);
 }
 
+TEST_F(SceneNodeRootTest, AChildMayBeAddedAgainByItsPlaceInTheListOfChildren) {
+    PlainNode* const node = add(*root);
+    // The list moves when it grows.
+    for (int i = 0; i < 10; ++i)
+        root->addChildNode(root->children()[0]);
+    EXPECT_EQ(root->children().size(), 11u);
+    EXPECT_EQ(root->children()[10].getPointer(), node);
+    EXPECT_EQ(node->getRefCount(), 11);
+}
+
 TEST_F(SceneNodeRootTest, AChildIsOwnedAndKnowsItsParent) {
     int destructions = 0;
     {

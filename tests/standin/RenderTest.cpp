@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <new>
 
 using namespace TestSupport;
 using testing::Contains;
@@ -228,6 +229,48 @@ TEST_F(Rendering, SceneMayBeGivenAgainAfterAFailure) {
     VelmarScene_AddRenderSettings(scene, VelmarRenderSettings_Create());
     VelmarRenderer_InitializeWithScene(renderer, context, scene);
     EXPECT_EQ(refCountOf(scene), 1);
+    VelmarRenderer_Delete(renderer);
+}
+
+TEST_F(Rendering, SceneThatTheLibraryFailsToTakeStaysTheHosts) {
+    VelmarRenderer* const renderer = makeRenderer("scene_out_of_memory");
+    scene = makeExampleScene();
+    EXPECT_THROW(VelmarRenderer_InitializeWithScene(renderer, context, scene), std::bad_alloc);
+    EXPECT_EQ(refCountOf(scene), 0);
+    EXPECT_EQ(refCountOf(context), 1);
+    EXPECT_THAT(folder.record(), Contains("tone mapper ended"));
+    VelmarScene_Delete(scene);
+    VelmarRenderer_Delete(renderer);
+}
+
+TEST_F(Rendering, LibraryThatThrowsWhenItIsToMakeAnObjectStaysLoadedAndTheContextTheHosts) {
+    folder.install("throws_on_create");
+    context = VelmarContext_Create();
+    EXPECT_EQ(VelmarContext_Initialize(context), 0);
+    std::string text;
+    try {
+        VelmarRenderer_Create(context);
+    } catch (const std::exception& exception) {
+        // The exception's class is the library's.
+        text = exception.what();
+    }
+    EXPECT_EQ(text, "thrown by the library");
+    EXPECT_EQ(refCountOf(context), 0);
+    EXPECT_NE(folder.functionOfLibrary("velmarCreateInstance"), nullptr);
+    VelmarContext_Delete(context);
+    EXPECT_EQ(folder.functionOfLibrary("velmarCreateInstance"), nullptr);
+}
+
+TEST_F(Rendering, DocumentIsTheSameWithAContextAndWithout) {
+    const auto documentNow = [] {
+        VelmarScene* const written = makeExampleScene();
+        VelmarScene_WriteToXML(written, "scene.xml");
+        VelmarScene_Delete(written);
+        return readFileBytes("scene.xml");
+    };
+    const std::string without = documentNow();
+    VelmarRenderer* const renderer = makeRendererWithScene();
+    EXPECT_EQ(documentNow(), without);
     VelmarRenderer_Delete(renderer);
 }
 

@@ -1,4 +1,5 @@
-// Libraries of the host's own compiler that fail by exceptions, one for each value of STANDIN_THROWS.
+// Libraries of the host's own compiler that fail by exceptions, one for each value of STANDIN_THROWS: when they are set
+// up, or, with STANDIN_THROWS_ON_CREATE, when they are to make an object.
 
 #include "velmarexceptions.h"
 
@@ -13,13 +14,41 @@
 #define ENTRY_POINT extern "C" __attribute__((visibility("default")))
 #endif
 
+namespace {
+
+/// An exception whose code is the library's own: it can't be used when the library is unloaded.
+class [[maybe_unused]] OfTheLibrary final : public std::exception {
+  public:
+    const char* what() const noexcept override { return "thrown by the library"; }
+};
+
+[[noreturn]] void fail() {
+    throw STANDIN_THROWS;
+}
+
+} // namespace
+
+#ifdef STANDIN_THROWS_ON_CREATE
+
+ENTRY_POINT std::int32_t velmarCreateInstance(const void*, void**) {
+    fail();
+}
+
+ENTRY_POINT std::int32_t velmarGlobalLibraryInit(const Velmar::String*, Velmar::String*) {
+    return 0;
+}
+
+#else
+
 ENTRY_POINT std::int32_t velmarCreateInstance(const void*, void**) {
     return 1;
 }
 
 ENTRY_POINT std::int32_t velmarGlobalLibraryInit(const Velmar::String*, Velmar::String*) {
-    throw STANDIN_THROWS;
+    fail();
 }
+
+#endif
 
 ENTRY_POINT void velmarGlobalLibraryShutdown() {}
 

@@ -147,6 +147,9 @@ static_assert(offsetof(AxisAngleStandIn, axis) == 16);
 class MaterialStandIn final : public Velmar::Destroyable<MaterialStandIn, Velmar::Material> {
   public:
     explicit MaterialStandIn(std::uint32_t kind_ = 0) : kind(kind_) {}
+    ~MaterialStandIn() {
+        if (destructions != nullptr) ++*destructions;
+    }
 
     Velmar::String* getTypeNameInto(Velmar::String* result) const override {
         return new (static_cast<void*>(result)) Velmar::String("stand_in");
@@ -174,6 +177,8 @@ class MaterialStandIn final : public Velmar::Destroyable<MaterialStandIn, Velmar
     std::uint32_t kind;
     Velmar::SceneNode* visited_in_a_pass = nullptr;
     Velmar::SceneNode* last_owner = nullptr;
+    /// Counts the object's end, unless it is null.
+    int* destructions = nullptr;
 };
 static_assert(offsetof(MaterialStandIn, references) == 160);
 

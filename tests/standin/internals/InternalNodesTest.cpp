@@ -8,6 +8,7 @@
 #include "scene/nodes/SceneNodeRenderSettings.h"
 #include "scene/nodes/SceneNodeSphere.h"
 #include "tests/standin/LibraryFolder.h"
+#include "tests/support/MaterialStandIns.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>
@@ -119,4 +120,16 @@ TEST_F(InternalNodes, ReceiverIsGivenASpectralChannel) {
     EXPECT_THAT(lines, Contains("  channel 'a layer with a long name' of type 0 at 0, components 3"));
     EXPECT_THAT(lines, Contains("  channel 'spectral' of type 6 at 3, components 16"));
     EXPECT_THAT(lines, Contains("  image 8 x 6, margin 0, super sample factor 2, layers 16 x 12, second 0 x 0"));
+}
+
+TEST(MaterialOfANode, IsDestroyedWhenAnotherTakesItsPlaceAndNobodyElseHoldsIt) {
+    int destructions = 0;
+    auto* const first = new TestSupport::MaterialStandIn;
+    first->destructions = &destructions;
+    VelmarMaterialNode* const node = VelmarMaterial_CreateNode("node");
+    VelmarMaterial_AddToNode(node, toHandle<VelmarMaterial>(first));
+    EXPECT_EQ(destructions, 0);
+    VelmarMaterial_AddToNode(node, VelmarMaterial_CreateDiffuse("second", 0, 0, 0));
+    EXPECT_EQ(destructions, 1);
+    velmarDeleteHandle(fromHandle(node));
 }

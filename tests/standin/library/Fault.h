@@ -14,6 +14,10 @@ enum class Fault {
     /// Creation of the interface gives no object.
     create_nothing,
     interface_initialise,
+    /// The host's memory runs out when the library is given a scene.
+    scene_out_of_memory,
+    /// Looks at nothing: each operation allocates one block of the host's memory and frees it again.
+    only_allocates,
     tone_mapper_complains,
 };
 

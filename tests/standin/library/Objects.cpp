@@ -35,6 +35,13 @@ constexpr int32_t update_with_unknown_paths = 404;
     }
 #endif
 
+/// Returns whether the library does no more than that.
+bool onlyAllocates() {
+    if (fault != Fault::only_allocates) return false;
+    host_memory.free(host_memory.malloc(100));
+    return true;
+}
+
 class VelmarInterface final : public LibraryObject {
   public:
     ENDS_AS(VelmarInterface, "interface ended"; endUnfinishedPass())
@@ -53,6 +60,7 @@ class VelmarInterface final : public LibraryObject {
     virtual uint64_t initialiseScene(const Reference<SceneNode>& new_scene, RenderBuffer* new_render_buffer,
                                      const Vector<String>& strings, const Reference<DataManager>& data_manager,
                                      const Reference<ToneMapper>* tone_mapper) {
+        if (onlyAllocates()) return 90;
         scene = &new_scene;
         render_buffer = new_render_buffer;
         Record() << "interface given a scene held " << new_scene->refcount << " times, strings " << strings.size
@@ -61,16 +69,19 @@ class VelmarInterface final : public LibraryObject {
         Record() << "  one image store " << ((*tone_mapper)->render_buffer.ob == new_render_buffer)
                  << ", tone mapper complains '" << (*tone_mapper)->error_msg << "'";
         recordImageStore(*new_render_buffer);
+        if (fault == Fault::scene_out_of_memory) host_memory.malloc(SIZE_MAX / 2);
         walkScene(*new_scene.ob);
         return 90;
     }
     virtual uint64_t slot10() { return 100; }
     virtual uint64_t start() {
         Record() << "interface started";
+        if (onlyAllocates()) return 110;
         render.start(Reference<RenderBuffer>(render_buffer), *scene);
         return 110;
     }
     virtual uint64_t pause() {
+        if (onlyAllocates()) return 120;
         // The render's thread counts the same node at this moment.
         const Reference<SceneNode> held(*scene);
         render.look();
@@ -79,10 +90,12 @@ class VelmarInterface final : public LibraryObject {
     }
     virtual uint64_t resume() {
         Record() << "interface resumed";
+        onlyAllocates();
         return 130;
     }
     virtual uint64_t stop() {
         Record() << "interface stopped";
+        if (onlyAllocates()) return 140;
         render.stop();
         return 140;
     }
@@ -90,6 +103,7 @@ class VelmarInterface final : public LibraryObject {
                             const uint8_t* h) {
         Record() << "interface updated by " << a << ", " << b << ", " << c << ", " << static_cast<double>(d) << ", "
                  << e << ", " << f << ", " << g << ", " << uint32_t{*h};
+        onlyAllocates();
         if (a == update_with_unknown_paths) {
             unfinished = (*scene)->createTraversalState(update_dependencies, "scene.xml", "scenes");
             traverseChildren(*scene->ob, *unfinished);
