@@ -7,7 +7,10 @@ foreach(source IN LISTS fuzz_sources)
     # Several exports can be one function, which has the type of one of them.
     target_compile_options(${name} PRIVATE -fsanitize=fuzzer -fno-sanitize=function)
     target_link_options(${name} PRIVATE -fsanitize=fuzzer)
-    target_link_libraries(${name} PRIVATE velmar_core VelmarAPI)
+    target_link_libraries(${name} PRIVATE velmar_core)
+    if(name STREQUAL "ExportsFuzz")
+        velmar_failing_allocations(${name})
+    endif()
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/fuzzers")
 endforeach()
 # The code under test reports its branches to the fuzzer.

@@ -118,6 +118,21 @@ function(velmar_link_aliases target def)
     target_link_options(${target} PRIVATE ${aliases})
 endfunction()
 
+# velmar_failing_allocations(<program>): adds tests/faults/FailingAllocation.h. The exports are linked statically, because only
+# what is goes through the linker's wrappers.
+function(velmar_failing_allocations target)
+    set(faults "${PROJECT_SOURCE_DIR}/tests/faults")
+    target_sources(${target} PRIVATE "${faults}/FailingAllocation.cpp" ${api_sources})
+    set(functions malloc calloc realloc free)
+    if(NOT WIN32)
+        target_sources(${target} PRIVATE "${faults}/FailingAllocation_posix.cpp")
+        list(APPEND functions realpath)
+    endif()
+    list(TRANSFORM functions PREPEND LINKER:--wrap=)
+    target_link_options(${target} PRIVATE ${functions})
+    velmar_link_aliases(${target} "${PROJECT_SOURCE_DIR}/api/VelmarAPI.def")
+endfunction()
+
 # velmar_exports(<library> <file.def>): the library exports the names of the file, on every system. A line "Name = target"
 # exports the function `target` as `Name`, so that several names can be one function.
 function(velmar_exports target def)

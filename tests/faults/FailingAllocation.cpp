@@ -76,7 +76,7 @@ FailingAllocation::FailingAllocation(std::int64_t nth, Lasting lasting) {
     allocations_to_go = nth;
     fails_for_ever = lasting == Lasting::for_ever;
     struck = false;
-    armed = true;
+    armed = nth > 0;
 }
 
 FailingAllocation::~FailingAllocation() {

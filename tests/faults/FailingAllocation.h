@@ -7,8 +7,9 @@ namespace Faults {
 /// Whether only one allocation fails or all that follow it too.
 enum class Lasting { once, for_ever };
 
-/// As long as it lives, the `nth` allocation from its construction on fails, whichever way it is asked for: `malloc`,
-/// `calloc`, `realloc` and every `new` of all code that is linked statically. One at a time, on one thread.
+/// As long as it lives, the `nth` allocation from its construction on fails, or none if `nth` is 0, whichever way it is
+/// asked for: `malloc`, `calloc`, `realloc` and every `new` of all code that is linked statically. One at a time, on
+/// one thread.
 class FailingAllocation {
   public:
     FailingAllocation(std::int64_t nth, Lasting lasting);

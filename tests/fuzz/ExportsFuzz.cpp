@@ -1,8 +1,11 @@
 // Turns bytes into a sequence of calls of the flat interface that keeps its ownership rules: what a scene or another
-// object holds isn't deleted, and everything else is in the end. Whatever the arguments, no call may crash or leak.
+// object holds isn't deleted, and everything else is in the end. Whatever the arguments, and whichever allocation
+// fails, no call may crash or leak.
 
 #include "velmarapi.h"
 #include "velmarexceptions.h"
+
+#include "tests/faults/FailingAllocation.h"
 
 #include <array>
 #include <cstddef>
@@ -11,6 +14,7 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -47,6 +51,17 @@ class Input {
     std::size_t size_;
 };
 
+/// Which allocation of the present step's calls fails, and how; 0 for none.
+std::int64_t failing_allocation = 0;
+Faults::Lasting lasting = Faults::Lasting::once;
+
+/// Makes a call of the library with the step's failure. Only such calls meet it, so that nothing of the host's is lost.
+template <class Call>
+auto attempt(Call call) {
+    const Faults::FailingAllocation fault(failing_allocation, lasting);
+    return call();
+}
+
 /// The handles of one kind, and which of them nobody holds yet.
 template <class Handle>
 class Pool {
@@ -77,7 +92,7 @@ class Pool {
     Handle* anyInScene(Input& input, VelmarScene* scene, Add add_to_scene) {
         Handle* const handle = any(input);
         if (handle != nullptr && !entries_[last_].held) {
-            add_to_scene(scene, handle);
+            attempt([&] { add_to_scene(scene, handle); });
             markHeld();
         }
         return handle;
@@ -113,6 +128,16 @@ struct Host {
     Pool<VelmarCamera> cameras;
     Pool<VelmarBackground> backgrounds;
 
+    /// Adds a node that only a scene can free: once more when memory ran out.
+    template <class Handle, class Add>
+    void give(Handle* node, Add add_to_scene) {
+        try {
+            attempt([&] { add_to_scene(scene, node); });
+        } catch (const std::bad_alloc&) {
+            add_to_scene(scene, node);
+        }
+    }
+
     Host() = default;
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
@@ -130,43 +155,52 @@ const std::string& workFolder() {
     return folder;
 }
 
+template <class Create>
+auto make(Create create, Input& input) {
+    const std::string name = input.text();
+    return attempt([&] { return create(name.c_str()); });
+}
+
 void makeSomething(Host& host, Input& input) {
     switch (input.below(8)) {
     case 0:
-        host.meshes.add(VelmarMesh_Create(input.text().c_str()));
+        host.meshes.add(make([&](const char* name) { return VelmarMesh_Create(name); }, input));
         break;
     case 1:
-        host.tonemappings.add(VelmarTonemapping_Create());
+        host.tonemappings.add(attempt([] { return VelmarTonemapping_Create(); }));
         break;
     case 2:
-        host.settings.add(VelmarRenderSettings_Create());
+        host.settings.add(attempt([] { return VelmarRenderSettings_Create(); }));
         break;
     case 3:
-        host.material_nodes.add(VelmarMaterial_CreateNode(input.text().c_str()));
+        host.material_nodes.add(make([&](const char* name) { return VelmarMaterial_CreateNode(name); }, input));
         break;
     case 4: {
         const std::string name = input.text();
         const auto colour = input.take<std::array<double, 3>>();
-        host.materials.add(VelmarMaterial_CreateDiffuse(name.c_str(), colour[0], colour[1], colour[2]));
+        host.materials.add(
+            attempt([&] { return VelmarMaterial_CreateDiffuse(name.c_str(), colour[0], colour[1], colour[2]); }));
         break;
     }
     case 5:
         if (VelmarMesh* const mesh = host.meshes.anyInScene(input, host.scene, VelmarScene_AddMesh))
-            host.models.add(VelmarModel_Create(input.text().c_str(), mesh));
+            host.models.add(make([&](const char* name) { return VelmarModel_Create(name, mesh); }, input));
         break;
     case 6: {
-        VelmarCamera* const camera = VelmarCamera_Create();
-        VelmarScene_AddCamera(host.scene, camera);
+        VelmarCamera* const camera = attempt([] { return VelmarCamera_Create(); });
+        host.give(camera, VelmarScene_AddCamera);
         host.cameras.add(camera);
         break;
     }
     default: {
         const auto values = input.take<std::array<double, 4>>();
         const std::string model = input.text();
-        VelmarBackground* const background =
-            input.below(2) == 0 ? VelmarBackground_CreateUniform(values[0], values[1], values[2], values[3])
-                                : VelmarBackground_CreateSunSky(values[0], values[1], values[2], model.c_str());
-        VelmarScene_AddBackground(host.scene, background);
+        const bool uniform = input.below(2) == 0;
+        VelmarBackground* const background = attempt([&] {
+            return uniform ? VelmarBackground_CreateUniform(values[0], values[1], values[2], values[3])
+                           : VelmarBackground_CreateSunSky(values[0], values[1], values[2], model.c_str());
+        });
+        host.give(background, VelmarScene_AddBackground);
         host.backgrounds.add(background);
         break;
     }
@@ -179,27 +213,39 @@ void changeMesh(Host& host, Input& input) {
     constexpr std::size_t most = 16;
     const auto count = static_cast<std::int32_t>(input.below(most + 2)) - 1;
     switch (input.below(9)) {
-    case 0:
-        VelmarMesh_AddVertices(mesh, count, input.take<std::array<float, 3 * most>>().data());
+    case 0: {
+        const auto xyz = input.take<std::array<float, 3 * most>>();
+        attempt([&] { VelmarMesh_AddVertices(mesh, count, xyz.data()); });
         break;
-    case 1:
-        VelmarMesh_AddFaces(mesh, count, input.take<std::array<std::uint32_t, 10 * most>>().data());
+    }
+    case 1: {
+        const auto words = input.take<std::array<std::uint32_t, 10 * most>>();
+        attempt([&] { VelmarMesh_AddFaces(mesh, count, words.data()); });
         break;
-    case 2:
-        VelmarMesh_AddTextureCoordinates(mesh, count, input.take<std::array<float, 2 * most>>().data());
+    }
+    case 2: {
+        const auto uv = input.take<std::array<float, 2 * most>>();
+        attempt([&] { VelmarMesh_AddTextureCoordinates(mesh, count, uv.data()); });
         break;
-    case 3:
-        VelmarMesh_AddMaterialUsed(mesh, input.text().c_str());
+    }
+    case 3: {
+        const std::string name = input.text();
+        attempt([&] { VelmarMesh_AddMaterialUsed(mesh, name.c_str()); });
         break;
+    }
     case 4:
-        VelmarMesh_Build(mesh);
+        attempt([&] { VelmarMesh_Build(mesh); });
         break;
-    case 5:
-        VelmarMesh_WriteToFile(mesh, (workFolder() + "/mesh.vmmesh").c_str());
+    case 5: {
+        const std::string path = workFolder() + "/mesh.vmmesh";
+        attempt([&] { VelmarMesh_WriteToFile(mesh, path.c_str()); });
         break;
-    case 6:
-        velmar_write_mesh_to_file(mesh, (workFolder() + "/mesh.txt").c_str());
+    }
+    case 6: {
+        const std::string path = workFolder() + "/mesh.txt";
+        attempt([&] { velmar_write_mesh_to_file(mesh, path.c_str()); });
         break;
+    }
     case 7:
         VelmarMesh_NormalSmoothing(mesh, input.take<VelmarBool>());
         VelmarMesh_ViewDependentSubdivision(mesh, input.take<VelmarBool>());
@@ -222,7 +268,7 @@ void changeCamera(Host& host, Input& input) {
     setters[input.below(std::size(setters))](camera, values[0]);
     switch (input.below(6)) {
     case 0:
-        VelmarCamera_SetPosition(camera, values[0], values[1], values[2]);
+        attempt([&] { VelmarCamera_SetPosition(camera, values[0], values[1], values[2]); });
         break;
     case 1:
         VelmarCamera_SetForwards(camera, values[0], values[1], values[2]);
@@ -252,7 +298,8 @@ void changeTonemapping(Host& host, Input& input) {
     VelmarTonemapping_SetBurn(tonemapping, input.take<double>());
     VelmarTonemapping_SetIso(tonemapping, input.take<double>());
     VelmarTonemapping_EvAdjust(tonemapping, input.take<double>());
-    VelmarTonemapping_SetResponseFunctionPath(tonemapping, input.text().c_str());
+    const std::string path = input.text();
+    attempt([&] { VelmarTonemapping_SetResponseFunctionPath(tonemapping, path.c_str()); });
 }
 
 void changeSettings(Host& host, Input& input) {
@@ -283,14 +330,14 @@ void changeModel(Host& host, Input& input) {
         const auto rotation = input.take<std::array<float, 9>>();
         const auto position = input.take<std::array<float, 3>>();
         // Key frames beyond the one that a model is born with are refused by an assertion.
-        VelmarModel_SetTransformation(model, rotation.data(), position.data(),
-                                      -static_cast<std::int32_t>(input.below(2)));
+        const auto index = -static_cast<std::int32_t>(input.below(2));
+        attempt([&] { VelmarModel_SetTransformation(model, rotation.data(), position.data(), index); });
         return;
     }
     std::vector<VelmarMaterialNode*> materials;
     for (std::size_t count = input.below(4); count > 0; --count)
         materials.push_back(host.material_nodes.anyInScene(input, host.scene, VelmarScene_AddMaterial));
-    VelmarModel_SetMaterials(model, static_cast<std::int32_t>(materials.size()), materials.data());
+    attempt([&] { VelmarModel_SetMaterials(model, static_cast<std::int32_t>(materials.size()), materials.data()); });
 }
 
 void giveMaterial(Host& host, Input& input) {
@@ -300,7 +347,7 @@ void giveMaterial(Host& host, Input& input) {
     // The node may be given another material later, and this one would then be gone: hold it by a node for good.
     VelmarMaterialNode* const keeper = VelmarMaterial_CreateNode("keeper");
     VelmarMaterial_AddToNode(keeper, material);
-    VelmarScene_AddMaterial(host.scene, keeper);
+    host.give(keeper, VelmarScene_AddMaterial);
     VelmarMaterial_AddToNode(node, material);
     host.materials.markHeld();
 }
@@ -309,31 +356,31 @@ void addToScene(Host& host, Input& input) {
     switch (input.below(5)) {
     case 0:
         if (VelmarMesh* const mesh = host.meshes.any(input)) {
-            VelmarScene_AddMesh(host.scene, mesh);
+            attempt([&] { VelmarScene_AddMesh(host.scene, mesh); });
             host.meshes.markHeld();
         }
         break;
     case 1:
         if (VelmarTonemapping* const tonemapping = host.tonemappings.any(input)) {
-            VelmarScene_AddTonemapping(host.scene, tonemapping);
+            attempt([&] { VelmarScene_AddTonemapping(host.scene, tonemapping); });
             host.tonemappings.markHeld();
         }
         break;
     case 2:
         if (VelmarRenderSettings* const settings = host.settings.any(input)) {
-            VelmarScene_AddRenderSettings(host.scene, settings);
+            attempt([&] { VelmarScene_AddRenderSettings(host.scene, settings); });
             host.settings.markHeld();
         }
         break;
     case 3:
         if (VelmarMaterialNode* const node = host.material_nodes.any(input)) {
-            VelmarScene_AddMaterial(host.scene, node);
+            attempt([&] { VelmarScene_AddMaterial(host.scene, node); });
             host.material_nodes.markHeld();
         }
         break;
     default:
         if (VelmarModel* const model = host.models.any(input)) {
-            VelmarScene_AddModel(host.scene, model);
+            attempt([&] { VelmarScene_AddModel(host.scene, model); });
             host.models.markHeld();
         }
         break;
@@ -343,20 +390,21 @@ void addToScene(Host& host, Input& input) {
 void createWhole(Host& host, Input& input) {
     switch (input.below(5)) {
     case 0:
-        velmar_create_default_material(host.scene);
+        attempt([&] { velmar_create_default_material(host.scene); });
         break;
     case 1:
-        velmar_create_sunsky(host.scene);
+        attempt([&] { velmar_create_sunsky(host.scene); });
         break;
     case 2:
-        velmar_create_dummy_lighting(host.scene);
+        attempt([&] { velmar_create_dummy_lighting(host.scene); });
         break;
     case 3:
-        velmar_create_plane(host.scene);
+        attempt([&] { velmar_create_plane(host.scene); });
         break;
     default: {
         const double z = input.take<double>();
-        VelmarScene_AddGroundPlane(host.scene, z, input.take<double>());
+        const double half_size = input.take<double>();
+        attempt([&] { VelmarScene_AddGroundPlane(host.scene, z, half_size); });
         break;
     }
     }
@@ -386,7 +434,8 @@ void deleteSomething(Host& host, Input& input) {
 }
 
 void writeScene(Host& host, Input&) {
-    VelmarScene_WriteToXML(host.scene, (workFolder() + "/scene.xml").c_str());
+    const std::string path = workFolder() + "/scene.xml";
+    attempt([&] { VelmarScene_WriteToXML(host.scene, path.c_str()); });
 }
 
 } // namespace
@@ -404,10 +453,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Host host;
         scene = host.scene;
         for (int i = 0; i < most_steps && !input.empty(); ++i) {
+            // What the byte holds beyond the step: no failure, the first allocation alone, it and all that follow, the
+            // second alone ...
+            const auto byte = input.take<std::uint8_t>();
+            const std::size_t failure = byte / std::size(steps);
+            failing_allocation = static_cast<std::int64_t>((failure + 1) / 2);
+            lasting = failure % 2 == 1 ? Faults::Lasting::once : Faults::Lasting::for_ever;
             try {
-                steps[input.below(std::size(steps))](host, input);
+                steps[byte % std::size(steps)](host, input);
             } catch (const Velmar::VelmarException&) {
                 // An inconsistent mesh, say: the host goes on.
+            } catch (const Velmar::Exception&) {
+                // A buffer without memory.
+            } catch (const std::bad_alloc&) {
             }
         }
     }
