@@ -17,7 +17,7 @@ using namespace Faults;
 
 namespace {
 
-/// The names of the table of functions.
+/// All exports, as the table of functions names them.
 constexpr const char* export_names[] = {
 #include "ExportNames.inc"
 };
