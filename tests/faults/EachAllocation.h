@@ -47,18 +47,6 @@ std::string thrownBy(const Act& act, FailingAllocation& fault) {
     }
 }
 
-/// Some runtimes allocate what they need for exceptions with the first that is thrown, and for one without memory with
-/// the first of those, and end the process when they can't.
-inline void prepareRuntime() {
-    for (const std::int64_t nth : {1, 2, 3, 4}) {
-        const FailingAllocation fault(nth, Lasting::once);
-        try {
-            throw Velmar::Exception(std::string());
-        } catch (const Velmar::Exception&) {
-        }
-    }
-}
-
 /// Has the first, second, third ... allocation of the operation fail, until it meets no failure any more; first each
 /// alone, then with all that follow. Each time it either gives the same result as without a failure or throws one of
 /// its `failures`, leaves no memory allocated, no file open and the locale as it was, and works again at once.

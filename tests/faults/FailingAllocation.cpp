@@ -1,9 +1,12 @@
 #include "tests/faults/FailingAllocation.h"
 
+#include "velmarexceptions.h"
+
 #include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -89,6 +92,16 @@ void FailingAllocation::end() {
 
 bool FailingAllocation::hasStruck() const {
     return struck;
+}
+
+void prepareRuntime() {
+    for (const std::int64_t nth : {1, 2, 3, 4}) {
+        const FailingAllocation fault(nth, Lasting::once);
+        try {
+            throw Velmar::Exception(std::string());
+        } catch (const Velmar::Exception&) {
+        }
+    }
 }
 
 std::int64_t liveBlocks() {

@@ -24,6 +24,10 @@ class FailingAllocation {
     bool hasStruck() const;
 };
 
+/// To be called before the first allocation that fails. Some runtimes allocate what they need for exceptions with the first
+/// that is thrown, and for one without memory with the first of those, and end the process when they can't.
+void prepareRuntime();
+
 /// How many blocks are allocated and not released.
 std::int64_t liveBlocks();
 

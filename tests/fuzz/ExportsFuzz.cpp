@@ -446,6 +446,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                      changeTonemapping, changeSettings, changeModel,     giveMaterial, addToScene,
                                      addToScene,        createWhole,    deleteSomething, writeScene};
     constexpr int most_steps = 200;
+    [[maybe_unused]] static const bool prepared = (Faults::prepareRuntime(), true);
 
     Input input(data, size);
     VelmarScene* scene = nullptr;
