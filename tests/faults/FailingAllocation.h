@@ -24,8 +24,8 @@ class FailingAllocation {
     bool hasStruck() const;
 };
 
-/// To be called before the first allocation that fails. Some runtimes allocate what they need for exceptions with the first
-/// that is thrown, and for one without memory with the first of those, and end the process when they can't.
+/// To be called before the first allocation that fails. Some runtimes allocate what they need for exceptions with the
+/// first that is thrown, and for one without memory with the first of those, and end the process when they can't.
 void prepareRuntime();
 
 /// How many blocks are allocated and not released.
