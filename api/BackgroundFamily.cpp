@@ -8,7 +8,7 @@ using namespace Velmar;
 
 namespace {
 
-/// What `VelmarBackground_Delete` takes.
+/// The argument of `VelmarBackground_Delete`.
 struct HolderRecord {
     Reference<Velmar::ThreadSafeRefCounted> held;
 };

@@ -50,7 +50,7 @@ void velmar_create_plane(VelmarScene* scene) {
 void VelmarScene_AddGroundPlane(VelmarScene* scene, double z, double half_size) {
     SceneNodeRoot& root = *fromHandle(scene);
 
-    // It never joins the scene and goes at the end: the quad below is the ground.
+    // It isn't added to the scene and is destroyed at the end: the quad below is the ground.
     const Reference<SceneNodeSphere> sphere(new SceneNodeSphere);
     sphere->radius = z + 10000.0;
     sphere->keyframes.push_back(keyFrameAt({0.0, 0.0, -10000.0}));

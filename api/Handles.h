@@ -1,6 +1,6 @@
 #pragma once
 
-/// A handle of the flat interface is the plain address of an object, seen by hosts as an opaque type.
+/// A handle of the flat interface is the address of an object, as an opaque type.
 
 #include "velmarapi.h"
 
@@ -20,9 +20,9 @@ Handle* toHandle(typename ObjectOf<Handle>::type* object) {
     return reinterpret_cast<Handle*>(object);
 }
 
-/// Counts an object that the host passed in, for the length of a call. The host's objects often have count 0, and a
-/// `Reference` to such an object destroys it when it is released, which happens when the call fails too. This count is
-/// taken back without destroying anything: what no holder took is still the host's, and alive. Null is ignored.
+/// Counts an object that the host passed, for the duration of a call. The host's objects often have count 0, and a
+/// `Reference` to such an object would destroy it if the call fails. This count is taken back without destroying
+/// anything: an object that got no owner is still the host's. Null is ignored.
 class HeldForCall {
   public:
     explicit HeldForCall(const ThreadSafeRefCounted* object_) : object(object_) {
@@ -38,7 +38,7 @@ class HeldForCall {
     const ThreadSafeRefCounted* const object;
 };
 
-/// The same for an array of handles. The array must not change during the call.
+/// The same for an array of handles, which must not change during the call.
 template <class Handle>
 class AllHeldForCall {
   public:

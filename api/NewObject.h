@@ -10,7 +10,7 @@ struct DestroyObject {
     void operator()(ThreadSafeRefCounted* object) const { object->destroy(1); }
 };
 
-/// A new object on its way to the host, with count 0. It goes if filling it fails.
+/// A new object with count 0, to be returned to the host. It is destroyed if an exception is thrown before.
 template <class T>
 using NewObject = std::unique_ptr<T, DestroyObject>;
 

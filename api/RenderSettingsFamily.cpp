@@ -6,8 +6,8 @@ using namespace Velmar;
 
 namespace {
 
-/// Keeps one count of `node` for the life of the process. The kept nodes hang one on another by their parent links,
-/// which mean nothing to nodes outside of scenes, so that leak checks still reach them.
+/// Keeps `node` until the process ends. The kept nodes are linked by their parent pointers, which nodes outside of
+/// scenes don't use, so that leak checkers find them.
 void keepForever(SceneNode& node) {
     static std::atomic<SceneNode*> last_kept{nullptr};
     node.increment();
@@ -17,7 +17,7 @@ void keepForever(SceneNode& node) {
 } // namespace
 
 VelmarRenderSettings* VelmarRenderSettings_Create() {
-    // Hosts get a blank node. The node of defaults stays allocated beside it, as each call always has left one.
+    // Hosts get an empty node. The node of defaults stays allocated, as after every earlier call.
     const Reference<SceneNodeRenderSettings> defaults = SceneNodeRenderSettings::getDefaults();
     auto* const node = new SceneNodeRenderSettings;
     keepForever(*defaults);

@@ -7,7 +7,7 @@
 
 /// Functions that are exported under several names; `VelmarAPI.def` lists them.
 
-/// Destroys the object of a handle, whatever its count. Null is ignored.
+/// Destroys the object of a handle even if its count isn't 0. Null is ignored.
 extern "C" void velmarDeleteHandle(Velmar::ThreadSafeRefCounted* object);
 
 /// Adds any node to a scene.

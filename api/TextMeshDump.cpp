@@ -33,7 +33,7 @@ void velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path) {
     const Mesh& data = *kept;
 
     std::ofstream file;
-    // Numbers are the same whatever locale the host has set.
+    // Numbers don't depend on the host's locale.
     file.imbue(std::locale::classic());
     file.open(path);
     file << mesh_node.getName().view() << '\n';

@@ -13,7 +13,8 @@
  *
  * Errors. Functions report failure by C++ exceptions of the classes in velmarexceptions.h, which don't derive from
  * std::exception. To catch them by type, a host must be built by the same compiler family as the library. To other
- * hosts they are foreign exceptions, and a host in C can't catch them.
+ * hosts they are foreign exceptions, and a host in C can't catch them. A function that throws changes no owners:
+ * objects that the host passed are still the host's.
  *
  * Threads. A scene is built, changed and written by one thread at a time; different scenes are independent.
  */
