@@ -51,7 +51,8 @@ Vector<String> nameLayers(const SceneNodeRoot& scene, const SceneNodeRenderSetti
     return names;
 }
 
-RenderChannelRequest requestChannels(const SceneNodeRoot& scene, const SceneNodeRenderSettings& settings) {
+RenderChannelRequest requestChannels(const SceneNodeRenderSettings& settings, const Vector<String>& material_masks,
+                                     const Vector<String>& object_masks) {
     RenderChannelRequest request;
     request.regions.reserve(settings.render_regions.size());
     for (const RenderRegion& region : settings.render_regions)
@@ -76,15 +77,19 @@ RenderChannelRequest requestChannels(const SceneNodeRoot& scene, const SceneNode
                                settings.emission_lighting_channel.value,
                                settings.participating_media_lighting_channel.value,
                                settings.sss_lighting_channel.value};
-    if (settings.material_masks.value) request.material_masks = SceneNode::getMaterialMaskNameList(scene);
-    if (settings.object_masks.value) request.object_masks = SceneNode::getModelMaskNameList(scene);
+    if (settings.material_masks.value) request.material_masks = material_masks;
+    if (settings.object_masks.value) request.object_masks = object_masks;
     return request;
 }
 
 MasterBuffer* makeMasterBuffer(const SceneNodeRoot& scene, const SceneNodeRenderSettings& settings) {
     try {
-        return new MasterBuffer(sizeOf(settings), nameLayers(scene, settings), settings.gpu.value,
-                                requestChannels(scene, settings));
+        // Nodes of the renderer library see this order, and are asked for mask names whether or not they are used.
+        const Vector<String> layer_names = nameLayers(scene, settings);
+        const Vector<String> material_masks = SceneNode::getMaterialMaskNameList(scene);
+        const Vector<String> object_masks = SceneNode::getModelMaskNameList(scene);
+        return new MasterBuffer(sizeOf(settings), layer_names, settings.gpu.value,
+                                requestChannels(settings, material_masks, object_masks));
     } catch (const Exception& exception) {
         throw VelmarException(toVelmarString("Error while allocating image buffer: " + exception.getMessage()));
     } catch (const std::bad_alloc&) {

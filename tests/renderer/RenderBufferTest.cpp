@@ -21,7 +21,7 @@ using TestSupport::messageOf;
 namespace {
 
 /// A node that names a light layer and masks.
-class LayerNode final : public Destroyable<LayerNode, PlainSceneNode> {
+class LayerNode : public Destroyable<LayerNode, PlainSceneNode> {
   public:
     LayerNode(std::uint32_t layer_, const char* material_mask_, const char* object_mask_)
         : Destroyable(NodeType::Metadata), layer(layer_), material_mask(material_mask_), object_mask(object_mask_) {}
@@ -32,16 +32,20 @@ class LayerNode final : public Destroyable<LayerNode, PlainSceneNode> {
     void writeXML(OStream&, std::uint32_t, const XMLWriteOptions&) const override {}
     std::uint32_t getMaxLayerIndex() const override {
         if (failure) failure();
+        calls.push_back("layers");
         return layer;
     }
     void getMaterialMaskNames(MaskNameMap& map) const override {
+        calls.push_back("material masks");
         map.insert(material_mask, static_cast<std::uint32_t>(map.size()));
     }
     void getModelMaskNames(MaskNameMap& map) const override {
+        calls.push_back("object masks");
         map.insert(object_mask, static_cast<std::uint32_t>(map.size()));
     }
 
     std::function<void()> failure;
+    mutable std::vector<std::string> calls;
 
   private:
     std::uint32_t layer;
@@ -231,6 +235,18 @@ TEST_F(RenderBuffers, MasksAreChannelsOnlyWhenAskedFor) {
     settings->material_masks.set(false);
     settings->object_masks.set(true);
     EXPECT_THAT(channelNames(), ElementsAre("", "o1", "o2"));
+}
+
+TEST_F(RenderBuffers, NodesAreAskedForLayersAndThenMasksWhateverTheOptions) {
+    auto* const node = new LayerNode(0, "m", "o");
+    scene->addChildNode(Reference<SceneNode>(node));
+    make();
+    EXPECT_THAT(node->calls, ElementsAre("layers", "material masks", "object masks"));
+    node->calls.clear();
+    settings->material_masks.set(true);
+    settings->object_masks.set(true);
+    make();
+    EXPECT_THAT(node->calls, ElementsAre("layers", "material masks", "object masks"));
 }
 
 TEST_F(RenderBuffers, SecondReservedOptionMakesAGpuRenderProgressive) {
