@@ -15,6 +15,7 @@ constexpr const char* sdk_dir = "vs2017_64";
 const char* textOf(const std::exception& exception) {
     if (dynamic_cast<const std::bad_array_new_length*>(&exception) != nullptr) return "bad array new length";
     if (dynamic_cast<const std::bad_alloc*>(&exception) != nullptr) return "bad allocation";
+    if (dynamic_cast<const std::bad_cast*>(&exception) != nullptr) return "bad cast";
     const char* const text = exception.what();
     // The base class itself carries no text, only the runtime's name for it.
     if (typeid(exception) == typeid(std::exception) || text == nullptr) return "Unknown exception";

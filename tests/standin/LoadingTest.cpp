@@ -220,6 +220,14 @@ TEST_F(Loading, ExhaustedMemoryReadsTheSameWithEveryRuntime) {
     EXPECT_EQ(initialize(context).err, "This failed: bad allocation\n");
 }
 
+TEST_F(Loading, BadCastReadsTheSameWithEveryRuntime) {
+    folder.install("throws_bad_cast");
+    const Outcome outcome = initialize(context);
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.out, success_lines);
+    EXPECT_EQ(outcome.err, "This failed: bad cast\n");
+}
+
 TEST_F(Loading, StandardExceptionWithoutATextIsUnknown) {
     folder.install("throws_nameless");
     EXPECT_EQ(initialize(context).err, "This failed: Unknown exception\n");

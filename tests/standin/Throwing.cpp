@@ -7,6 +7,7 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
+#include <typeinfo>
 
 #ifdef _WIN32
 #define ENTRY_POINT extern "C" __declspec(dllexport)
