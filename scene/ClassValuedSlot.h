@@ -1,9 +1,22 @@
 #pragma once
 
+#include "velmarvector.h"
+
 #include <cstddef>
 #include <utility>
 
 namespace Velmar {
+
+template <class T>
+void takeValue(T& to, T& from) {
+    to = from;
+}
+
+/// With the capacity, which a copy wouldn't have.
+template <class T>
+void takeValue(Vector<T>& to, Vector<T>& from) {
+    to.swap(from);
+}
 
 /// The value of a virtual operation that constructs its result in a place it is given: `call(place)` constructs a `T`
 /// there and returns the place.
@@ -15,7 +28,17 @@ T valueOfSlot(Call call) {
         T* value;
         ~Destroyer() { value->~T(); }
     } const destroyer{made};
-    return T(*made);
+    T value;
+    takeValue(value, *made);
+    return value;
+}
+
+/// The other side of that: constructs `value` in `result`, without a copy, and returns the place.
+template <class T>
+Vector<T>* moveIntoResult(Vector<T>& value, Vector<T>* result) {
+    auto* const made = new (static_cast<void*>(result)) Vector<T>();
+    made->swap(value);
+    return made;
 }
 
 } // namespace Velmar

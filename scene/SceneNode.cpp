@@ -1,5 +1,6 @@
 #include "scene/SceneNode.h"
 
+#include "scene/ClassValuedSlot.h"
 #include "scene/SceneNodeRoot.h"
 
 #include <algorithm>
@@ -65,20 +66,11 @@ void SceneNode::getMaterialMaskNames(MaskNameMap&) const {}
 void SceneNode::getModelMaskNames(MaskNameMap&) const {}
 
 Reference<SceneNode> SceneNode::clone() const {
-    alignas(Reference<SceneNode>) std::byte place[sizeof(Reference<SceneNode>)];
-    Reference<SceneNode>* const made = cloneInto(reinterpret_cast<Reference<SceneNode>*>(place));
-    Reference<SceneNode> result(*made);
-    made->~Reference();
-    return result;
+    return valueOfSlot<Reference<SceneNode>>([this](auto* place) { return cloneInto(place); });
 }
 
 Vector<UID> SceneNode::getDependencyUIDs() const {
-    alignas(Vector<UID>) std::byte place[sizeof(Vector<UID>)];
-    Vector<UID>* const made = getDependencyUIDsInto(reinterpret_cast<Vector<UID>*>(place));
-    Vector<UID> result;
-    result.swap(*made);
-    made->~Vector();
-    return result;
+    return valueOfSlot<Vector<UID>>([this](auto* place) { return getDependencyUIDsInto(place); });
 }
 
 SceneNodeRoot* SceneNode::getRootNode() {

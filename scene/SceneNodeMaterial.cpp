@@ -2,6 +2,7 @@
 
 #include "velmarexceptions.h"
 
+#include "scene/ClassValuedSlot.h"
 #include "scene/DiffuseMaterial.h"
 #include "scene/NumberText.h"
 #include "scene/SceneNodeRoot.h"
@@ -149,7 +150,7 @@ Vector<UID>* SceneNodeMaterial::getDependencyUIDsInto(Vector<UID>* result) const
     for (const SceneNode* const scatter : scatter_nodes)
         appendAll(uids, scatter->getDependencyUIDs());
     if (material) appendAll(uids, material->getDependencyUIDs());
-    return new (static_cast<void*>(result)) Vector<UID>(uids);
+    return moveIntoResult(uids, result);
 }
 
 } // namespace Velmar

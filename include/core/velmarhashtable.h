@@ -79,10 +79,7 @@ class HashTable {
         grown.resize(buckets.size() * 2);
         const std::uint64_t grown_mask = grown.size() - 1;
         forEach([&](const Key& key, const Value& value) {
-            Vector<Entry>& bucket = grown[Traits::hash(key) & grown_mask];
-            // Room for all that a bucket holds on average before the next growth, at once.
-            if (bucket.capacity() == 0) bucket.reserve(most_entries_per_bucket);
-            bucket.push_back(Entry{key, value});
+            grown[Traits::hash(key) & grown_mask].push_back(Entry{key, value});
         });
         buckets.swap(grown);
         mask = grown_mask;

@@ -1,5 +1,6 @@
 #include "scene/nodes/SceneNodeModel.h"
 
+#include "scene/ClassValuedSlot.h"
 #include "scene/DependencyPaths.h"
 #include "scene/XMLPrimitives.h"
 #include "scene/nodes/WorldBounds.h"
@@ -192,7 +193,7 @@ Vector<UID>* SceneNodeModel::getDependencyUIDsInto(Vector<UID>* result) const {
     uids.push_back(currentGeometryUID());
     for (const Reference<SceneNodeMaterial>& material : materials)
         if (material) uids.push_back(material->getUID());
-    return new (static_cast<void*>(result)) Vector<UID>(uids);
+    return moveIntoResult(uids, result);
 }
 
 bool SceneNodeModel::isEqual(const SceneNode* other) const {

@@ -2,6 +2,7 @@
 
 #include "velmarexceptions.h"
 
+#include "scene/ClassValuedSlot.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/XMLPrimitives.h"
@@ -82,9 +83,9 @@ bool SceneNodeSphere::refersToNode(const SceneNode* node) const {
 }
 
 Vector<UID>* SceneNodeSphere::getDependencyUIDsInto(Vector<UID>* result) const {
-    auto* const uids = new (static_cast<void*>(result)) Vector<UID>();
-    uids->push_back(currentMaterialUID());
-    return uids;
+    Vector<UID> uids;
+    uids.push_back(currentMaterialUID());
+    return moveIntoResult(uids, result);
 }
 
 UID SceneNodeSphere::currentMaterialUID() const {

@@ -29,6 +29,15 @@ std::vector<std::uint32_t> keysInOrder(const Table& table) {
     return keys;
 }
 
+/// The capacity of the bucket at `index`, as the renderer library reads it.
+std::uint64_t bucketCapacity(const Table& table, std::size_t index) {
+    const char* buckets = nullptr;
+    std::memcpy(&buckets, static_cast<const void*>(&table), sizeof buckets);
+    std::uint64_t capacity = 0;
+    std::memcpy(&capacity, buckets + 24 * index + 16, sizeof capacity);
+    return capacity;
+}
+
 } // namespace
 
 TEST(HashTable, BeginsWithFourBuckets) {
@@ -88,4 +97,21 @@ TEST(HashTable, GrowthKeepsTheOrderWithinBuckets) {
         expected.push_back(i * 8);
     EXPECT_EQ(8U, table.bucketCount());
     EXPECT_EQ(expected, keysInOrder(table));
+}
+
+TEST(HashTable, BucketsOfADoubledTableGrowAsAllVectors) {
+    Table table;
+    // Only multiples of 4, so that all are in the first bucket, and in the first and fifth of eight.
+    for (std::uint32_t i = 0; i < 32; ++i)
+        table.insert(i * 4, 0);
+    EXPECT_EQ(32U, bucketCapacity(table, 0));
+    EXPECT_EQ(0U, bucketCapacity(table, 1));
+    table.insert(1, 0);
+    ASSERT_EQ(8U, table.bucketCount());
+    EXPECT_EQ(16U, bucketCapacity(table, 0));
+    EXPECT_EQ(1U, bucketCapacity(table, 1));
+    EXPECT_EQ(16U, bucketCapacity(table, 4));
+    table.insert(9, 0);
+    table.insert(17, 0);
+    EXPECT_EQ(4U, bucketCapacity(table, 1));
 }

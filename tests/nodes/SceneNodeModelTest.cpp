@@ -271,7 +271,9 @@ TEST(SceneNodeModel, DependsOnGeometryAndBoundMaterials) {
     mesh->setUID(21);
     node->geometry = mesh;
     node->materials = vectorOf({materialNode(7), Reference<SceneNodeMaterial>(), materialNode(6)});
-    EXPECT_EQ(listOf(node->getDependencyUIDs()), (std::vector<UID>{21, 7, 6}));
+    const Vector<UID> uids = node->getDependencyUIDs();
+    EXPECT_EQ(listOf(uids), (std::vector<UID>{21, 7, 6}));
+    EXPECT_EQ(uids.capacity(), 4u);
 }
 
 TEST(SceneNodeModel, GetDependenciesReportsGeometryOnceThenProfilesThenMaterials) {

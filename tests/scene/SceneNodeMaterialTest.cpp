@@ -363,7 +363,9 @@ TEST(SceneNodeMaterial, DependenciesAreScatterUIDsThoseOfBoundNodesAndThoseOfThe
     const Reference<MaterialStandIn> material(new MaterialStandIn);
     material->references[0] = other.getPointer();
     node->material = material.getPointer();
-    EXPECT_EQ(listOf(node->getDependencyUIDs()), (std::vector<UID>{2, 2, 50, 60}));
+    const Vector<UID> uids = node->getDependencyUIDs();
+    EXPECT_EQ(listOf(uids), (std::vector<UID>{2, 2, 50, 60}));
+    EXPECT_EQ(uids.capacity(), 6u) << "3 for the first three, then twice that";
 }
 
 TEST(SceneNodeMaterial, DependenciesWithoutAMaterialAreScatterUIDs) {
