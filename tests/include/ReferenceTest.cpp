@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <vector>
 
+using testing::AnyOf;
 using testing::HasSubstr;
 using TestSupport::callSlot;
 using Velmar::Destroyable;
@@ -20,7 +21,7 @@ using Velmar::ThreadSafeRefCounted;
 namespace {
 
 /// Counts how many of it are alive.
-class Counted final : public Destroyable<Counted, ThreadSafeRefCounted> {
+class Counted : public Destroyable<Counted, ThreadSafeRefCounted> {
   public:
     explicit Counted(int& counter) : alive(counter) { ++alive; }
     ~Counted() { --alive; }
@@ -28,12 +29,12 @@ class Counted final : public Destroyable<Counted, ThreadSafeRefCounted> {
     int& alive;
 };
 
-class Checked final : public Destroyable<Checked, ThreadSafeRefCounted> {
+class Checked : public Destroyable<Checked, ThreadSafeRefCounted> {
   public:
     ~Checked() { assertUnreferenced(); }
 };
 
-class Plain final : public ThreadSafeRefCounted {};
+class Plain : public ThreadSafeRefCounted {};
 
 } // namespace
 
@@ -151,8 +152,10 @@ TEST(Reference, TheFirstHolderOfAFreshObjectIsItsOwner) {
 
 TEST(ReferenceDeathTest, DereferencingNothingIsReported) {
     const Reference<Counted> empty;
-    EXPECT_DEATH(static_cast<void>(*empty), HasSubstr("ob"));
-    EXPECT_DEATH(static_cast<void>(empty.operator->()), HasSubstr("ob"));
+    // Each runtime has its own form.
+    const auto report = AnyOf(HasSubstr("Assertion `ob' failed"), HasSubstr("Assertion failed: ob,"));
+    EXPECT_DEATH(static_cast<void>(*empty), report);
+    EXPECT_DEATH(static_cast<void>(empty.operator->()), report);
 }
 
 TEST(Destroy, RunsTheDestructorOfTheRealClass) {

@@ -160,6 +160,7 @@ TEST(String, EqualityGoesBySizeThenBytes) {
     EXPECT_TRUE(String() == String(""));
     EXPECT_TRUE(make(seventeen) == make(seventeen));
     EXPECT_FALSE(String("a") == String("ab"));
+    EXPECT_FALSE(String("ab") == String("a"));
     EXPECT_FALSE(String("a") == String("b"));
     EXPECT_FALSE(make(std::string("a\0b", 3)) == make(std::string("a\0c", 3)));
     String roomy = make(twenty);

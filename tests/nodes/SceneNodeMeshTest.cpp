@@ -312,3 +312,13 @@ TEST_F(MeshNodeLoading, AFailedFileIsReportedOnceAndNotTriedAgain) {
     EXPECT_TRUE(node->mesh);
     EXPECT_EQ(failureOf(node), "");
 }
+
+TEST_F(SceneNodeMeshTest, DeletedNodeIsDestroyedThoughItIsHeld) {
+    auto* const held = new SceneNodeMesh;
+    held->mesh = mesh;
+    held->increment();
+    ASSERT_EQ(held->getRefCount(), 1);
+    const std::int64_t holders_of_mesh = mesh->getRefCount();
+    held->destroy(1);
+    EXPECT_EQ(mesh->getRefCount(), holders_of_mesh - 1);
+}

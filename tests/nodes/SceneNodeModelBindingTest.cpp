@@ -202,6 +202,13 @@ TEST_F(ModelBinding, NameBeyondTheModelsMaterialsStaysUnbound) {
               "Failed binding material to Emission scale in model Model: Invalid UID.");
 }
 
+TEST_F(ModelBinding, NameAfterTheLastStoredUIDStaysUnbound) {
+    node->material_uids = vectorOf<UID>({2});
+    addScale("b");
+    EXPECT_EQ(messageOfBinding<SceneParserExcep>(),
+              "Failed binding material to Emission scale in model Model: Invalid UID.");
+}
+
 TEST_F(ModelBinding, NameOfAMissingMaterialStaysUnbound) {
     node->material_uids.clear();
     node->materials.push_back(nullptr);

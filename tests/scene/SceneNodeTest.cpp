@@ -36,10 +36,25 @@ std::vector<std::string> materialMasksOf(const SceneNodeRoot& root) {
 } // namespace
 
 TEST(NodeTypeName, IsThatOfTheTable) {
-    EXPECT_EQ(getNodeTypeName(NodeType::Root), String("Root"));
-    EXPECT_EQ(getNodeTypeName(NodeType::RenderSettings), String("Render Settings"));
-    EXPECT_EQ(getNodeTypeName(NodeType::Object), String("Object"));
-    EXPECT_EQ(getNodeTypeName(NodeType::SectionPlane), String("Section Plane"));
+    const char* const names[] = {"Root",
+                                 "Camera",
+                                 "Render Settings",
+                                 "Material",
+                                 "Mesh",
+                                 "Object",
+                                 "Sphere",
+                                 "Medium",
+                                 "Tone Mapping",
+                                 "Rectangle Light",
+                                 "Background Settings",
+                                 "Metadata",
+                                 "Parametric Surface",
+                                 "Displaced Quad",
+                                 "Scatter",
+                                 "Section Plane"};
+    std::uint32_t code = 0;
+    for (const char* const name : names)
+        EXPECT_EQ(getNodeTypeName(static_cast<NodeType>(code++)), String(name));
 }
 
 TEST(NodeTypeName, IsUnknownForCodesWithoutOne) {
@@ -112,7 +127,7 @@ TEST(SceneNode, ACloneHasUidNameAndFlagsButNoParent) {
 namespace {
 
 /// Clones into a node that stands in a scene already, as a class of another library may.
-class NodeClonedIntoScene final : public Destroyable<NodeClonedIntoScene, PlainSceneNode> {
+class NodeClonedIntoScene : public Destroyable<NodeClonedIntoScene, PlainSceneNode> {
   public:
     NodeClonedIntoScene(SceneNodeRoot& root) : Destroyable(NodeType::Metadata), root_(root) {}
     ~NodeClonedIntoScene() = default;

@@ -69,7 +69,7 @@ TEST(XMLElements, CostTheStreamOneCallEach) {
 
 TEST(StringElement, PlainValuesAreEscaped) {
     EXPECT_EQ(stringElement("Ground plane"), "<name>Ground plane</name>\n");
-    EXPECT_EQ(stringElement("a<b"), "<name>a&lt;b</name>\n");
+    EXPECT_EQ(stringElement("a<b>c\"d&e"), "<name>a&lt;b&gt;c&quot;d&amp;e</name>\n");
     EXPECT_EQ(stringElement("x]]>y"), "<name>x]]&gt;y</name>\n");
     EXPECT_EQ(stringElement(""), "<name></name>\n");
 }
