@@ -18,7 +18,7 @@ namespace Velmar {
 ///
 /// The fields may be filled directly too; then only `build` and the writer of mesh files guard what they hold. Their
 /// order and offsets are shared with the renderer library. Only the reference count is safe across threads.
-class Mesh final : public Destroyable<Mesh, ThreadSafeRefCounted> {
+class Mesh : public Destroyable<Mesh, ThreadSafeRefCounted> {
     static constexpr float infinity = std::numeric_limits<float>::infinity();
 
   public:

@@ -54,7 +54,7 @@ static_assert(sizeof(Allocator) == 16);
 namespace Velmar {
 
 /// Arrays of the SDK's own allocation entry points.
-class VelmarSDKAllocator final : public Destroyable<VelmarSDKAllocator, quorl::Allocator> {
+class VelmarSDKAllocator : public Destroyable<VelmarSDKAllocator, quorl::Allocator> {
   public:
     void* alloc(std::uint64_t size, std::uint64_t alignment) override { return sdkAlignedMalloc(size, alignment); }
     void free(void* memory) override { sdkAlignedFree(memory); }

@@ -10,7 +10,7 @@
 namespace Velmar {
 
 /// Holds the library's data manager and the texture manager that works with it.
-class DataManager final : public Destroyable<DataManager, ThreadSafeRefCounted> {
+class DataManager : public Destroyable<DataManager, ThreadSafeRefCounted> {
   public:
     /// Has the library make and initialise both objects, and links them. The context must be loaded and outlive the
     /// object. Throws `VelmarException` with the text of a `Velmar::Exception` of these steps.

@@ -10,7 +10,7 @@
 namespace Velmar {
 
 /// An image of floats for the renderer library to fill. This side only makes and destroys it.
-class FloatBuffer final : public Destroyable<FloatBuffer, ThreadSafeRefCounted> {
+class FloatBuffer : public Destroyable<FloatBuffer, ThreadSafeRefCounted> {
   public:
     FloatBuffer() = default;
     ~FloatBuffer();
@@ -28,7 +28,7 @@ class FloatBuffer final : public Destroyable<FloatBuffer, ThreadSafeRefCounted> 
 static_assert(sizeof(FloatBuffer) == 64);
 
 /// An image of bytes for the renderer library to fill. This side only makes and destroys it.
-class UInt8Buffer final : public Destroyable<UInt8Buffer, ThreadSafeRefCounted> {
+class UInt8Buffer : public Destroyable<UInt8Buffer, ThreadSafeRefCounted> {
   public:
     UInt8Buffer();
     ~UInt8Buffer();

@@ -82,7 +82,7 @@ MasterBuffer::MasterBuffer(const ImageStoreSize& size, const Vector<String>& lay
 }
 
 void* MasterBuffer::destroy(unsigned flags) {
-    this->~MasterBuffer();
+    this->MasterBuffer::~MasterBuffer();
     if ((flags & 1) != 0) sdkFree(this);
     return this;
 }

@@ -29,7 +29,7 @@ struct ImageStoreSize {
 /// The image store that the renderer library renders into. The library's threads read and write the object directly and
 /// use its locks: every offset is a contract, also of the words whose meaning only the library knows (`reserved_` and
 /// the offset). This side makes and destroys the object and touches nothing in between.
-class MasterBuffer final : public SdkAllocated {
+class MasterBuffer : public SdkAllocated {
   public:
     /// One light layer for each of `layer_names`. With `gpu` there is a second store for previews. The number of floats
     /// of a store is taken modulo 2^32, so an image beyond that gets a store too small for it.

@@ -10,7 +10,7 @@ namespace Velmar {
 class SceneNodeRoot;
 
 /// Owns the image store of one render.
-class RenderBuffer final : public Destroyable<RenderBuffer, ThreadSafeRefCounted> {
+class RenderBuffer : public Destroyable<RenderBuffer, ThreadSafeRefCounted> {
   public:
     /// Makes the image store that the scene's render settings ask for. Width, height and super sample factor are taken
     /// as they stand in the settings, set or not.

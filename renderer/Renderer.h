@@ -7,7 +7,7 @@
 namespace Velmar {
 
 /// What hosts hold of a renderer: the owner of its `RendererImpl`.
-class Renderer final : public Destroyable<Renderer, ThreadSafeRefCounted> {
+class Renderer : public Destroyable<Renderer, ThreadSafeRefCounted> {
   public:
     explicit Renderer(const Reference<VelmarContext>& context);
     ~Renderer();

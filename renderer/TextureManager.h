@@ -8,7 +8,7 @@
 namespace Velmar {
 
 /// Holds the library's texture manager.
-class TextureManager final : public Destroyable<TextureManager, ThreadSafeRefCounted> {
+class TextureManager : public Destroyable<TextureManager, ThreadSafeRefCounted> {
   public:
     /// Has the library make and initialise the object. The context must be loaded and outlive it.
     explicit TextureManager(const VelmarContext& context);

@@ -12,7 +12,7 @@
 namespace Velmar {
 
 /// Holds the library's tone mapper and the images between which it works.
-class ToneMapper final : public Destroyable<ToneMapper, ThreadSafeRefCounted> {
+class ToneMapper : public Destroyable<ToneMapper, ThreadSafeRefCounted> {
   public:
     /// Has the library make and initialise its tone mapper. What it complains of is kept and not raised: the render
     /// goes on. The context must be loaded and outlive the object.

@@ -12,7 +12,7 @@ namespace Velmar {
 
 /// The loaded renderer library. Everything that holds one of the library's objects holds the context too, so that the
 /// library goes last.
-class VelmarContext final : public Destroyable<VelmarContext, ThreadSafeRefCounted> {
+class VelmarContext : public Destroyable<VelmarContext, ThreadSafeRefCounted> {
   public:
     using CreateInstance = std::int32_t (*)(const String* class_name, LibraryObject** object);
     using GlobalLibraryInit = std::int32_t (*)(const String* dir, String* error);

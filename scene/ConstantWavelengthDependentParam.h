@@ -6,7 +6,7 @@
 namespace Velmar {
 
 /// One spectrum everywhere on the surface.
-class ConstantWavelengthDependentParam final
+class ConstantWavelengthDependentParam
     : public Destroyable<ConstantWavelengthDependentParam, WavelengthDependentParam> {
   public:
     explicit ConstantWavelengthDependentParam(const Reference<Spectrum>& spectrum_) : spectrum(spectrum_) {}

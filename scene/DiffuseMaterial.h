@@ -5,7 +5,7 @@
 namespace Velmar {
 
 /// A surface that scatters light evenly, and the base of uniform light.
-class DiffuseMaterial final : public Destroyable<DiffuseMaterial, Material> {
+class DiffuseMaterial : public Destroyable<DiffuseMaterial, Material> {
   public:
     String* getTypeNameInto(String* result) const override;
     std::uint32_t getMaterialKind() const override;

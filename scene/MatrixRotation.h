@@ -7,7 +7,7 @@
 namespace Velmar {
 
 /// A rotation given by a 3 by 3 matrix, row after row. Nothing checks that it is one.
-class MatrixRotation final : public Destroyable<MatrixRotation, Rotation> {
+class MatrixRotation : public Destroyable<MatrixRotation, Rotation> {
   public:
     static constexpr double identity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 

@@ -7,7 +7,7 @@
 namespace Velmar {
 
 /// A colour given by red, green and blue.
-class RGBSpectrum final : public Destroyable<RGBSpectrum, Spectrum> {
+class RGBSpectrum : public Destroyable<RGBSpectrum, Spectrum> {
   public:
     RGBSpectrum(const Vec3d& rgb_, double gamma_) : rgb(rgb_), gamma(gamma_) {}
     ~RGBSpectrum() { assertUnreferenced(); }

@@ -9,7 +9,7 @@ namespace Velmar {
 
 /// Gives a material its place in a scene: models and spheres name it by its UID. The node's name is that of the
 /// material. Carries the guard against loops of references.
-class SceneNodeMaterial final : public Destroyable<SceneNodeMaterial, PlainSceneNode> {
+class SceneNodeMaterial : public Destroyable<SceneNodeMaterial, PlainSceneNode> {
   public:
     /// How many visits of material nodes may be nested in a pass.
     static constexpr std::int32_t most_nested_visits = 100;

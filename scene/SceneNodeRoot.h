@@ -11,7 +11,7 @@ class SceneNodeMaterial;
 
 /// The scene: owns its nodes in the order of adding, hands out their UIDs and finds them by UID. It only grows;
 /// children are never removed one at a time. Built from one thread at a time.
-class SceneNodeRoot final : public Destroyable<SceneNodeRoot, PlainSceneNode> {
+class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
   public:
     SceneNodeRoot();
 

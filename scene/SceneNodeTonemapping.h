@@ -8,7 +8,7 @@ namespace Velmar {
 
 /// How linear light becomes an image. One node carries the parameters of all kinds of tone mapper; `tone_mapper_kind`
 /// selects the one in force, and only that one reaches the document.
-class SceneNodeTonemapping final : public Destroyable<SceneNodeTonemapping, PlainSceneNode> {
+class SceneNodeTonemapping : public Destroyable<SceneNodeTonemapping, PlainSceneNode> {
   public:
     /// Codes of `tone_mapper_kind`. The field may hold others, which write nothing.
     enum Kind : std::uint32_t { linear = 1000, reinhard = 1001, camera = 1002, filmic = 1003 };

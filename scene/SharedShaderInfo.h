@@ -31,7 +31,7 @@ class ShaderParameter : public ThreadSafeRefCounted {
 };
 
 /// The shader program of a material, with what it includes and reads.
-class SharedShaderInfo final : public Destroyable<SharedShaderInfo, ThreadSafeRefCounted> {
+class SharedShaderInfo : public Destroyable<SharedShaderInfo, ThreadSafeRefCounted> {
   public:
     /// Whether a document has to hold this. Textures alone don't count: nothing but a program reads them.
     bool isWritten() const { return !parameters.empty() || !includes.empty() || !shader.empty(); }

@@ -7,7 +7,7 @@
 namespace Velmar {
 
 /// The light of sun and sky.
-class SunSkyMaterial final : public Destroyable<SunSkyMaterial, Material> {
+class SunSkyMaterial : public Destroyable<SunSkyMaterial, Material> {
   public:
     String* getTypeNameInto(String* result) const override;
     std::uint32_t getMaterialKind() const override;

@@ -5,7 +5,7 @@
 namespace Velmar {
 
 /// The same value at every wavelength.
-class UniformSpectrum final : public Destroyable<UniformSpectrum, Spectrum> {
+class UniformSpectrum : public Destroyable<UniformSpectrum, Spectrum> {
   public:
     explicit UniformSpectrum(double value_) : value(value_) {}
     ~UniformSpectrum() { assertUnreferenced(); }

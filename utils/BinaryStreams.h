@@ -58,7 +58,7 @@ class OutStream : public Velmar::SdkAllocated {
 
 /// Reads from bytes in memory that it owns. To fill it: `data.resizeUninitialized(n)`, then write to `data.data()`.
 /// A reader of bulk records may read `data` directly and move `read_index` itself.
-class BufferInStream final : public Velmar::Destroyable<BufferInStream, InStream> {
+class BufferInStream : public Velmar::Destroyable<BufferInStream, InStream> {
   public:
     BufferInStream() = default;
     ~BufferInStream() = default;
@@ -78,7 +78,7 @@ class BufferInStream final : public Velmar::Destroyable<BufferInStream, InStream
 static_assert(sizeof(BufferInStream) == 40);
 
 /// Writes to bytes in memory. Callers may read, reserve and resize `buf` directly.
-class BufferOutStream final : public Velmar::Destroyable<BufferOutStream, OutStream> {
+class BufferOutStream : public Velmar::Destroyable<BufferOutStream, OutStream> {
   public:
     BufferOutStream() = default;
     ~BufferOutStream() = default;

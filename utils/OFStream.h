@@ -11,7 +11,7 @@
 namespace Velmar {
 
 /// Text output to a file, with the system's line ends and numbers that ignore the locale.
-class OFStream final : public Destroyable<OFStream, OStream> {
+class OFStream : public Destroyable<OFStream, OStream> {
   public:
     /// Opens `path` (UTF-8) for output and replaces the file that is there. A failure isn't thrown: ask `failed`.
     explicit OFStream(const String& path);

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 namespace Velmar {
 
@@ -49,16 +50,20 @@ class ThreadSafeRefCounted : public SdkAllocated {
 static_assert(sizeof(std::atomic<std::int64_t>) == 8);
 static_assert(sizeof(ThreadSafeRefCounted) == 16);
 
-/// Supplies slot 0 for the class `Concrete`, which derives from `Destroyable<Concrete, Base>` and is final.
+/// Supplies slot 0 for the class `Concrete`, which derives from `Destroyable<Concrete, Base>`.
+///
+/// No such class may be final. The renderer library makes and derives objects of these classes, with tables of their
+/// own. A compiler that knows an object's class calls our functions directly, past that table.
 template <class Concrete, class Base>
 class Destroyable : public Base {
   public:
     using Base::Base;
 
     void* destroy(unsigned flags) override {
+        static_assert(!std::is_final_v<Concrete>);
         auto* const self = static_cast<Concrete*>(this);
         void* const memory = self;
-        self->~Concrete();
+        self->Concrete::~Concrete();
         if ((flags & 1) != 0) sdkFree(memory);
         return memory;
     }

@@ -40,7 +40,7 @@ class ApertureShape : public ThreadSafeRefCounted {
 
 static_assert(sizeof(ApertureShape) == 16);
 
-class ApertureCircular final : public Destroyable<ApertureCircular, ApertureShape> {
+class ApertureCircular : public Destroyable<ApertureCircular, ApertureShape> {
   public:
     std::int32_t getType() const override { return circular_kind; }
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;

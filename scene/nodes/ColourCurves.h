@@ -11,7 +11,7 @@ class SceneNodeCurve1D;
 
 /// The curves that an image's colours pass through. The four are nodes without a UID and belong to no scene. None is
 /// null once built.
-class ColourCurves final : public Destroyable<ColourCurves, ThreadSafeRefCounted> {
+class ColourCurves : public Destroyable<ColourCurves, ThreadSafeRefCounted> {
   public:
     ColourCurves();
     ~ColourCurves();

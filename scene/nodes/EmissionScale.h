@@ -13,7 +13,7 @@ namespace Velmar {
 
 /// Gives a material of a model, or the background, an amount of light. The material is named by reference, by UID, or
 /// by its name in the mesh's list; binding turns the last two into the first.
-class EmissionScale final : public Destroyable<EmissionScale, ThreadSafeRefCounted> {
+class EmissionScale : public Destroyable<EmissionScale, ThreadSafeRefCounted> {
   public:
     /// Codes of `measure`. The field may hold others, whose name is empty.
     enum Measure : std::uint32_t {

@@ -13,7 +13,7 @@
 namespace Velmar {
 
 /// Gives a material of a model the distribution of light in an IES file. The material is named as in `EmissionScale`.
-class IESProfile final : public Destroyable<IESProfile, ThreadSafeRefCounted> {
+class IESProfile : public Destroyable<IESProfile, ThreadSafeRefCounted> {
   public:
     /// Writes the element `ies_profile` at `depth` tabs.
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const;

@@ -29,7 +29,7 @@ class SplatFilter : public ThreadSafeRefCounted {
     ~SplatFilter() = default;
 };
 
-class SplatFilterFastBox final : public Destroyable<SplatFilterFastBox, SplatFilter> {
+class SplatFilterFastBox : public Destroyable<SplatFilterFastBox, SplatFilter> {
   public:
     std::int32_t getType() const override { return 0; }
     void writeXML(OStream& stream, std::uint32_t depth) const override;
@@ -57,7 +57,7 @@ class DownsizeFilter : public ThreadSafeRefCounted {
 };
 
 /// The cubic of Mitchell and Netravali.
-class DownsizeFilterMNCubic final : public Destroyable<DownsizeFilterMNCubic, DownsizeFilter> {
+class DownsizeFilterMNCubic : public Destroyable<DownsizeFilterMNCubic, DownsizeFilter> {
   public:
     std::int32_t getType() const override { return 1; }
     void writeXML(OStream& stream, std::uint32_t depth) const override;

@@ -12,7 +12,7 @@ namespace Velmar {
 
 /// How one layer of light takes part in an image. Called by slot number from the renderer library, which is also where
 /// these objects come from.
-class LayerSetting final : public Destroyable<LayerSetting, ThreadSafeRefCounted> {
+class LayerSetting : public Destroyable<LayerSetting, ThreadSafeRefCounted> {
   public:
     // Slot 0 is `destroy` of `ThreadSafeRefCounted`.
 

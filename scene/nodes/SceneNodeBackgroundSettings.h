@@ -9,7 +9,7 @@
 namespace Velmar {
 
 /// What lies around the scene: a material of its own, which is no node, and an optional amount of light.
-class SceneNodeBackgroundSettings final : public Destroyable<SceneNodeBackgroundSettings, PlainSceneNode> {
+class SceneNodeBackgroundSettings : public Destroyable<SceneNodeBackgroundSettings, PlainSceneNode> {
   public:
     SceneNodeBackgroundSettings();
 

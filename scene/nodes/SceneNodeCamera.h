@@ -12,7 +12,7 @@
 namespace Velmar {
 
 /// One camera. Nothing checks its fields: every value reaches the document as it was given.
-class SceneNodeCamera final : public Destroyable<SceneNodeCamera, PlainSceneNode> {
+class SceneNodeCamera : public Destroyable<SceneNodeCamera, PlainSceneNode> {
   public:
     /// Codes of `camera_type`. The field may hold others, which write an empty element.
     enum Type : std::uint32_t { thin_lens_perspective = 0, orthographic = 1, spherical = 2 };

@@ -8,7 +8,7 @@ namespace Velmar {
 
 /// A function of one variable, given by knots. Nothing checks that there are as many values as knots or that the knots
 /// ascend. Its name is empty until it is set.
-class SceneNodeCurve1D final : public Destroyable<SceneNodeCurve1D, PlainSceneNode> {
+class SceneNodeCurve1D : public Destroyable<SceneNodeCurve1D, PlainSceneNode> {
   public:
     SceneNodeCurve1D(const Vector<float>& knots, const Vector<float>& values);
 

@@ -10,7 +10,7 @@ namespace Velmar {
 
 /// One piece of geometry and its subdivision settings. It holds a mesh in memory or names a file from which one is
 /// loaded. The document names a vmmesh file that is written beside it, once for each distinct content.
-class SceneNodeMesh final : public Destroyable<SceneNodeMesh, PlainSceneNode> {
+class SceneNodeMesh : public Destroyable<SceneNodeMesh, PlainSceneNode> {
   public:
     SceneNodeMesh();
 

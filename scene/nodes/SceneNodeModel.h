@@ -18,7 +18,7 @@ class SceneNodeMesh;
 
 /// Places one piece of geometry in the scene, with its materials and its motion. References stand in two forms: a model
 /// that a host builds holds them, a model from elsewhere holds UIDs, which a pass that binds turns into references.
-class SceneNodeModel final : public Destroyable<SceneNodeModel, PlainSceneNode> {
+class SceneNodeModel : public Destroyable<SceneNodeModel, PlainSceneNode> {
   public:
     SceneNodeModel();
 

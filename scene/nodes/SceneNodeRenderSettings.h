@@ -28,7 +28,7 @@ struct RenderRegion {
 
 /// Every option of a render. Only what is set reaches the document; what is absent falls to the renderer's defaults.
 /// The renderer library reads the fields by their offsets, and nothing checks their values.
-class SceneNodeRenderSettings final : public Destroyable<SceneNodeRenderSettings, PlainSceneNode> {
+class SceneNodeRenderSettings : public Destroyable<SceneNodeRenderSettings, PlainSceneNode> {
   public:
     /// With every option unset but `reserved_option_1`.
     SceneNodeRenderSettings();

@@ -10,7 +10,7 @@ namespace Velmar {
 class SceneNodeMaterial;
 
 /// A sphere that may move during the exposure, of one material.
-class SceneNodeSphere final : public Destroyable<SceneNodeSphere, PlainSceneNode> {
+class SceneNodeSphere : public Destroyable<SceneNodeSphere, PlainSceneNode> {
   public:
     SceneNodeSphere();
     ~SceneNodeSphere();

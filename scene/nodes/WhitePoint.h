@@ -10,7 +10,7 @@
 namespace Velmar {
 
 /// The chromaticity that an image shows as white.
-class WhitePoint final : public Destroyable<WhitePoint, ThreadSafeRefCounted> {
+class WhitePoint : public Destroyable<WhitePoint, ThreadSafeRefCounted> {
   public:
     WhitePoint() = default;
     WhitePoint(double x_, double y_) : x(x_), y(y_) {}

@@ -72,7 +72,7 @@ union Bent {
     std::array<std::uint64_t, 3> words;
 };
 
-class CountedElement final : public Velmar::Destroyable<CountedElement, Velmar::ThreadSafeRefCounted> {};
+class CountedElement : public Velmar::Destroyable<CountedElement, Velmar::ThreadSafeRefCounted> {};
 
 } // namespace
 

@@ -51,7 +51,7 @@ Reference<SceneNodeCamera> cloneOf(const SceneNodeCamera& node) {
 }
 
 /// A shape with a path, as libraries may bring.
-class ImageStandIn final : public Destroyable<ImageStandIn, ApertureImage> {
+class ImageStandIn : public Destroyable<ImageStandIn, ApertureImage> {
   public:
     explicit ImageStandIn(const char* path_) { path = path_; }
     std::int32_t getType() const override { return 2; }

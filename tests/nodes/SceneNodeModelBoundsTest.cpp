@@ -44,7 +44,7 @@ void expectNear(const Bounds& actual, const Bounds& expected, float tolerance = 
 }
 
 /// A displaced quad: it begins with its two extents.
-class QuadStandIn final : public Destroyable<QuadStandIn, PlainSceneNode> {
+class QuadStandIn : public Destroyable<QuadStandIn, PlainSceneNode> {
   public:
     QuadStandIn(float u_, float v_) : Destroyable(NodeType::DisplacedQuad), u(u_), v(v_) {}
 

@@ -38,7 +38,7 @@ Settings& cloneOf(const Settings& node, Reference<SceneNode>& holder) {
 }
 
 /// A spectrum that writes its value.
-class TestSpectrum final : public Destroyable<TestSpectrum, Spectrum> {
+class TestSpectrum : public Destroyable<TestSpectrum, Spectrum> {
   public:
     void writeXML(OStream& stream, std::uint32_t depth) const override {
         writeDoubleElement(stream, depth, "test", value);

@@ -11,7 +11,7 @@ using Velmar::Reference;
 namespace {
 
 /// Tells how often it was asked.
-class CountingAllocator final : public Velmar::Destroyable<CountingAllocator, quorl::Allocator> {
+class CountingAllocator : public Velmar::Destroyable<CountingAllocator, quorl::Allocator> {
   public:
     void* alloc(std::uint64_t size, std::uint64_t alignment) override {
         ++allocs;

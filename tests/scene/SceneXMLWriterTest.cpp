@@ -34,7 +34,7 @@ class SceneXMLWriterTest : public testing::Test {
 };
 
 /// Tells what options reach it, and fails on demand.
-class ProbeNode final : public Destroyable<ProbeNode, PlainSceneNode> {
+class ProbeNode : public Destroyable<ProbeNode, PlainSceneNode> {
   public:
     ProbeNode() : Destroyable(NodeType::Metadata) {}
     ~ProbeNode() = default;
@@ -52,7 +52,7 @@ class ProbeNode final : public Destroyable<ProbeNode, PlainSceneNode> {
     void (*failure)() = nullptr;
 };
 
-class RecordingListener final : public ProgressListener {
+class RecordingListener : public ProgressListener {
   public:
     void* destroy(unsigned) override { return this; }
     void reportProgress(float fraction) override { fractions.push_back(fraction); }

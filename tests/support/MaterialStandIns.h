@@ -16,7 +16,7 @@
 namespace TestSupport {
 
 /// A bump, displacement or normal map. Its element is empty and bears `element`; its hash is the bytes of `element`.
-class SurfaceParamStandIn final : public Velmar::Destroyable<SurfaceParamStandIn, Velmar::SurfaceParam> {
+class SurfaceParamStandIn : public Velmar::Destroyable<SurfaceParamStandIn, Velmar::SurfaceParam> {
   public:
     explicit SurfaceParamStandIn(std::string element_, std::string* visits_ = nullptr)
         : element(std::move(element_)), visits(visits_) {}
@@ -36,8 +36,7 @@ class SurfaceParamStandIn final : public Velmar::Destroyable<SurfaceParamStandIn
 };
 
 /// As `SurfaceParamStandIn`, of the other family.
-class WavelengthParamStandIn final
-    : public Velmar::Destroyable<WavelengthParamStandIn, Velmar::WavelengthDependentParam> {
+class WavelengthParamStandIn : public Velmar::Destroyable<WavelengthParamStandIn, Velmar::WavelengthDependentParam> {
   public:
     explicit WavelengthParamStandIn(std::string element_, std::string* visits_ = nullptr)
         : element(std::move(element_)), visits(visits_) {}
@@ -61,7 +60,7 @@ class WavelengthParamStandIn final
 };
 
 /// A parameter that reads a texture: the record lies directly behind the base.
-class TexturedParamStandIn final : public Velmar::Destroyable<TexturedParamStandIn, Velmar::WavelengthDependentParam> {
+class TexturedParamStandIn : public Velmar::Destroyable<TexturedParamStandIn, Velmar::WavelengthDependentParam> {
   public:
     void writeXML(Velmar::OStream& stream, std::uint32_t depth, const Velmar::XMLWriteOptions&) const override {
         Velmar::writeEmptyTag(stream, depth, "textured");
@@ -79,8 +78,7 @@ class TexturedParamStandIn final : public Velmar::Destroyable<TexturedParamStand
 static_assert(offsetof(TexturedParamStandIn, texture) == 16);
 
 /// A normal map, or with another `type` a bump map, that reads a texture.
-class TexturedSurfaceParamStandIn final
-    : public Velmar::Destroyable<TexturedSurfaceParamStandIn, Velmar::SurfaceParam> {
+class TexturedSurfaceParamStandIn : public Velmar::Destroyable<TexturedSurfaceParamStandIn, Velmar::SurfaceParam> {
   public:
     explicit TexturedSurfaceParamStandIn(std::uint32_t type_) : type(type_) {}
 
@@ -98,7 +96,7 @@ class TexturedSurfaceParamStandIn final
 static_assert(offsetof(TexturedSurfaceParamStandIn, texture) == 16);
 
 /// Texture coordinates by an affine map, or with another `type` in some other way.
-class TexCoordStandIn final : public Velmar::Destroyable<TexCoordStandIn, Velmar::TexCoordGeneration> {
+class TexCoordStandIn : public Velmar::Destroyable<TexCoordStandIn, Velmar::TexCoordGeneration> {
   public:
     explicit TexCoordStandIn(std::array<double, 6> values_, std::uint32_t type_ = affine_kind)
         : values(values_), type(type_) {}
@@ -113,7 +111,7 @@ class TexCoordStandIn final : public Velmar::Destroyable<TexCoordStandIn, Velmar
 };
 static_assert(offsetof(TexCoordStandIn, values) == 16);
 
-class ShaderParameterStandIn final : public Velmar::Destroyable<ShaderParameterStandIn, Velmar::ShaderParameter> {
+class ShaderParameterStandIn : public Velmar::Destroyable<ShaderParameterStandIn, Velmar::ShaderParameter> {
   public:
     void reservedSlot1() override { ADD_FAILURE() << "slot 1 was called"; }
     void reservedSlot2() override { ADD_FAILURE() << "slot 2 was called"; }
@@ -123,7 +121,7 @@ class ShaderParameterStandIn final : public Velmar::Destroyable<ShaderParameterS
 };
 
 /// A rotation by an axis and an angle, or with another `type` one that nobody knows.
-class AxisAngleStandIn final : public Velmar::Destroyable<AxisAngleStandIn, Velmar::Rotation> {
+class AxisAngleStandIn : public Velmar::Destroyable<AxisAngleStandIn, Velmar::Rotation> {
   public:
     explicit AxisAngleStandIn(std::uint32_t type_ = axis_and_angle_kind) : type(type_) {}
 
@@ -144,7 +142,7 @@ class AxisAngleStandIn final : public Velmar::Destroyable<AxisAngleStandIn, Velm
 static_assert(offsetof(AxisAngleStandIn, axis) == 16);
 
 /// A material with node references of its own, which lie directly behind the base. It can visit another node in a pass.
-class MaterialStandIn final : public Velmar::Destroyable<MaterialStandIn, Velmar::Material> {
+class MaterialStandIn : public Velmar::Destroyable<MaterialStandIn, Velmar::Material> {
   public:
     explicit MaterialStandIn(std::uint32_t kind_ = 0) : kind(kind_) {}
     ~MaterialStandIn() {
@@ -183,7 +181,7 @@ class MaterialStandIn final : public Velmar::Destroyable<MaterialStandIn, Velmar
 static_assert(offsetof(MaterialStandIn, references) == 160);
 
 /// A scatter node: it begins with the UID of the material node that it is bound to.
-class ScatterStandIn final : public Velmar::Destroyable<ScatterStandIn, Velmar::PlainSceneNode> {
+class ScatterStandIn : public Velmar::Destroyable<ScatterStandIn, Velmar::PlainSceneNode> {
   public:
     ScatterStandIn() : Destroyable(Velmar::NodeType::Scatter) {}
 

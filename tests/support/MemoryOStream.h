@@ -10,7 +10,7 @@
 namespace TestSupport {
 
 /// Keeps what is written to it, line feeds as they are.
-class MemoryOStream final : public Velmar::Destroyable<MemoryOStream, Velmar::OStream> {
+class MemoryOStream : public Velmar::Destroyable<MemoryOStream, Velmar::OStream> {
   public:
     MemoryOStream() = default;
     ~MemoryOStream() = default;

@@ -8,7 +8,7 @@
 namespace TestSupport {
 
 /// A node of any kind that writes its identity, counts its passes and tells when it goes.
-class PlainNode final : public Velmar::Destroyable<PlainNode, Velmar::PlainSceneNode> {
+class PlainNode : public Velmar::Destroyable<PlainNode, Velmar::PlainSceneNode> {
   public:
     explicit PlainNode(Velmar::NodeType kind = Velmar::NodeType::Metadata, int* destructions = nullptr)
         : Destroyable(kind), destructions_(destructions) {}

@@ -6,6 +6,7 @@
 #include "OwnNode.h"
 #include "Record.h"
 #include "Sdk.h"
+#include "Watch.h"
 
 #ifdef _MSC_VER
 #define ENTRY_POINT extern "C" __declspec(dllexport)
@@ -59,4 +60,16 @@ ENTRY_POINT void setMemAllocFunctions(const HostMemory* functions) {
 /// For the test: a node of the library's own, for the host's scene.
 ENTRY_POINT void* standinMakeNode() {
     return new OwnNode;
+}
+
+/// For the test: settings of a layer with the library's own table.
+ENTRY_POINT void* standinMakeLayerSetting() {
+    LayerSetting* const setting = new OwnLayerSetting;
+    setting->name = String("first");
+    return setting;
+}
+
+/// For the test: counts the calls of an object of the host.
+ENTRY_POINT uint32_t* standinWatch(void* object) {
+    return watchObject(object);
 }

@@ -87,4 +87,29 @@ bool OwnNode::isEqual(const SceneNode* other) const {
     return other->type == metadata && other->uid == uid;
 }
 
+OwnLayerSetting::~OwnLayerSetting() {
+    Record() << "own layer setting " << name << " ended";
+}
+
+#ifdef _MSC_VER
+Reference<LayerSetting> OwnLayerSetting::clone() const {
+#else
+void* OwnLayerSetting::destroy(unsigned flags) {
+    this->~OwnLayerSetting();
+    if ((flags & 1) != 0) host_memory.free(this);
+    return this;
+}
+
+Reference<LayerSetting>* OwnLayerSetting::cloneInto(Reference<LayerSetting>* result) const {
+#endif
+    Record() << "own layer setting " << name << " cloned";
+    OwnLayerSetting* const copy = new OwnLayerSetting;
+    copy->name = String("copy");
+#ifdef _MSC_VER
+    return Reference<LayerSetting>(copy);
+#else
+    return new (result, Placed()) Reference<LayerSetting>(copy);
+#endif
+}
+
 } // namespace Standin

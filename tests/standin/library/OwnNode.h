@@ -35,4 +35,17 @@ class OwnNode final : public SceneNode {
     double weight = 0.5;
 };
 
+/// Settings of a light layer. Hosts copy, write and destroy them but make none.
+class OwnLayerSetting final : public LayerSetting {
+  public:
+#ifdef _MSC_VER
+    ~OwnLayerSetting() override;
+    Reference<LayerSetting> clone() const override;
+#else
+    void* destroy(unsigned flags) override;
+    Reference<LayerSetting>* cloneInto(Reference<LayerSetting>* result) const override;
+    ~OwnLayerSetting();
+#endif
+};
+
 } // namespace Standin

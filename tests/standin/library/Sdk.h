@@ -337,6 +337,20 @@ class SceneNode : public RefCounted {
 #endif
 };
 
+class LayerSetting : public RefCounted {
+  public:
+    // Slot 0 is the destructor.
+#ifdef _MSC_VER
+    virtual Reference<LayerSetting> clone() const = 0;
+#else
+    virtual Reference<LayerSetting>* cloneInto(Reference<LayerSetting>* result) const = 0;
+#endif
+
+    String name;
+    void* layer_scale = nullptr;
+    bool enabled = false;
+};
+
 template <class T>
 struct Optional {
     T value;
