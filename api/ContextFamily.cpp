@@ -1,4 +1,5 @@
 #include "api/Handles.h"
+#include "renderer/LibraryCall.h"
 #include "renderer/VelmarContext.h"
 #include "utils/PlatformUtils.h"
 
@@ -22,17 +23,7 @@ const char* textOf(const std::exception& exception) {
     return text;
 }
 
-} // namespace
-
-VelmarContext* VelmarContext_Create() {
-    return Velmar::toHandle<VelmarContext>(new Velmar::VelmarContext);
-}
-
-int VelmarContext_Initialize(VelmarContext* context) {
-    if (context == nullptr) {
-        std::cerr << "Context doesn't exist! Did you forget to create it?" << std::endl;
-        return -1;
-    }
+int initialize(VelmarContext* context) {
     try {
         Velmar::String error;
         std::cout << "This is where it stops." << std::endl;
@@ -48,4 +39,18 @@ int VelmarContext_Initialize(VelmarContext* context) {
     }
     std::cout << "Initialized Velmar context." << std::endl;
     return 0;
+}
+
+} // namespace
+
+VelmarContext* VelmarContext_Create() {
+    return Velmar::toHandle<VelmarContext>(new Velmar::VelmarContext);
+}
+
+int VelmarContext_Initialize(VelmarContext* context) {
+    if (context == nullptr) {
+        std::cerr << "Context doesn't exist! Did you forget to create it?" << std::endl;
+        return -1;
+    }
+    return Velmar::passOnLibraryExceptions([context] { return initialize(context); });
 }

@@ -5,6 +5,7 @@
 #include "api/Handles.h"
 #include "renderer/DataManager.h"
 #include "renderer/ImageBuffers.h"
+#include "renderer/LibraryCall.h"
 #include "renderer/RenderBuffer.h"
 #include "renderer/Renderer.h"
 #include "renderer/ToneMapper.h"
@@ -17,17 +18,7 @@ Velmar::RendererImpl& implOf(VelmarRenderer* renderer) {
     return Velmar::fromHandle(renderer)->getImpl();
 }
 
-} // namespace
-
-VelmarRenderer* VelmarRenderer_Create(VelmarContext* context) {
-    // An exception of the library needs the library until it is caught, and the context keeps the library loaded.
-    const Velmar::HeldForCall held(Velmar::fromHandle(context));
-    return Velmar::toHandle<VelmarRenderer>(
-        new Velmar::Renderer(Reference<Velmar::VelmarContext>(Velmar::fromHandle(context))));
-}
-
-void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext* context_handle,
-                                        VelmarScene* scene_handle) {
+void initialiseWithScene(VelmarRenderer* renderer, VelmarContext* context_handle, VelmarScene* scene_handle) {
     const Velmar::HeldForCall held_context(Velmar::fromHandle(context_handle));
     const Velmar::HeldForCall held_scene(Velmar::fromHandle(scene_handle));
     const Reference<Velmar::RenderBuffer> render_buffer(
@@ -41,6 +32,21 @@ void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext*
     const Reference<Velmar::DataManager> data_manager(new Velmar::DataManager(*context));
     const Reference<Velmar::SceneNodeRoot> scene(Velmar::fromHandle(scene_handle));
     implOf(renderer).initialise(scene, render_buffer, strings, data_manager, tone_mapper);
+}
+
+} // namespace
+
+VelmarRenderer* VelmarRenderer_Create(VelmarContext* context) {
+    // An exception of the library needs the library until it is caught, and the context keeps the library loaded.
+    const Velmar::HeldForCall held(Velmar::fromHandle(context));
+    return Velmar::passOnLibraryExceptions([context] {
+        return Velmar::toHandle<VelmarRenderer>(
+            new Velmar::Renderer(Reference<Velmar::VelmarContext>(Velmar::fromHandle(context))));
+    });
+}
+
+void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext* context, VelmarScene* scene) {
+    Velmar::passOnLibraryExceptions([=] { initialiseWithScene(renderer, context, scene); });
 }
 
 uint64_t VelmarRenderer_Start(VelmarRenderer* renderer) {

@@ -1,6 +1,7 @@
 #include "api/SharedFunctions.h"
 
 #include "api/Handles.h"
+#include "renderer/LibraryCall.h"
 #include "scene/SceneNodeTonemapping.h"
 #include "scene/nodes/SceneNodeCamera.h"
 
@@ -23,7 +24,7 @@ static_assert(offsetof(SceneNodeCamera, lens_sensor_dist) == offsetof(SceneNodeT
 } // namespace
 
 extern "C" void velmarDeleteHandle(Velmar::ThreadSafeRefCounted* object) {
-    if (object != nullptr) object->destroy(1);
+    if (object != nullptr) passOnLibraryExceptions([object] { object->destroy(1); });
 }
 
 extern "C" void velmarAddNode(SceneNodeRoot* scene, SceneNode* node) {

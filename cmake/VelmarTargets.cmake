@@ -29,6 +29,12 @@ function(velmar_sources out)
     else()
         list(FILTER files EXCLUDE REGEX "_win\\.(cp*|S)$")
     endif()
+    # Where the renderer library is of another compiler than ours.
+    if(MINGW)
+        list(FILTER files EXCLUDE REGEX "_native\\.cpp$")
+    else()
+        list(FILTER files EXCLUDE REGEX "_mingw\\.cpp$")
+    endif()
     set(${out} "${files}" PARENT_SCOPE)
 endfunction()
 

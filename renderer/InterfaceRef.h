@@ -37,7 +37,7 @@ class InterfaceRef {
     }
 
     void release() const {
-        if (ob != nullptr && ob->refcount-- == 1) ob->destroy(ob);
+        if (ob != nullptr && ob->refcount-- == 1) callLibraryInDestructor([this] { ob->destroy(ob); });
     }
 
     LibraryObject* ob = nullptr;

@@ -2,6 +2,8 @@
 
 #include "velmarcompiler.h"
 
+#include "renderer/LibraryCall.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -25,12 +27,12 @@ static_assert(offsetof(LibraryObject, destroy) == 16);
 
 /// Calls the operation at position `slot` of the object's table, with the object as first argument. The arguments are
 /// numbers and pointers alone: a reference or class value travels as its address, so that what the compiler emits here
-/// is what it emits for a virtual call of the library's own class.
+/// is what it emits for a virtual call of the library's own class. Throws what the library throws, as `callLibrary`.
 template <class Result, class... Arguments>
 Result callSlot(LibraryObject* object, std::size_t slot, Arguments... arguments) {
     assertThat(object != nullptr, "object != NULL");
     using Typed = Result (*)(LibraryObject*, Arguments...);
-    return reinterpret_cast<Typed>(object->operations[slot])(object, arguments...);
+    return callLibrary([=] { return reinterpret_cast<Typed>(object->operations[slot])(object, arguments...); });
 }
 
 } // namespace Velmar

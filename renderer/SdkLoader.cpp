@@ -73,7 +73,7 @@ VelmarContext::LoadResult VelmarContext::loadSDK(const String& new_sdk_dir, cons
         return unusable;
 
     String init_error;
-    if (global_library_init(&sdk_dir, &init_error) != 0) {
+    if (callLibrary([&] { return global_library_init(&sdk_dir, &init_error); }) != 0) {
         error = init_error;
         return unusable;
     }
@@ -81,7 +81,7 @@ VelmarContext::LoadResult VelmarContext::loadSDK(const String& new_sdk_dir, cons
     void (*set_mem_alloc_functions)(const MemAllocFunctions*) = nullptr;
     if (!bind(dll_handle, "setMemAllocFunctions", set_mem_alloc_functions, error)) return unusable;
     const MemAllocFunctions functions;
-    set_mem_alloc_functions(&functions);
+    callLibrary([&] { set_mem_alloc_functions(&functions); });
     return loaded;
 }
 

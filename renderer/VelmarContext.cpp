@@ -15,14 +15,14 @@ static_assert(offsetof(VelmarContext, global_library_shutdown) == 120);
 static_assert(sizeof(VelmarContext) == 128);
 
 VelmarContext::~VelmarContext() {
-    if (global_library_shutdown != nullptr) global_library_shutdown();
+    if (global_library_shutdown != nullptr) callLibraryInDestructor([this] { global_library_shutdown(); });
     unloadModule(dll_handle);
 }
 
 std::int32_t VelmarContext::createObject(const char* class_name, InterfaceRef& object) const {
     const String name(class_name);
     LibraryObject* made = nullptr;
-    const std::int32_t result = create_instance(&name, &made);
+    const std::int32_t result = callLibrary([&] { return create_instance(&name, &made); });
     object = InterfaceRef(made);
     return result;
 }

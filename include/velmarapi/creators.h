@@ -42,5 +42,6 @@ VELMAR_API void VelmarScene_AddGroundPlane(VelmarScene* scene, double z, double 
  *
  * A file that can't be opened or written isn't reported.
  * @param path the file's path in the encoding of the C runtime's file functions, which on Windows isn't UTF-8.
+ * @throws std::bad_alloc
  */
 VELMAR_API void velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path);

@@ -9,6 +9,7 @@ of each file by its path from the root.
 import sys
 
 import c_interface
+import microsoft
 import pages
 import python_binding
 import setting_defaults
@@ -21,7 +22,7 @@ GENERATED_FOLDERS = ["docs/api", "include/velmarapi"]
 def generated() -> dict[str, str]:
     table = load()
     files: dict[str, str] = {}
-    for output in (c_interface, pages, python_binding, setting_defaults):
+    for output in (c_interface, microsoft, pages, python_binding, setting_defaults):
         files.update(output.files(table))
     return files
 
