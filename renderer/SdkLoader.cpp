@@ -1,12 +1,10 @@
-#include "velmarmemory.h"
-
+#include "renderer/MemAllocFunctions.h"
 #include "renderer/VelmarContext.h"
 #include "utils/FileUtils.h"
 #include "utils/PlatformUtils.h"
 #include "utils/System.h"
 
 #include <array>
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,16 +14,6 @@ namespace {
 
 /// The names of the renderer library, without their ending. The full library takes precedence over the render-only one.
 constexpr std::array<std::string_view, 2> sdk_candidates{"velmar_sdk", "velmar_rt_sdk"};
-
-/// The allocation entry points in the order in which the library takes them. It copies the table.
-struct MemAllocFunctions {
-    void* (*malloc)(std::size_t) = sdkMalloc;
-    void* (*aligned_malloc)(std::size_t, std::size_t) = sdkAlignedMalloc;
-    void (*free)(void*) = sdkFree;
-    void (*aligned_free)(void*) = sdkAlignedFree;
-};
-
-static_assert(sizeof(MemAllocFunctions) == 32);
 
 /// Stores the entry point at once: what is bound before a failure stays bound. Returns whether it is there.
 template <class Function>
@@ -37,6 +25,8 @@ bool bind(void* module, const char* name, Function& function, String& error) {
 }
 
 } // namespace
+
+MemAllocFunctions mem_alloc_functions;
 
 VelmarContext::LoadResult VelmarContext::loadSDK(const String& new_sdk_dir, const String& new_appdata_dir,
                                                  String& error) {
@@ -80,7 +70,7 @@ VelmarContext::LoadResult VelmarContext::loadSDK(const String& new_sdk_dir, cons
 
     void (*set_mem_alloc_functions)(const MemAllocFunctions*) = nullptr;
     if (!bind(dll_handle, "setMemAllocFunctions", set_mem_alloc_functions, error)) return unusable;
-    const MemAllocFunctions functions;
+    const MemAllocFunctions functions = mem_alloc_functions;
     callLibrary([&] { set_mem_alloc_functions(&functions); });
     return loaded;
 }

@@ -149,5 +149,4 @@ void velmarThrowing_VelmarScene_AddGroundPlane(VelmarScene* scene, double z, dou
 void velmarThrowing_velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path) {
     return throwing([=] { return velmar_write_mesh_to_file(mesh, path); });
 }
-
 }

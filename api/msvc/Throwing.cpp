@@ -2,6 +2,7 @@
 
 #include "velmarexceptions.h"
 
+#include "renderer/MemAllocFunctions.h"
 #include "renderer/MicrosoftException.h"
 
 #include <windows.h>
@@ -162,6 +163,21 @@ union Object {
     StdStringMessage std_string;
     StdException exception;
 };
+
+/// A renderer library of the same form as the host hears of exhausted memory in that form too.
+void* throwingMalloc(std::size_t size) {
+    return throwing([size] { return sdkMalloc(size); });
+}
+
+void* throwingAlignedMalloc(std::size_t size, std::size_t alignment) {
+    return throwing([=] { return sdkAlignedMalloc(size, alignment); });
+}
+
+[[maybe_unused]] const bool memory_is_replaced = [] {
+    mem_alloc_functions.malloc = throwingMalloc;
+    mem_alloc_functions.aligned_malloc = throwingAlignedMalloc;
+    return true;
+}();
 
 } // namespace
 

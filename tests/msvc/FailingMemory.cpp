@@ -1,7 +1,5 @@
 #include "FailingMemory.h"
 
-#include "Runtime.h"
-
 extern "C" {
 __declspec(dllimport) char* GetModuleHandleA(const char* name);
 __declspec(dllimport) int VirtualProtect(void* address, size_t size, unsigned protection, unsigned* old);
@@ -11,6 +9,9 @@ namespace {
 
 void* (*former_malloc)(size_t size) = nullptr;
 void* (*former_calloc)(size_t count, size_t size) = nullptr;
+void* (*former_realloc)(void* block, size_t size) = nullptr;
+void (*former_free)(void* block) = nullptr;
+int64_t live_blocks = 0;
 int remaining = 0;
 bool failed = false;
 
@@ -21,11 +22,25 @@ bool failsNow() {
 }
 
 void* watchedMalloc(size_t size) {
-    return failsNow() ? nullptr : former_malloc(size);
+    if (failsNow()) return nullptr;
+    ++live_blocks;
+    return former_malloc(size);
 }
 
 void* watchedCalloc(size_t count, size_t size) {
-    return failsNow() ? nullptr : former_calloc(count, size);
+    if (failsNow()) return nullptr;
+    ++live_blocks;
+    return former_calloc(count, size);
+}
+
+void* watchedRealloc(void* block, size_t size) {
+    if (block == nullptr) ++live_blocks;
+    return former_realloc(block, size);
+}
+
+void watchedFree(void* block) {
+    if (block != nullptr) --live_blocks;
+    former_free(block);
 }
 
 template <class Function>
@@ -63,6 +78,10 @@ bool allocationFailed() {
     return failed;
 }
 
+int64_t liveBlocks() {
+    return live_blocks;
+}
+
 void watchMemory(const char* name) {
     char* const module = GetModuleHandleA(name);
     // The image's headers: the second entry of the directory is that of imports.
@@ -76,6 +95,8 @@ void watchMemory(const char* name) {
             void* const entry = module + imports.addresses + 8 * i;
             if (strcmp(function, "malloc") == 0) replace(entry, former_malloc, watchedMalloc);
             if (strcmp(function, "calloc") == 0) replace(entry, former_calloc, watchedCalloc);
+            if (strcmp(function, "realloc") == 0) replace(entry, former_realloc, watchedRealloc);
+            if (strcmp(function, "free") == 0) replace(entry, former_free, watchedFree);
         }
     }
 }

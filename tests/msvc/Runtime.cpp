@@ -1,4 +1,4 @@
-#include "Check.h"
+#include "Runtime.h"
 
 // What a program's own runtime library would give it.
 
@@ -24,12 +24,4 @@ void operator delete(void* block, size_t) noexcept {
 
 extern "C" int _purecall() {
     __builtin_trap();
-}
-
-int failures = 0;
-
-/// Where a program begins.
-extern "C" void start() {
-    run();
-    exit(failures);
 }

@@ -1,0 +1,9 @@
+#include "Check.h"
+
+int failures = 0;
+
+/// Where a program begins.
+extern "C" void start() {
+    run();
+    exit(failures);
+}
