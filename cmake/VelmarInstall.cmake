@@ -10,8 +10,9 @@ if(TARGET velmar)
 endif()
 
 # The flat interface. For hosts in C++ also the exceptions, with the headers that they include.
-install(FILES include/velmarapi.h include/velmarexceptions.h include/velmarstring.h include/velmarmemory.h
-              include/velmarcompiler.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+set(velmar_headers include/velmarapi.h include/velmarexceptions.h include/velmarstring.h include/velmarmemory.h
+                   include/velmarcompiler.h)
+install(FILES ${velmar_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 
 # The Python package finds the library from there; the files next to it are for pip.
@@ -37,21 +38,45 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/velmarapi.pc" DESTINATION "${CMAKE_IN
 
 # For import libraries of other compilers: the names only, without the functions that implement them.
 if(WIN32)
-    file(STRINGS api/VelmarAPI.def velmar_def_lines REGEX "^[ \t]*[A-Za-z_]")
-    list(FILTER velmar_def_lines EXCLUDE REGEX "^[ \t]*(LIBRARY|EXPORTS)([ \t]|$)")
-    list(TRANSFORM velmar_def_lines REPLACE "^[ \t]*([A-Za-z0-9_]+).*" "    \\1")
-    list(JOIN velmar_def_lines "\n" velmar_def_names)
+    velmar_names(api/VelmarAPI.def velmar_def_names)
     file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" @ONLY
          CONTENT "LIBRARY VelmarAPI.dll\nEXPORTS\n@velmar_def_names@\n")
     install(FILES "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 endif()
 
+# ---- the tree for Microsoft's compiler, a component of its own ----------------------------------------------------------
+
+if(TARGET VelmarAPI_msvc)
+    set(velmar_msvc COMPONENT msvc EXCLUDE_FROM_ALL)
+    install(TARGETS VelmarAPI_msvc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" ${velmar_msvc})
+    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/msvc/VelmarAPI.lib" "${CMAKE_CURRENT_BINARY_DIR}/msvc/VelmarAPI.def"
+            DESTINATION "${CMAKE_INSTALL_LIBDIR}" ${velmar_msvc})
+    install(FILES ${velmar_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc})
+    install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc}
+            FILES_MATCHING PATTERN "*.h")
+    install(DIRECTORY api/functions DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar" ${velmar_msvc}
+            FILES_MATCHING PATTERN "*.toml")
+    install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" ${velmar_msvc} FILES_MATCHING
+            PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
+    install(FILES python/pyproject.toml python/README.md DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python"
+            ${velmar_msvc})
+    install(FILES cmake/package/VelmarAPITargets.cmake "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPIConfig.cmake"
+                  "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPIConfigVersion.cmake"
+            DESTINATION "${package_dir}" ${velmar_msvc})
+endif()
+
 # The input of scripts/package.py.
 if(PROJECT_IS_TOP_LEVEL)
+    set(velmar_component "")
     set(velmar_archive tar.gz)
     if(WIN32)
         set(velmar_archive zip)
     endif()
     string(TOLOWER "velmar-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-x64" velmar_package)
     configure_file(cmake/package/package.json.in "${CMAKE_CURRENT_BINARY_DIR}/package.json" @ONLY)
+    if(TARGET VelmarAPI_msvc)
+        set(velmar_component msvc)
+        set(velmar_package "velmar-${PROJECT_VERSION}-windows-msvc")
+        configure_file(cmake/package/package.json.in "${CMAKE_CURRENT_BINARY_DIR}/package-msvc.json" @ONLY)
+    endif()
 endif()

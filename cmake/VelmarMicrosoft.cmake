@@ -15,15 +15,6 @@ set_target_properties(VelmarAPI_msvc PROPERTIES PREFIX "" OUTPUT_NAME VelmarAPI
                       ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/msvc")
 velmar_version_resource(VelmarAPI_msvc VelmarAPI.dll "${PROJECT_DESCRIPTION}")
 
-# velmar_names(<file.def> <names>): the exported names of a definition file, without what is behind them.
-function(velmar_names def out)
-    file(STRINGS "${def}" lines REGEX "^[ \t]*[A-Za-z_]")
-    list(FILTER lines EXCLUDE REGEX "^[ \t]*(LIBRARY|EXPORTS)([ \t]|$)")
-    list(TRANSFORM lines REPLACE "^[ \t]*([A-Za-z0-9_]+).*" "    \\1")
-    list(JOIN lines "\n" names)
-    set(${out} "${names}" PARENT_SCOPE)
-endfunction()
-
 # velmar_import_library(<target> <library> <file.def>): what linkers of Microsoft's form link, <library>.lib in the build's
 # folder `msvc`, and the list of names from which it is made.
 function(velmar_import_library target library def)

@@ -163,6 +163,15 @@ function(velmar_exports target def)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
 endfunction()
 
+# velmar_names(<file.def> <names>): the exported names of a definition file, without what is behind them.
+function(velmar_names def out)
+    file(STRINGS "${def}" lines REGEX "^[ \t]*[A-Za-z_]")
+    list(FILTER lines EXCLUDE REGEX "^[ \t]*(LIBRARY|EXPORTS)([ \t]|$)")
+    list(TRANSFORM lines REPLACE "^[ \t]*([A-Za-z0-9_]+).*" "    \\1")
+    list(JOIN lines "\n" names)
+    set(${out} "${names}" PARENT_SCOPE)
+endfunction()
+
 # velmar_version_resource(<target> <file> <description>): the properties of the file in Windows, with the project's version.
 function(velmar_version_resource target velmar_file velmar_description)
     if(NOT WIN32)

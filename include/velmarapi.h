@@ -12,9 +12,11 @@
  * Text is UTF-8 and ends in a zero byte. Texts and arrays are copied before a function returns. Lengths are in metres.
  *
  * Errors. Functions report failure by C++ exceptions of the classes in velmarexceptions.h, which don't derive from
- * std::exception. To catch them by type, a host must be built by the same compiler family as the library. To other
- * hosts they are foreign exceptions, and a host in C can't catch them. A function that throws changes no owners:
- * objects that the host passed are still the host's.
+ * std::exception. To catch them by type, a host needs the library for its compiler: on Windows there is one for
+ * MinGW-w64 and one for Microsoft's compiler and clang-cl, whose C++ hosts are compiled with /EHs, because with /EHsc
+ * functions of C linkage are taken for functions that don't throw. To other hosts they are foreign exceptions, and a
+ * host in C can't catch them. A function that throws changes no owners: objects that the host passed are still the
+ * host's.
  *
  * Threads. A scene is built, changed and written by one thread at a time; different scenes are independent.
  */

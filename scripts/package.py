@@ -26,6 +26,8 @@ LICENCES = {
     "CLI11": "libcli11-dev",
     "stb": "libstb-dev",
 }
+# Of these the command line tool alone, which isn't in the package for Microsoft's compiler.
+LICENCES_OF_TOOL = ["CLI11", "stb"]
 # The runtime in a DLL made by MinGW.
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
@@ -59,6 +61,9 @@ def add_licences(package, tree):
     folder = tree / "licences"
     folder.mkdir()
     origins = dict(LICENCES)
+    if package["component"] == "msvc":
+        for name in LICENCES_OF_TOOL:
+            del origins[name]
     if package["archive"] == "zip":
         origins.update(LICENCES_OF_RUNTIME)
     for name, origin in origins.items():
@@ -117,7 +122,8 @@ def main():
     with tempfile.TemporaryDirectory() as temporary:
         tree = pathlib.Path(temporary, package["name"])
         # Stripping writes the time into a DLL.
-        subprocess.run([package["cmake"], "--install", package["build"], "--strip", "--prefix", tree], check=True,
+        component = ["--component", package["component"]] if package["component"] else []
+        subprocess.run([package["cmake"], "--install", package["build"], "--strip", "--prefix", tree, *component], check=True,
                        stdout=subprocess.DEVNULL, env={**os.environ, "SOURCE_DATE_EPOCH": "0"})
         add_documents(pathlib.Path(package["source"]), tree)
         add_licences(package, tree)

@@ -8,12 +8,17 @@ using Velmar::Microsoft::throwing;
 
 extern "C" {
 
-VelmarScene* velmarThrowing_VelmarScene_Create(
+VelmarScene* velmarThrowing_VelmarScene_Create(void) {
     return throwing([=] { return VelmarScene_Create(); });
 }
 
 void velmarThrowing_VelmarScene_AddModel(VelmarScene* scene, VelmarModel* model) {
     return throwing([=] { return VelmarScene_AddModel(scene, model); });
+}
+
+void velmarAddNode(void* scene, void* background);
+void velmarThrowing_velmarAddNode(void* scene, void* background) {
+    return throwing([=] { return velmarAddNode(scene, background); });
 }
 
 void velmarThrowing_VelmarScene_WriteToXML(VelmarScene* scene, const char* path) {
@@ -77,7 +82,7 @@ VelmarBackground* velmarThrowing_VelmarBackground_CreateSunSky(double x, double 
     return throwing([=] { return VelmarBackground_CreateSunSky(x, y, z, model); });
 }
 
-VelmarCamera* velmarThrowing_VelmarCamera_Create(
+VelmarCamera* velmarThrowing_VelmarCamera_Create(void) {
     return throwing([=] { return VelmarCamera_Create(); });
 }
 
@@ -85,11 +90,11 @@ void velmarThrowing_VelmarCamera_SetPosition(VelmarCamera* camera, double x, dou
     return throwing([=] { return VelmarCamera_SetPosition(camera, x, y, z); });
 }
 
-VelmarRenderSettings* velmarThrowing_VelmarRenderSettings_Create(
+VelmarRenderSettings* velmarThrowing_VelmarRenderSettings_Create(void) {
     return throwing([=] { return VelmarRenderSettings_Create(); });
 }
 
-VelmarTonemapping* velmarThrowing_VelmarTonemapping_Create(
+VelmarTonemapping* velmarThrowing_VelmarTonemapping_Create(void) {
     return throwing([=] { return VelmarTonemapping_Create(); });
 }
 
@@ -97,7 +102,7 @@ void velmarThrowing_VelmarTonemapping_SetResponseFunctionPath(VelmarTonemapping*
     return throwing([=] { return VelmarTonemapping_SetResponseFunctionPath(tonemapping, path); });
 }
 
-VelmarContext* velmarThrowing_VelmarContext_Create(
+VelmarContext* velmarThrowing_VelmarContext_Create(void) {
     return throwing([=] { return VelmarContext_Create(); });
 }
 
@@ -149,4 +154,5 @@ void velmarThrowing_VelmarScene_AddGroundPlane(VelmarScene* scene, double z, dou
 void velmarThrowing_velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path) {
     return throwing([=] { return velmar_write_mesh_to_file(mesh, path); });
 }
-}
+
+} // extern "C"

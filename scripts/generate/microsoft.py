@@ -22,14 +22,14 @@ def source(table: Table) -> str:
     names = {function.name for function in table.functions}
     for function in reversed(wrapped.values()):
         lines += wrapper(function, function.implementation in names)
-    return "\n".join(lines + ["}"]) + "\n"
+    return "\n".join(lines + ['} // extern "C"']) + "\n"
 
 
 def wrapper(function: Function, declared: bool) -> list[str]:
     """The function that is put before an implementation. One that no header declares takes handles of several kinds."""
     result, implementation = function.returns.type, function.implementation
     arguments = [f"{argument.type if declared else generic(argument.type)} {argument.name}"
-                 for argument in function.arguments]
+                 for argument in function.arguments] or ["void"]
     lines = [] if declared else listed(arguments, f"{result} {implementation}(", ");")
     lines += listed(arguments, f"{result} {PREFIX}{implementation}(", ") {")
     passed = ", ".join(argument.name for argument in function.arguments)

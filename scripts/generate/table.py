@@ -212,7 +212,8 @@ def _family(name: str, entry: dict[str, Any]) -> Family:
 
 def _function(entry: dict[str, Any], family: Family) -> Function:
     entry["arguments"] = [Argument(**argument) for argument in entry.get("arguments", [])]
-    entry["throws"] = [Thrown(thrown.pop("class"), **thrown) for thrown in entry.get("throws", [])]
+    if "throws" in entry:
+        entry["throws"] = [Thrown(thrown.pop("class"), **thrown) for thrown in entry["throws"]]
     if "returns" in entry:
         entry["returns"] = Returned(**entry["returns"])
     entry.setdefault("implementation", entry["name"])
