@@ -2,6 +2,7 @@
 #include "bench/support/ObjModel.h"
 #include "mesh/Mesh.h"
 #include "mesh/PlyLoader.h"
+#include "mesh/PlyStream.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>
@@ -115,17 +116,29 @@ int keepNumber(p_ply_argument argument) {
     return 1;
 }
 
+/// A file read as RPly itself does.
+class StdioStream final : public Velmar::PlyStream {
+  public:
+    explicit StdioStream(const std::string& path) : file(std::fopen(path.c_str(), "rb")) {}
+    ~StdioStream() override { std::fclose(file); }
+
+    std::size_t read(char* to, std::size_t size) noexcept override { return std::fread(to, 1, size, file); }
+
+  private:
+    std::FILE* file;
+};
+
 void readByRPly(benchmark::State& state, ModelFile file, p_ply_read_cb callback) {
     const std::string& path = file().path();
     double last_number = 0;
     for (auto _ : state) {
-        const p_ply ply = ply_open(path.c_str(), nullptr, 0, nullptr);
-        ply_read_header(ply);
+        StdioStream stream(path);
+        const Velmar::PlyHandle ply = Velmar::openPly(stream, nullptr, nullptr);
+        ply_read_header(ply.get());
         for (const char* axis : {"x", "y", "z"})
-            ply_set_read_cb(ply, "vertex", axis, callback, &last_number, 0);
-        ply_set_read_cb(ply, "face", "vertex_indices", callback, &last_number, 0);
-        benchmark::DoNotOptimize(ply_read(ply));
-        ply_close(ply);
+            ply_set_read_cb(ply.get(), "vertex", axis, callback, &last_number, 0);
+        ply_set_read_cb(ply.get(), "face", "vertex_indices", callback, &last_number, 0);
+        benchmark::DoNotOptimize(ply_read(ply.get()));
     }
 }
 

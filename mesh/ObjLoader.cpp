@@ -13,6 +13,7 @@
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
+#include "utils/PlatformUtils.h"
 #include "utils/numbers/Digits.h"
 #include "utils/numbers/PlainFloats.h"
 
@@ -22,7 +23,9 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
+#include <xxhash.h>
 
 namespace Velmar {
 
@@ -30,10 +33,12 @@ namespace {
 
 constexpr std::uint32_t max_corners = 256;
 
-/// Lets names be looked up as views of the file.
+/// Lets names be looked up as views of the file. With a seed that nobody foresees, names can't be chosen to collide.
 struct NameHash {
     using is_transparent = void;
-    std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
+    std::size_t operator()(std::string_view name) const { return XXH3_64bits_withSeed(name.data(), name.size(), seed); }
+
+    std::uint64_t seed;
 };
 
 class ObjReader {
@@ -53,6 +58,7 @@ class ObjReader {
             ++line_num;
             if (!readPlainLine()) readLine();
         }
+        readLastLibraryAgain();
         vertices.settle();
         uvs.settle();
         triangles.settle();
@@ -415,7 +421,16 @@ class ObjReader {
         if (library_names != nullptr && !name.empty()) library_names->emplace_back(name);
         if (library == nullptr) return;
         const std::string library_path = FileUtils::join(FileUtils::getDirectory(path), name);
-        if (FileUtils::fileExists(library_path)) loadMTL(library_path, *library);
+        if (!FileUtils::fileExists(library_path)) return;
+        // A file that names two libraries by turns doesn't have them read each time.
+        if (read_libraries.insert(library_path).second) loadMTL(library_path, *library);
+        last_library = library_path;
+    }
+
+    /// The last library that the file names replaces the others.
+    void readLastLibraryAgain() {
+        if (library != nullptr && !last_library.empty() && last_library != library->path)
+            loadMTL(last_library, *library);
     }
 
     std::string_view readToken() {
@@ -446,8 +461,11 @@ class ObjReader {
     float scale;
     const bool mesh_had_materials = !mesh.used_materials.empty();
 
+    std::unordered_set<std::string> read_libraries;
+    std::string last_library;
     std::uint32_t line_num = 0;
-    ObjVertices vertices{mesh, parser};
+    const std::uint64_t hash_seed = PlatformUtils::getRandomNumber();
+    ObjVertices vertices{mesh, parser, hash_seed};
     RecordAppender<Vec2f> uvs{mesh.uv_pairs};
     std::uint64_t num_uvs = 0;
     RecordAppender<MeshTriangle> triangles{mesh.triangles};
@@ -456,7 +474,9 @@ class ObjReader {
     /// Not cleared between faces.
     std::uint32_t uv_indices[max_corners] = {};
     std::int32_t current_material = -1;
-    std::unordered_map<std::string, std::uint32_t, NameHash, std::equal_to<>> material_indices;
+    static constexpr std::size_t initial_names = 8;
+    std::unordered_map<std::string, std::uint32_t, NameHash, std::equal_to<>> material_indices{initial_names,
+                                                                                               NameHash{hash_seed}};
 };
 
 } // namespace

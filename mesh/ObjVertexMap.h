@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <utility>
+#include <xxhash.h>
 
 namespace Velmar {
 
@@ -16,7 +17,9 @@ class ObjVertexMap {
   public:
     static constexpr std::uint64_t initial_buckets = 131072;
 
-    ObjVertexMap() = default;
+    /// `hash_seed` is for nobody to foresee: a file whose pairs all met in one place of the table would be read in time
+    /// in proportion to the square of its size.
+    explicit ObjVertexMap(std::uint64_t hash_seed) : seed(hash_seed) {}
     ~ObjVertexMap() { sdkAlignedFree(buckets); }
     ObjVertexMap(const ObjVertexMap&) = delete;
     ObjVertexMap& operator=(const ObjVertexMap&) = delete;
@@ -50,13 +53,9 @@ class ObjVertexMap {
     static constexpr std::uint32_t none = 0xFFFFFFFF;
     static constexpr std::size_t alignment = 64;
 
-    /// FNV-1a over the eight bytes of the key.
-    static std::uint64_t hash(std::uint32_t position, std::uint32_t normal) {
-        std::uint64_t key = std::uint64_t{normal} << 32 | position;
-        std::uint64_t result = 0xCBF29CE484222325;
-        for (int i = 0; i < 8; ++i, key >>= 8)
-            result = (result ^ (key & 0xFF)) * 0x100000001B3;
-        return result;
+    std::uint64_t hash(std::uint32_t position, std::uint32_t normal) const {
+        const std::uint64_t key = std::uint64_t{normal} << 32 | position;
+        return XXH3_64bits_withSeed(&key, sizeof key, seed);
     }
 
     /// The bucket of the key, or the free one where it belongs.
@@ -80,6 +79,7 @@ class ObjVertexMap {
         sdkAlignedFree(old);
     }
 
+    const std::uint64_t seed;
     Bucket* buckets = nullptr;
     std::uint64_t bucket_count = 0;
     std::uint64_t entry_count = 0;

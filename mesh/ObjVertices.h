@@ -22,7 +22,8 @@ class ObjVertices {
     static constexpr std::uint32_t key_without_normal = 0;
 
     /// `text_cursor` tells, while the file is read, how far that is.
-    ObjVertices(Mesh& filled, const Parser& text_cursor) : mesh(filled), cursor(text_cursor) {}
+    ObjVertices(Mesh& filled, const Parser& text_cursor, std::uint64_t hash_seed)
+        : mesh(filled), cursor(text_cursor), vertex_map(hash_seed) {}
 
     void addPosition(const Vec3f& position) { positions.append({position, no_normal_yet, 0}, cursor); }
     void addNormal(const Vec3f& normal) { normals.append(normal, cursor); }
@@ -78,8 +79,8 @@ class ObjVertices {
     void addVertex(const Position& position, std::uint32_t normal_at, bool has_normal) {
         if (next_vertex == 0) [[unlikely]] {
             // Most files have as many vertices as positions before their first face.
-            vertices.reserve(vertices.size() + positions.size(), cursor);
-            if (has_normal) vertex_normals.reserve(vertex_normals.size() + positions.size(), cursor);
+            vertices.tryReserve(vertices.size() + positions.size(), cursor);
+            if (has_normal) vertex_normals.tryReserve(vertex_normals.size() + positions.size(), cursor);
         }
         if (has_normal) vertex_normals.append(normalised(normals.data()[normal_at]), cursor);
         vertices.append(position.at, cursor);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <iterator>
 #include <system_error>
+#include <utility>
 
 namespace Velmar {
 
@@ -22,24 +23,23 @@ bool isOneOf(std::string_view word, const std::string_view (&words)[count]) {
     return std::find(std::begin(words), std::end(words), word) != std::end(words);
 }
 
-class HeaderWalk {
+class HeaderParser {
   public:
-    explicit HeaderWalk(std::string_view behind_magic) : rest(behind_magic) {}
+    HeaderParser(std::string_view after_magic, PlyHeader& parsed) : rest(after_magic), header(parsed) {}
 
-    /// Whether the header is whole. `ascii` tells its last format.
-    bool walk(bool& ascii) {
+    /// Whether the header is whole.
+    bool parse() {
         if (!next()) return false;
         while (word != "end_header") {
             if (word == "format") {
-                if (!next() || !isOneOf(word, formats)) return false;
-                ascii = word == "ascii";
-                if (!next() || word != "1.0" || !next()) return false;
+                if (!parseFormat()) return false;
             } else if (word == "element") {
-                if (!next() || !next() || !countFits() || !next() || !walkProperties()) return false;
+                if (!parseElement()) return false;
             } else if (!isRemark() || !passLine() || !next()) {
                 return false;
             }
         }
+        header.text += "end_header\n";
         return true;
     }
 
@@ -50,29 +50,72 @@ class HeaderWalk {
     std::string_view remaining() const { return rest; }
 
   private:
-    bool walkProperties() {
+    bool parseFormat() {
+        if (!next() || !isOneOf(word, formats)) return false;
+        header.ascii = word == "ascii";
+        header.text.append("format ").append(word).append(" 1.0\n");
+        return next() && word == "1.0" && next();
+    }
+
+    bool parseElement() {
+        if (!next()) return false;
+        const std::string_view name = word;
+        const bool is_first = (name == "vertex" && !std::exchange(vertex_declared, true)) ||
+                              (name == "face" && !std::exchange(face_declared, true));
+        long count = 0;
+        if (!next() || !parseCount(count) || !next()) return false;
+        const std::size_t declared_at = header.text.size();
+        std::size_t num_properties = 0;
+        appendElement(name, count);
+        if (!parseProperties(num_properties)) return false;
+        if (count > 0 && num_properties != 0) {
+            num_declarations += 1 + num_properties;
+            return num_declarations <= max_declarations;
+        }
+        header.text.resize(declared_at);
+        // RPly takes the first element of a name for the one that is meant, even if it reads nothing.
+        if (is_first) appendElement(name, 0);
+        return true;
+    }
+
+    void appendElement(std::string_view name, long count) {
+        header.text.append("element ").append(name).append(" ").append(std::to_string(count)).append("\n");
+    }
+
+    bool parseProperties(std::size_t& num_properties) {
         while (word == "property" || isRemark()) {
-            const bool fine = word == "property" ? walkProperty() : passLine();
+            const bool is_property = word == "property";
+            const bool fine = is_property ? parseProperty() : passLine();
             if (!fine || !next()) return false;
+            num_properties += is_property ? 1 : 0;
         }
         return true;
     }
 
-    bool walkProperty() {
+    bool parseProperty() {
         if (!next()) return false;
-        if (word == "list") return next() && isScalar() && next() && isScalar() && next();
-        return isScalar() && next();
+        header.text += "property ";
+        if (word == "list") {
+            header.text += "list ";
+            if (!next() || !takeScalar() || !next()) return false;
+        }
+        if (!takeScalar() || !next()) return false;
+        header.text.append(word).append("\n");
+        return true;
     }
 
-    /// RPly leaves it to the system what becomes of a number that is too large.
-    bool countFits() const {
-        const std::string_view digits = word.substr(word.starts_with('+') ? 1 : 0);
-        long count = 0;
-        return std::from_chars(digits.data(), digits.data() + digits.size(), count).ec !=
-               std::errc::result_out_of_range;
+    bool takeScalar() {
+        if (!isOneOf(word, scalar_types)) return false;
+        header.text.append(word).append(" ");
+        return true;
     }
 
-    bool isScalar() const { return isOneOf(word, scalar_types); }
+    /// As `sscanf` does, but a number that is too large is refused: C leaves open what becomes of it.
+    bool parseCount(long& count) const {
+        const std::string_view digits = word.substr(word.starts_with('+') && !word.starts_with("+-") ? 1 : 0);
+        return std::from_chars(digits.data(), digits.data() + digits.size(), count).ec == std::errc();
+    }
+
     bool isRemark() const { return word == "comment" || word == "obj_info"; }
 
     bool next() {
@@ -81,8 +124,7 @@ class HeaderWalk {
         if (first == std::string_view::npos) return false;
         rest.remove_prefix(first);
         const std::size_t length = rest.find_first_of(blanks);
-        constexpr std::size_t too_long = 256;
-        if (length == std::string_view::npos || length >= too_long) return false;
+        if (length == std::string_view::npos || length > max_word) return false;
         word = rest.substr(0, length);
         rest.remove_prefix(length + 1);
         return word.find('\0') == std::string_view::npos;
@@ -91,36 +133,49 @@ class HeaderWalk {
     bool passLine() {
         word = {};
         const std::size_t length = rest.find('\n');
-        // RPly puts what it refuses into a message of 1024 bytes, among twenty of its own, without looking at the size.
-        constexpr std::size_t longest_line = 1024 - 20;
-        if (length == std::string_view::npos || length > longest_line ||
+        if (length == std::string_view::npos || length > max_line ||
             rest.substr(0, length).find('\0') != std::string_view::npos)
             return false;
         rest.remove_prefix(length + 1);
         return true;
     }
 
+    // RPly's own limits.
+    static constexpr std::size_t max_word = 255;
+    static constexpr std::size_t max_line = 1023;
+    /// RPly moves all elements, or all properties of one, for each that it adds.
+    static constexpr std::size_t max_declarations = 10000;
+
     std::string_view rest;
     std::string_view word;
+    PlyHeader& header;
+    bool vertex_declared = false;
+    bool face_declared = false;
+    std::size_t num_declarations = 0;
 };
 
 } // namespace
 
-PlyHeaderCheck checkPlyHeader(std::string_view file) {
+PlyHeader parsePlyHeader(std::string_view file) {
     constexpr std::string_view magic = "ply";
-    PlyHeaderCheck check;
+    PlyHeader header;
     if (file.size() <= magic.size() || !file.starts_with(magic) || !endsWithBlank(file.substr(0, magic.size() + 1)))
-        return check;
-    HeaderWalk header(file.substr(magic.size()));
-    check.complete = header.walk(check.ascii);
-    if (!check.complete) {
-        check.word = header.lastWord();
+        return header;
+    header.text = "ply\n";
+    HeaderParser parser(file.substr(magic.size()), header);
+    header.complete = parser.parse();
+    header.body_offset = static_cast<std::size_t>(parser.remaining().data() - file.data());
+    // After a first line that ends in two bytes RPly takes the last one to end so too.
+    if (header.complete && file.substr(magic.size()).starts_with("\r\n"))
+        header.complete = header.body_offset++ < file.size();
+    if (!header.complete) {
+        header.word = parser.lastWord();
         const std::size_t passed =
-            static_cast<std::size_t>(header.remaining().data() - file.data()) - !check.word.empty();
-        check.line = 1 + static_cast<std::size_t>(
-                             std::count(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(passed), '\n'));
+            static_cast<std::size_t>(parser.remaining().data() - file.data()) - !header.word.empty();
+        header.line = 1 + static_cast<std::size_t>(
+                              std::count(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(passed), '\n'));
     }
-    return check;
+    return header;
 }
 
 bool endsWithBlank(std::string_view text) {

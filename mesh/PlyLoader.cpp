@@ -6,6 +6,7 @@
 #include "mesh/Mesh.h"
 #include "mesh/MeshChecks.h"
 #include "mesh/PlyHeader.h"
+#include "mesh/PlyStream.h"
 #include "mesh/RecordAppender.h"
 #include "utils/MappedFile.h"
 #include "utils/System.h"
@@ -14,29 +15,41 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <emmintrin.h>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <memory>
 #include <optional>
-#include <random>
 #include <rply.h>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace Velmar {
 
 namespace {
 
-struct PlyCloser {
-    void operator()(p_ply ply) const { ply_close(ply); }
+/// The bytes of a PLY file with its header rewritten, and with a line end after a text that doesn't end in a blank:
+/// RPly overruns its buffer there.
+class PlyFileStream final : public PlyStream {
+  public:
+    PlyFileStream(const PlyHeader& header, std::string_view file)
+        : parts{header.text, file.substr(header.body_offset),
+                header.ascii && !endsWithBlank(file) ? std::string_view("\n") : std::string_view()} {}
+
+    std::size_t read(char* to, std::size_t size) noexcept override {
+        std::size_t copied = 0;
+        for (std::string_view& part : parts) {
+            const std::size_t count = part.copy(to + copied, size - copied);
+            part.remove_prefix(count);
+            copied += count;
+        }
+        return copied;
+    }
+
+  private:
+    std::string_view parts[3];
 };
-using PlyHandle = std::unique_ptr<t_ply_, PlyCloser>;
 
 /// The state of one run, which the callbacks reach through their user pointer.
 class PlyRun {
@@ -50,9 +63,10 @@ class PlyRun {
     /// What a callback threw. It must not pass through the reader's frames, so it waits here.
     std::exception_ptr failure{};
 
-    void reserve(long num_vertices, long num_faces) {
-        reserveClaimed(vertices, num_vertices);
-        reserveClaimed(triangles, num_faces);
+    /// Reserves memory for as many vertices and triangles as are likely to come. A hint: not having it is no failure.
+    void reserve(std::size_t num_vertices, std::size_t num_faces) {
+        vertices.tryReserve(vertices.size() + num_vertices);
+        triangles.tryReserve(triangles.size() + num_faces);
     }
 
     void addVertex() { vertices.append() = {vertex[0] * scale, vertex[1] * scale, vertex[2] * scale}; }
@@ -95,14 +109,6 @@ class PlyRun {
     }
 
   private:
-    /// Room for as many elements as the header claims, within reason: a claim that the body doesn't keep must cost
-    /// nothing.
-    template <class T>
-    static void reserveClaimed(RecordAppender<T>& elements, long claimed) {
-        constexpr long within_reason = 4000000;
-        if (claimed > 0) elements.reserve(elements.size() + static_cast<std::size_t>(std::min(claimed, within_reason)));
-    }
-
     /// How many values follow a length: what the conversion to `long` makes of it, with the processor's answer to what
     /// no `long` holds, which is negative.
     static long toLength(double value) {
@@ -211,153 +217,99 @@ void onError(p_ply ply, const char* message) {
     std::fprintf(stderr, "RPly: %s\n", message);
 }
 
-/// The value of a type word as a plain number: some versions of RPly store -1 there, which its enumeration can't hold.
-unsigned toNumber(const e_ply_type& type) {
-    unsigned number = 0;
-    static_assert(sizeof type == sizeof number);
-    std::memcpy(&number, &type, sizeof number);
-    return number;
-}
+constexpr const char* index_list = "vertex_indices";
 
-/// Whether the element has no properties but so many instances that RPly would count through them for ever.
-bool countsThroughNothing(p_ply_element element) {
-    constexpr long many = 100000000;
-    long instances = 0;
-    ply_get_element_info(element, nullptr, &instances);
-    return ply_get_next_property(element, nullptr) == nullptr && instances > many;
-}
-
-/// Whether all properties have types that exist, and all elements something to read. RPly takes any word for a type in
-/// the header, and then reads the body by a function from beside its table.
-bool isReadable(p_ply ply) {
-    for (p_ply_element element = ply_get_next_element(ply, nullptr); element != nullptr;
-         element = ply_get_next_element(ply, element)) {
-        if (countsThroughNothing(element)) return false;
-        for (p_ply_property property = ply_get_next_property(element, nullptr); property != nullptr;
-             property = ply_get_next_property(element, property)) {
-            e_ply_type type = PLY_INT8;
-            e_ply_type length_type = PLY_INT8;
-            e_ply_type value_type = PLY_INT8;
-            ply_get_property_info(property, nullptr, &type, &length_type, &value_type);
-            if (toNumber(type) > PLY_LIST) return false;
-            if (toNumber(type) == PLY_LIST && (toNumber(length_type) >= PLY_LIST || toNumber(value_type) >= PLY_LIST))
-                return false;
-        }
-    }
-    return true;
-}
-
-/// Whether the property "vertex_indices" is a list; one number makes no face.
+/// Whether the property `index_list` is a list; one number makes no face.
 bool hasListOfIndices(p_ply_element face) {
     for (p_ply_property property = ply_get_next_property(face, nullptr); property != nullptr;
          property = ply_get_next_property(face, property)) {
         const char* name = nullptr;
         e_ply_type type = PLY_INT8;
         ply_get_property_info(property, &name, &type, nullptr, nullptr);
-        if (std::string_view(name) == "vertex_indices") return type == PLY_LIST;
+        if (std::string_view(name) == index_list) return type == PLY_LIST;
     }
     return false;
 }
 
-void setCallbacks(p_ply ply, PlyRun& run) {
+/// The least number of bytes that an instance of `element` takes in the body, with a triangle if it is a face.
+std::size_t minInstanceSize(p_ply_element element, bool ascii) {
+    static constexpr std::size_t sizes[] = {1, 1, 2, 2, 4, 4, 4, 8, 1, 1, 2, 2, 4, 4, 4, 8};
+    static_assert(std::size(sizes) == PLY_LIST);
+    // In a text a digit and a blank.
+    const auto sizeOf = [ascii](e_ply_type type) { return ascii ? 2 : sizes[type]; };
+    std::size_t size = 0;
+    for (p_ply_property property = ply_get_next_property(element, nullptr); property != nullptr;
+         property = ply_get_next_property(element, property)) {
+        const char* name = nullptr;
+        e_ply_type type = PLY_INT8;
+        e_ply_type length_type = PLY_INT8;
+        e_ply_type value_type = PLY_INT8;
+        ply_get_property_info(property, &name, &type, &length_type, &value_type);
+        size += sizeOf(type == PLY_LIST ? length_type : type);
+        if (type == PLY_LIST && std::string_view(name) == index_list) size += 3 * sizeOf(value_type);
+    }
+    return std::max<std::size_t>(size, 1);
+}
+
+/// How many instances of `element` the body may hold: no more than the header claims.
+std::size_t maxInstances(p_ply_element element, bool ascii, std::size_t body_size) {
+    long claimed = 0;
+    ply_get_element_info(element, nullptr, &claimed);
+    return std::min(static_cast<std::size_t>(std::max(claimed, 0L)), body_size / minInstanceSize(element, ascii));
+}
+
+void setCallbacks(p_ply ply, PlyRun& run, bool ascii, std::size_t body_size) {
     ply_set_read_cb(ply, "vertex", "x", onXOrY, &run.vertex[0], 0);
     ply_set_read_cb(ply, "vertex", "y", onXOrY, &run.vertex[1], 0);
-    const long num_vertices = ply_set_read_cb(ply, "vertex", "z", onZ, &run, 0);
-    long num_faces = 0;
+    const bool has_vertices = ply_set_read_cb(ply, "vertex", "z", onZ, &run, 0) != 0;
+    std::size_t num_vertices = 0;
+    std::size_t num_faces = 0;
     bool vertices_seen = false;
     for (p_ply_element element = ply_get_next_element(ply, nullptr); element != nullptr;
          element = ply_get_next_element(ply, element)) {
         const char* name = nullptr;
         ply_get_element_info(element, &name, nullptr);
-        if (std::string_view(name) == "vertex") vertices_seen = true;
+        if (std::string_view(name) == "vertex" && !std::exchange(vertices_seen, true) && has_vertices)
+            num_vertices = maxInstances(element, ascii, body_size);
         if (std::string_view(name) != "face") continue;
-        if (hasListOfIndices(element)) num_faces = ply_set_read_cb(ply, "face", "vertex_indices", onIndex, &run, 0);
+        if (hasListOfIndices(element)) {
+            ply_set_read_cb(ply, "face", index_list, onIndex, &run, 0);
+            num_faces = maxInstances(element, ascii, body_size);
+        }
         if (!vertices_seen) run.expectFacesBeforeVertices();
         break;
     }
     run.reserve(num_vertices, num_faces);
 }
 
-/// A copy of a text with a line end behind it, in a file that goes with the object.
-class TerminatedCopy {
-  public:
-    explicit TerminatedCopy(std::string_view text) {
-        std::random_device random;
-        std::error_code error;
-        full_path = std::filesystem::temp_directory_path(error);
-        if (error) throw Velmar::Exception("read of body failed.");
-        full_path /= ("velmar-" + std::to_string(random()) + "-" + std::to_string(random()) + ".ply");
-        try {
-            write(text);
-        } catch (...) {
-            remove();
-            throw;
-        }
-    }
-    ~TerminatedCopy() { remove(); }
-    TerminatedCopy(const TerminatedCopy&) = delete;
-    TerminatedCopy& operator=(const TerminatedCopy&) = delete;
-
-    std::string path() const {
-        const std::u8string text = full_path.u8string();
-        return std::string(text.begin(), text.end());
-    }
-
-  private:
-    void write(std::string_view text) const {
-        std::ofstream file(full_path, std::ios::binary);
-        file.write(text.data(), static_cast<std::streamsize>(text.size()));
-        file.put('\n');
-        file.close();
-        if (file.fail()) throw Velmar::Exception("read of body failed.");
-    }
-
-    void remove() const noexcept {
-        std::error_code ignored;
-        std::filesystem::remove(full_path, ignored);
-    }
-
-    std::filesystem::path full_path;
-};
-
 [[noreturn]] void throwBadHeader() {
     throw Velmar::Exception("could not read header.");
 }
 
-/// As RPly tells of what it doesn't understand itself. The word may hold anything, which terminals needn't obey.
-void tellWhere(const PlyHeaderCheck& check) {
+/// Prints where the header is broken, as RPly prints what it doesn't understand. Control characters of the word are
+/// replaced: a terminal would obey them.
+void printBrokenLine(const PlyHeader& header) {
     std::string what = "ends too early or too late";
-    if (!check.word.empty()) {
+    if (!header.word.empty()) {
         what = "has an unexpected '";
-        for (const char c : check.word)
+        for (const char c : header.word)
             what += c > ' ' && c < '\x7F' ? c : '?';
         what += '\'';
     }
-    std::fprintf(stderr, "PLY header: line %s %s\n", std::to_string(check.line).c_str(), what.c_str());
+    std::fprintf(stderr, "PLY header: line %s %s\n", std::to_string(header.line).c_str(), what.c_str());
 }
 
-/// Opens the file for RPly after a look at what it would stumble over. `copy` holds a text that needed its end.
-PlyHandle openChecked(std::string_view path, PlyRun& run, std::optional<TerminatedCopy>& copy) {
-    PlyHandle ply(ply_open(FileUtils::toCLibraryPath(path).c_str(), onError, 0, &run));
-    if (ply == nullptr) throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
+[[noreturn]] void throwNotOpened(std::string_view path) {
+    throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
+}
 
-    std::optional<MappedFile> file;
+/// The file, which other programs may be writing.
+void openFile(std::optional<MappedFile>& file, std::string_view path) {
     try {
-        file.emplace(path);
+        file.emplace(path, MappedFile::Sharing::with_writers);
     } catch (const Velmar::Exception&) {
-        throwBadHeader();
+        throwNotOpened(path);
     }
-    const PlyHeaderCheck check = checkPlyHeader(file->getText());
-    if (!check.complete) {
-        tellWhere(check);
-        throwBadHeader();
-    }
-    if (check.ascii && !endsWithBlank(file->getText())) {
-        copy.emplace(file->getText());
-        ply.reset(ply_open(FileUtils::toCLibraryPath(copy->path()).c_str(), onError, 0, &run));
-        if (ply == nullptr) throw Velmar::Exception("could not open file '" + std::string(path) + "' for reading.");
-    }
-    return ply;
 }
 
 } // namespace
@@ -366,14 +318,23 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
     mesh.raiseNumUVMappings(0);
     mesh.addMaterialUsed("default");
 
+    std::optional<MappedFile> file;
+    openFile(file, path);
+    const PlyHeader header = parsePlyHeader(file->getText());
+    if (!header.complete) {
+        printBrokenLine(header);
+        throwBadHeader();
+    }
+
     // RPly reads the numbers of text files by the C runtime.
     const PlainNumericLocale locale;
     PlyRun run(mesh, scale);
-    std::optional<TerminatedCopy> copy;
-    const PlyHandle ply = openChecked(path, run, copy);
-    if (ply_read_header(ply.get()) == 0 || !isReadable(ply.get())) throwBadHeader();
+    PlyFileStream stream(header, file->getText());
+    const PlyHandle ply = openPly(stream, onError, &run);
+    if (ply == nullptr) throwNotOpened(path);
+    if (!readPlyHeader(ply.get())) throwBadHeader();
 
-    setCallbacks(ply.get(), run);
+    setCallbacks(ply.get(), run, header.ascii, file->getText().size() - header.body_offset);
     const bool complete = ply_read(ply.get()) != 0 && addTakenTriangles(run) == go_on;
     if (run.failure != nullptr) std::rethrow_exception(run.failure);
     if (!complete) throw Velmar::Exception("read of body failed.");

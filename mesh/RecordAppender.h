@@ -16,9 +16,9 @@ namespace Velmar {
 template <class T>
 class RecordAppender {
   public:
-    explicit RecordAppender(Vector<T>& filled) : records(filled), first(filled.data()), count(filled.size()) {
-        room = count;
-    }
+    explicit RecordAppender(Vector<T>& filled)
+        : records(filled), first(filled.data()), count(filled.size()), room(count),
+          initial_capacity(filled.capacity()) {}
     ~RecordAppender() { settle(); }
     RecordAppender(const RecordAppender&) = delete;
     RecordAppender& operator=(const RecordAppender&) = delete;
@@ -39,19 +39,34 @@ class RecordAppender {
         return first[count++];
     }
 
-    /// Makes room for `n` records in all, if that is more than there is.
-    void reserve(std::size_t n) {
-        if (n > room) growTo(n);
+    /// Reserves memory for `n` records in all, if there is that much: a hint, so not having it is no failure.
+    void tryReserve(std::size_t n) noexcept {
+        if (n <= room) return;
+        try {
+            growTo(n);
+        } catch (const BadAlloc&) {
+            // `append` grows as it must.
+        }
     }
-    void reserve(std::size_t n, const Parser& cursor) {
+    void tryReserve(std::size_t n, const Parser& cursor) noexcept {
         startCounting(cursor);
-        reserve(n);
+        tryReserve(n);
     }
 
-    /// Gives the list its true size; nothing may be appended afterwards.
-    void settle() {
+    /// Gives the list its true size, and back the memory that was only a forecast: the capacity becomes what single
+    /// appends would have made of it. Nothing may be appended afterwards.
+    void settle() noexcept {
         records.resizeUninitialized(count);
         room = count;
+        if (records.capacity() == steppedCapacity(count)) return;
+        try {
+            Vector<T> smaller;
+            smaller.reserve(steppedCapacity(count));
+            smaller.append(records);
+            records.swap(smaller);
+        } catch (const BadAlloc&) {
+            // It stays as large as it is.
+        }
     }
 
     T* data() { return first; }
@@ -81,12 +96,21 @@ class RecordAppender {
     }
 
     void growTo(std::size_t n) {
+        const std::size_t capacity = steppedCapacity(n);
         // What is reserved is copied, so not the empty room.
         records.resizeUninitialized(count);
-        records.reserve(n);
+        records.reserve(capacity);
         records.resizeUninitialized(records.capacity());
         first = records.data();
         room = records.capacity();
+    }
+
+    /// The capacity that the list would have after `n` single appends in all.
+    std::size_t steppedCapacity(std::size_t n) const {
+        std::size_t capacity = initial_capacity;
+        while (capacity < n)
+            capacity = std::max(capacity + 1, 2 * capacity);
+        return capacity;
     }
 
     std::size_t doubledCount() const { return std::max(2 * count, count + 16); }
@@ -102,7 +126,8 @@ class RecordAppender {
     Vector<T>& records;
     T* first;
     std::size_t count;
-    std::size_t room = 0;
+    std::size_t room;
+    std::size_t initial_capacity;
     std::size_t first_count = 0;
     std::uint32_t first_offset = not_started;
 };

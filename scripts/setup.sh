@@ -87,13 +87,15 @@ for_windows "$(echo pugixml-*/)"
 cp -r /usr/include/CLI /usr/include/eigen3 "$root/deps/windows/include/"
 cp -r /usr/share/cmake/CLI11 "$root/deps/windows/share/cmake/"
 
-# RPly has no package; this one contains its two files.
+# RPly has no package; this one contains its two files. It reads files by functions of ours, declared in mesh/PlyStream.h,
+# and its library has a name of its own, because no other RPly links.
 tar -xzf cloudcompare_*.orig.tar.gz --wildcards --strip-components=3 '*/libs/qCC_io/rply.[ch]'
 rply() {
     local compiler=$1 archiver=$2 prefix=$3
     shift 3
-    quietly "$compiler" -O2 -DNDEBUG -fPIC "$@" "-ffile-prefix-map=$work/=" -c rply.c -o "rply-$archiver.o" &&
-        quietly "$archiver" rcs "$prefix/lib/librply.a" "rply-$archiver.o" && cp rply.h "$prefix/include/" ||
+    quietly "$compiler" -O2 -DNDEBUG -fPIC -U_FORTIFY_SOURCE -Dply_open=velmar_ply_open -Dfopen=velmar_ply_fopen \
+        -Dfread=velmar_ply_fread -Dfclose=velmar_ply_fclose "$@" "-ffile-prefix-map=$work/=" -c rply.c -o "rply-$archiver.o" &&
+        quietly "$archiver" rcs "$prefix/lib/librply_stream.a" "rply-$archiver.o" && cp rply.h "$prefix/include/" ||
         die "building RPly with $compiler failed"
 }
 rply gcc ar "$root/deps/linux"

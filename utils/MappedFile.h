@@ -9,9 +9,12 @@
 /// once.
 class MappedFile {
   public:
+    /// Which other programs may have the file open. Systems other than Windows don't ask.
+    enum class Sharing { with_readers, with_writers };
+
     /// Opens and maps the file `path` (UTF-8). An empty file gives null data of size 0.
     /// Throws `Velmar::Exception` with the failing step and the system's text; also for what isn't a regular file.
-    explicit MappedFile(std::string_view path);
+    explicit MappedFile(std::string_view path, Sharing sharing = Sharing::with_readers);
     ~MappedFile();
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;

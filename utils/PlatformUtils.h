@@ -25,6 +25,12 @@ std::string ensureAppDataDirectory(std::string_view name);
 /// `ensureAppDataDirectory` of "Velmar Renderer", or "dummy_appdata" when that fails.
 std::string getAppDataDirectory();
 
+/// A number that nobody can foresee, for seeds of hash tables.
+std::uint64_t getRandomNumber() noexcept;
+
+/// A text of digits and dashes that no other thread of any process has at the same time, for names of temporary files.
+std::string makeUniqueSuffix();
+
 /// Sets up the clock; once at library setup, before `getTimeSeconds`.
 void initClock();
 

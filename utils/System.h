@@ -24,13 +24,12 @@ std::wstring utf8ToWide(std::string_view text);
 /// Windows only: UTF-16 to UTF-8. Surrogates without a partner become U+FFFD. Empty when the conversion fails.
 std::string wideToUtf8(std::wstring_view text);
 
-/// A name by which `fopen` of this system's C runtime opens the existing file `path`, for libraries that take no other.
-/// Empty when there is none.
-std::string toCLibraryPath(std::string_view path);
-
 } // namespace FileUtils
 
 namespace PlatformUtils {
+
+/// The number of this process.
+std::uint32_t getProcessNumber();
 
 /// The folder that holds one directory per program for this user's data. It may not exist.
 /// Throws `PlatformUtilsExcep` when the system can't name it.

@@ -32,10 +32,6 @@ std::filesystem::path toSystemPath(std::string_view path) {
     return result;
 }
 
-std::string toCLibraryPath(std::string_view path) {
-    return toSystemPath(path).native();
-}
-
 bool fileExists(std::string_view path, std::uint32_t* error_code) {
     const std::filesystem::path system_path = toSystemPath(path);
     struct stat status = {};
@@ -74,7 +70,7 @@ class FileDescriptor {
 
 } // namespace
 
-MappedFile::MappedFile(std::string_view path) {
+MappedFile::MappedFile(std::string_view path, Sharing) {
     const auto fail = [](const std::string& what, std::uint32_t code) {
         throw Velmar::Exception(what + PlatformUtils::getErrorText(code));
     };
@@ -149,6 +145,10 @@ std::string getErrorText(std::uint32_t code) {
 
 std::uint32_t getLastErrorCode() {
     return static_cast<std::uint32_t>(errno);
+}
+
+std::uint32_t getProcessNumber() {
+    return static_cast<std::uint32_t>(getpid());
 }
 
 std::string getAppDataFolder() {

@@ -40,22 +40,6 @@ std::wstring getFullPath(const std::wstring& path) {
         [&](wchar_t* buffer, DWORD size) { return GetFullPathNameW(path.c_str(), size, buffer, nullptr); });
 }
 
-/// The path with each name in its short form, which is plain ASCII; empty where the volume keeps none.
-std::wstring getShortPath(const std::wstring& path) {
-    return getWideText([&](wchar_t* buffer, DWORD size) { return GetShortPathNameW(path.c_str(), buffer, size); });
-}
-
-/// The path in the code page of the C runtime's narrow functions; empty when it has characters outside of it.
-std::string narrow(const std::wstring& path) {
-    BOOL lost = FALSE;
-    const int units = static_cast<int>(path.size());
-    const int size = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path.data(), units, nullptr, 0, nullptr, &lost);
-    if (size <= 0 || lost != FALSE) return {};
-    std::string result(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, path.data(), units, result.data(), size, nullptr, nullptr);
-    return result;
-}
-
 } // namespace
 
 std::wstring utf8ToWide(std::string_view text) {
@@ -90,21 +74,6 @@ std::filesystem::path toSystemPath(std::string_view path) {
     return std::wstring(long_path_prefix) + full;
 }
 
-std::string toCLibraryPath(std::string_view path) {
-    const std::wstring long_path = toSystemPath(path).native();
-    if (!long_path.starts_with(long_path_prefix)) {
-        std::string name = narrow(long_path);
-        if (!name.empty()) return name;
-    }
-    std::wstring short_path = getShortPath(long_path);
-    constexpr std::size_t max_plain_path = MAX_PATH - 1;
-    // Short enough without the prefix, which the narrow functions don't always take. Network paths keep it.
-    if (short_path.starts_with(long_path_prefix) && !short_path.starts_with(L"\\\\?\\UNC") &&
-        short_path.size() - long_path_prefix.size() <= max_plain_path)
-        short_path.erase(0, long_path_prefix.size());
-    return narrow(short_path);
-}
-
 // ---- files ----
 
 bool fileExists(std::string_view path, std::uint32_t* error_code) {
@@ -124,7 +93,7 @@ void createDir(std::string_view path) {
 
 } // namespace FileUtils
 
-MappedFile::MappedFile(std::string_view path) {
+MappedFile::MappedFile(std::string_view path, Sharing sharing) {
     // The error code is taken first, since closing a handle may change it, and the message is composed last, since that
     // may run out of memory.
     const auto fail = [this](auto composeText) {
@@ -134,7 +103,8 @@ MappedFile::MappedFile(std::string_view path) {
     };
 
     const std::filesystem::path system_path = FileUtils::toSystemPath(path);
-    HANDLE const file = CreateFileW(system_path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+    const DWORD share = sharing == Sharing::with_writers ? FILE_SHARE_READ | FILE_SHARE_WRITE : FILE_SHARE_READ;
+    HANDLE const file = CreateFileW(system_path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) fail([path] { return "Failed to open file '" + std::string(path) + "': "; });
     file_handle = file;
@@ -188,6 +158,10 @@ std::string getErrorText(std::uint32_t code) {
 
 std::uint32_t getLastErrorCode() {
     return GetLastError();
+}
+
+std::uint32_t getProcessNumber() {
+    return GetCurrentProcessId();
 }
 
 std::string getAppDataFolder() {

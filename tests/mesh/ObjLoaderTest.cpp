@@ -111,6 +111,25 @@ TEST(ObjLoader, CountsNegativeIndicesBackFromTheLastSoFar) {
     EXPECT_EQ(bytesOf(full.normals), bytesOf(std::vector<Vec3f>{{1, 0, 0}, {0, 0, 1}, {0, 0, 1}}));
 }
 
+TEST(ObjLoader, CountsNegativeUVIndicesInEntriesOfAllSets) {
+    Mesh mesh;
+    mesh.raiseNumUVMappings(3);
+    loadText(three + "vt 1 1\nvt 2 2\nvt 3 3\nf 1/-3 2/-2 3/-1\n", mesh);
+    EXPECT_EQ(uvIndicesOf(mesh), (Corners{{0, 1, 2}}));
+    EXPECT_EQ(mesh.uv_pairs.size(), 9u);
+}
+
+TEST(ObjLoader, LeavesListsWithTheCapacityThatAppendsGiveThem) {
+    std::string text;
+    for (int i = 0; i < 100000; ++i)
+        text += "v 0 0 0\n";
+    text += "v 1 0 0\nv 0 1 0\nf 1 -2 -1\n";
+    Mesh mesh;
+    loadText(text, mesh);
+    EXPECT_EQ(mesh.verts.capacity(), 4u);
+    EXPECT_EQ(mesh.triangles.capacity(), 1u);
+}
+
 TEST(ObjLoader, SharesAVertexBetweenEqualPairsOfPositionAndNormal) {
     Mesh mesh;
     loadText(four + three_normals + "f 1//1 2//1 3//1\nf 2//1 4//1 3//1\n", mesh);
@@ -448,6 +467,19 @@ TEST(ObjLoader, ReadsNamedLibrariesOnlyWhenAsked) {
     EXPECT_EQ(library.path, dir.file("second.mtl"));
     ASSERT_EQ(library.materials.size(), 2u) << "each library replaces the one before";
     EXPECT_EQ(library.materials[0].name, "b");
+}
+
+TEST(ObjLoader, EndsWithTheLibraryThatItsFileNamesLast) {
+    const TempDir dir;
+    TestSupport::writeFileBytes(dir.file("m.obj"), "mtllib a.mtl\nmtllib b.mtl\nmtllib a.mtl\nmtllib missing.mtl\n");
+    TestSupport::writeFileBytes(dir.file("a.mtl"), "newmtl a\n");
+    TestSupport::writeFileBytes(dir.file("b.mtl"), "newmtl b\n");
+    Mesh mesh;
+    MTLLibrary library;
+    loadOBJ(dir.file("m.obj"), mesh, 1.0f, true, library);
+    EXPECT_EQ(library.path, dir.file("a.mtl"));
+    ASSERT_EQ(library.materials.size(), 1u);
+    EXPECT_EQ(library.materials[0].name, "a");
 }
 
 TEST(ObjLoader, SurvivesEveryCutOfAFile) {
