@@ -93,15 +93,23 @@ void Mesh::addVertices(std::span<const Vec3f> positions) {
 
 void Mesh::addVertexWithNormal(const Vec3f& position, const Vec3f& normal) {
     const Vec3f unit = normalised(normal);
+    // A copy: `position` may lie in the list that grows.
+    const Vec3f vertex = position;
     verts.growFor(1);
     normals.push_back(unit);
-    verts.push_back(position);
+    verts.push_back(vertex);
 }
 
 void Mesh::addUVs(std::span<const Vec2f> pairs) {
-    uv_pairs.growFor(num_uv_mappings);
-    for (std::uint32_t i = 0; i < num_uv_mappings; ++i)
-        uv_pairs.push_back(i < pairs.size() ? pairs[i] : Vec2f{0.0f, 0.0f});
+    const std::size_t old_size = uv_pairs.size();
+    uv_pairs.append(pairs.first(std::min<std::size_t>(pairs.size(), num_uv_mappings)));
+    try {
+        uv_pairs.growFor(old_size + num_uv_mappings - uv_pairs.size());
+    } catch (const BadAlloc&) {
+        uv_pairs.resize(old_size);
+        throw;
+    }
+    uv_pairs.resize(old_size + num_uv_mappings);
 }
 
 void Mesh::addTriangle(const std::uint32_t (&vertex_indices)[3], const std::uint32_t (&uv_indices)[3],

@@ -38,7 +38,7 @@ class Mesh : public Destroyable<Mesh, ThreadSafeRefCounted> {
     /// Appends a vertex without a normal. Nothing is checked.
     void addVertex(const Vec3f& position) { verts.push_back(position); }
 
-    /// As `addVertex` for each of `positions`, which must not lie in this mesh, with one reallocation at most.
+    /// As `addVertex` for each of `positions`, with one reallocation at most.
     void addVertices(std::span<const Vec3f> positions);
 
     /// Appends a vertex and its normal, divided by its f32 length. A normal of length zero is stored as NaNs.

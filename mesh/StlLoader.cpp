@@ -44,18 +44,22 @@ void readBinary(std::span<const std::uint8_t> file, Mesh& mesh, float scale) {
     if (count > std::numeric_limits<std::uint32_t>::max() / 3)
         throw Velmar::Exception("Invalid file.  (too many triangles)");
 
-    mesh.verts.resizeUninitialized(std::size_t{3} * count);
-    mesh.triangles.resizeUninitialized(count);
+    Vector<Vec3f> vertices;
+    Vector<MeshTriangle> triangles;
+    vertices.resizeUninitialized(std::size_t{3} * count);
+    triangles.resizeUninitialized(count);
     const std::uint8_t* record = file.data() + header_size;
-    Vec3f* vertex = mesh.verts.data();
-    MeshTriangle* const triangles = mesh.triangles.data();
+    Vec3f* vertex = vertices.data();
+    MeshTriangle* triangle = triangles.data();
     for (std::uint32_t i = 0; i < count; ++i, record += record_size) {
         Vec3f corners[3];
         std::memcpy(corners, record + vertices_offset, sizeof corners);
         for (const Vec3f& corner : corners)
             *vertex++ = {corner.x * scale, corner.y * scale, corner.z * scale};
-        triangles[i] = triangleFrom(3 * i);
+        *triangle++ = triangleFrom(3 * i);
     }
+    mesh.verts.swap(vertices);
+    mesh.triangles.swap(triangles);
     mesh.build();
 }
 

@@ -74,11 +74,18 @@ class Vector {
         assertInvariants();
     }
 
-    /// Appends all of `elements`, which must not lie in this vector, with one reallocation at most. The capacity ends
-    /// as that many single `push_back`s would leave it.
+    /// Appends all of `elements`, with one reallocation at most. The capacity ends as that many single `push_back`s
+    /// would leave it.
     void append(std::span<const T> elements) {
-        growFor(elements.size());
-        copyConstruct(elements.data(), elements.size());
+        if (elements.size() > capacity_ - size_) {
+            // The old array lives until all are copied: the new elements may lie in it.
+            Vector grown(ExactCapacity{steppedCapacity(elements.size())});
+            grown.copyConstruct(e, size_);
+            grown.copyConstruct(elements.data(), elements.size());
+            swap(grown);
+        } else {
+            copyConstruct(elements.data(), elements.size());
+        }
         assertInvariants();
     }
 
@@ -94,14 +101,7 @@ class Vector {
     }
 
     /// Reserves space for `count` more elements, growing in the steps of that many `push_back`s.
-    void growFor(std::size_t count) {
-        if (count > std::numeric_limits<std::size_t>::max() - size_) throw BadAlloc();
-        const std::size_t needed = size_ + count;
-        std::size_t capacity = capacity_;
-        while (capacity < needed)
-            capacity = std::max(capacity + 1, doubled(capacity));
-        reserve(capacity);
-    }
+    void growFor(std::size_t count) { reserve(steppedCapacity(count)); }
 
     /// New elements are default-constructed: zeros for numbers and plain records.
     void resize(std::size_t n) {
@@ -174,6 +174,16 @@ class Vector {
         } else if (n > capacity_) {
             reserve(grownCapacity(n));
         }
+    }
+
+    /// The capacity after `count` more `push_back`s.
+    std::size_t steppedCapacity(std::size_t count) const {
+        if (count > std::numeric_limits<std::size_t>::max() - size_) throw BadAlloc();
+        const std::size_t needed = size_ + count;
+        std::size_t capacity = capacity_;
+        while (capacity < needed)
+            capacity = std::max(capacity + 1, doubled(capacity));
+        return capacity;
     }
 
     static std::size_t doubled(std::size_t capacity) {

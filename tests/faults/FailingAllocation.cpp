@@ -16,6 +16,11 @@ std::atomic<std::int64_t> allocations_to_go = 0;
 std::atomic<bool> armed = false;
 std::atomic<bool> fails_for_ever = false;
 std::atomic<bool> struck = false;
+std::atomic<std::size_t> largest_request = 0;
+
+void noteRequest(std::size_t size) {
+    if (size > largest_request) largest_request = size;
+}
 
 bool mustFail() {
     if (!armed || --allocations_to_go > 0) return false;
@@ -43,12 +48,14 @@ void* __wrap_realloc(void* block, std::size_t size);
 void __wrap_free(void* block);
 
 void* __wrap_malloc(std::size_t size) {
+    noteRequest(size);
     return mustFail() ? nullptr : counted(__real_malloc(size));
 }
 void* __wrap_calloc(std::size_t count, std::size_t size) {
     return mustFail() ? nullptr : counted(__real_calloc(count, size));
 }
 void* __wrap_realloc(void* block, std::size_t size) {
+    noteRequest(size);
     if (mustFail()) return nullptr;
     void* const moved = __real_realloc(block, size);
     if (block == nullptr) counted(moved);
@@ -102,6 +109,10 @@ void prepareRuntime() {
         } catch (const Velmar::Exception&) {
         }
     }
+}
+
+std::size_t takeLargestRequest() {
+    return largest_request.exchange(0);
 }
 
 std::int64_t liveBlocks() {

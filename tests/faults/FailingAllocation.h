@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Faults {
@@ -33,5 +34,8 @@ std::int64_t liveBlocks();
 
 /// Counts a block that the system allocated and that is released here.
 void countBlockOfSystem();
+
+/// The size of the largest block that was asked for since the last call.
+std::size_t takeLargestRequest();
 
 } // namespace Faults

@@ -2,6 +2,8 @@
 #include "mesh/MeshLoading.h"
 #include "mesh/MtlLoader.h"
 #include "mesh/ObjLoader.h"
+#include "mesh/PlyLoader.h"
+#include "mesh/StlLoader.h"
 #include "mesh/VmmeshWriter.h"
 #include "scene/nodes/SceneNodeMesh.h"
 #include "tests/faults/EachAllocation.h"
@@ -237,4 +239,36 @@ TEST_F(FailingReader, OfASceneTellsOfEveryFailedAllocation) {
                         .tellResult = [&] { return std::to_string(content); },
                         .failures = {Faults::bad_allocation},
                         .cleanUp = [&] { content = 0; }});
+}
+
+TEST_F(FailingReader, OfPlyFilesAsksForNoMoreMemoryThanTheBodyCanFill) {
+    std::string text = plyHeader("binary_little_endian", 4000000, 4000000);
+    const std::string path = makeFile("a.ply", text + std::string(3000, '\0'));
+    Faults::takeLargestRequest();
+    Mesh mesh;
+    EXPECT_THROW(loadPLY(path, mesh, 1.0f), Velmar::Exception);
+    EXPECT_LT(Faults::takeLargestRequest(), 100000u);
+}
+
+TEST_F(FailingReader, OfPlyFilesLosesNothingWhenItsForecastGetsNoMemory) {
+    const std::string path = makeFile("a.ply", plyBinary());
+    Mesh expected;
+    loadPLY(path, expected, 1.0f);
+    // Whichever the allocation: it fails as a whole or reads everything.
+    for (std::int64_t nth = 1; nth < 40; ++nth) {
+        Mesh mesh;
+        Faults::FailingAllocation fault(nth, Faults::Lasting::once);
+        const std::string failure = Faults::thrownBy([&] { loadPLY(path, mesh, 1.0f); }, fault);
+        EXPECT_TRUE(!failure.empty() || mesh.checksum() == expected.checksum()) << nth;
+    }
+}
+
+TEST_F(FailingReader, OfBinaryStlFilesLeavesNoVertexUnwritten) {
+    const std::string path = makeFile("a.stl", stlBinary());
+    for (std::int64_t nth = 1; nth < 20; ++nth) {
+        Mesh mesh;
+        Faults::FailingAllocation fault(nth, Faults::Lasting::once);
+        const std::string failure = Faults::thrownBy([&] { loadSTL(path, mesh, 1.0f); }, fault);
+        EXPECT_TRUE(failure.empty() || (mesh.verts.empty() && mesh.triangles.empty())) << nth;
+    }
 }

@@ -120,6 +120,38 @@ TEST(AddUVs, PadsAShortListWithZerosAndCutsALongOne) {
     EXPECT_EQ(bytesOf(mesh.uv_pairs), bytesOf(std::vector<Vec2f>{{1, 2}, {0, 0}, {1, 2}, {3, 4}}));
 }
 
+TEST(AddVertexWithNormal, TakesAVertexAndANormalOfTheSameMesh) {
+    Mesh mesh;
+    mesh.addVertexWithNormal({1, 2, 3}, {0, 0, 1});
+    for (int i = 0; i < 10; ++i)
+        mesh.addVertexWithNormal(mesh.verts[0], mesh.normals[0]);
+    for (const Vec3f& vertex : mesh.verts)
+        EXPECT_EQ(vertex.y, 2.0f);
+    for (const Vec3f& normal : mesh.normals)
+        EXPECT_EQ(normal.z, 1.0f);
+}
+
+TEST(AddVertices, TakesThoseOfTheSameMesh) {
+    Mesh mesh;
+    addUnitSquare(mesh);
+    mesh.addVertices({mesh.verts.data(), mesh.verts.size()});
+    EXPECT_EQ(bytesOf(mesh.verts).substr(48), bytesOf(mesh.verts).substr(0, 48));
+}
+
+TEST(AddUVs, TakesPairsOfTheSameMesh) {
+    Mesh mesh;
+    mesh.raiseNumUVMappings(3);
+    const Vec2f pairs[] = {{1, 2}, {3, 4}};
+    mesh.addUVs(pairs);
+    for (int i = 0; i < 10; ++i)
+        mesh.addUVs({mesh.uv_pairs.data() + 3 * i, 2});
+    for (std::size_t entry = 0; entry < 11; ++entry) {
+        EXPECT_EQ(mesh.uv_pairs[3 * entry].y, 2.0f) << entry;
+        EXPECT_EQ(mesh.uv_pairs[3 * entry + 1].y, 4.0f) << entry;
+        EXPECT_EQ(mesh.uv_pairs[3 * entry + 2].y, 0.0f) << entry;
+    }
+}
+
 TEST(AddUVs, AppendsNothingWithoutUVSets) {
     Mesh mesh;
     const Vec2f pairs[] = {{1, 2}};
