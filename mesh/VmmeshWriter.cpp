@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
+#include <string_view>
 #include <zstd.h>
 
 namespace Velmar {
@@ -116,14 +117,16 @@ void writeCompressedBody(FileWriter& file, const Mesh& mesh) {
     file.write(frame.data(), compressed_size);
 }
 
-} // namespace
+[[noreturn]] void throwNotWritten(const String& path) {
+    throw VelmarException(toVelmarString("Error while writing to '" + toStdString(path) + "'."));
+}
 
-void writeToFile(const String& path, const Mesh& mesh, bool use_compression) {
+/// Writes the file `file_path` through `stream`, which stays open. Messages name `final_path`.
+void writeFile(std::ofstream& stream, std::string_view file_path, const String& final_path, const Mesh& mesh,
+               bool use_compression) {
     mesh.checkConsistency();
-
-    std::ofstream stream;
-    if (!FileUtils::openOutputFile(stream, path.view(), false))
-        throw VelmarException(toVelmarString("Failed to open file '" + toStdString(path) + "' for writing."));
+    if (!FileUtils::openOutputFile(stream, file_path, false))
+        throw VelmarException(toVelmarString("Failed to open file '" + toStdString(final_path) + "' for writing."));
 
     FileWriter file(stream);
     writePreamble(file, mesh, use_compression);
@@ -132,9 +135,28 @@ void writeToFile(const String& path, const Mesh& mesh, bool use_compression) {
     else
         writePlainBody(file, mesh);
 
-    // Nobody hears of what fails when the stream closes itself.
+    // The destructor's close ignores errors.
     stream.flush();
-    if (stream.fail()) throw VelmarException(toVelmarString("Error while writing to '" + toStdString(path) + "'."));
+    if (stream.fail()) throwNotWritten(final_path);
+}
+
+} // namespace
+
+void writeToFile(const String& path, const Mesh& mesh, bool use_compression) {
+    std::ofstream stream;
+    writeFile(stream, path.view(), path, mesh, use_compression);
+}
+
+void writeToFileAtomically(const String& path, const Mesh& mesh, bool use_compression) {
+    FileUtils::TemporaryFile temporary(path.view());
+    {
+        std::ofstream stream;
+        writeFile(stream, temporary.path(), path, mesh, use_compression);
+        stream.close();
+        if (stream.fail()) throwNotWritten(path);
+    }
+    // A reader may keep Windows from replacing the file that another writer of the same mesh has finished by now.
+    if (!temporary.moveToFinalPath() && !FileUtils::fileExists(path.view())) throwNotWritten(path);
 }
 
 } // namespace Velmar

@@ -12,4 +12,9 @@ class Mesh;
 /// been written of the file by then stays.
 void writeToFile(const String& path, const Mesh& mesh, bool use_compression);
 
+/// As `writeToFile`, but under a temporary name in the same folder until the file is whole, so that no other program
+/// sees half of it, and a failure leaves nothing. Throws the same messages. A file `path` that another program finishes
+/// meanwhile is taken for the same mesh.
+void writeToFileAtomically(const String& path, const Mesh& mesh, bool use_compression);
+
 } // namespace Velmar

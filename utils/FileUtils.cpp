@@ -1,8 +1,10 @@
 #include "utils/FileUtils.h"
 
+#include "utils/PlatformUtils.h"
 #include "utils/System.h"
 
 #include <algorithm>
+#include <system_error>
 
 namespace FileUtils {
 
@@ -71,6 +73,21 @@ bool openOutputFile(std::ofstream& file, std::string_view path, bool text_mode) 
     const std::ios_base::openmode mode = std::ios_base::out | std::ios_base::trunc;
     file.open(toSystemPath(path), text_mode ? mode : mode | std::ios_base::binary);
     return file.is_open();
+}
+
+TemporaryFile::TemporaryFile(std::string_view final_path)
+    : temporary_path(std::string(final_path) + '.' + PlatformUtils::makeUniqueSuffix() + ".tmp"),
+      native_path(toSystemPath(temporary_path)), native_final_path(toSystemPath(final_path)) {}
+
+TemporaryFile::~TemporaryFile() {
+    std::error_code ignored;
+    std::filesystem::remove(native_path, ignored);
+}
+
+bool TemporaryFile::moveToFinalPath() noexcept {
+    std::error_code error;
+    std::filesystem::rename(native_path, native_final_path, error);
+    return !error;
 }
 
 } // namespace FileUtils

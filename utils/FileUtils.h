@@ -3,6 +3,7 @@
 #include "velmarexceptions.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -51,5 +52,27 @@ void createDir(std::string_view path);
 /// Opens `path` in `file` for output, overwriting an existing file. With `text_mode` line feeds become the
 /// system's line ends. Returns whether that worked; on failure `file` is in its fail state.
 bool openOutputFile(std::ofstream& file, std::string_view path, bool text_mode);
+
+/// A name for a file that is written next to another one and then replaces it, so that no reader ever sees half of it.
+/// The destructor removes what has that name.
+class TemporaryFile {
+  public:
+    /// For the file `final_path` (UTF-8). Nothing is created.
+    explicit TemporaryFile(std::string_view final_path);
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const std::string& path() const { return temporary_path; }
+
+    /// Gives the file, which is closed, its final name, in place of a file that has it. Returns whether that worked.
+    bool moveToFinalPath() noexcept;
+
+  private:
+    std::string temporary_path;
+    // Made beforehand: when memory is exhausted the file is still removed.
+    std::filesystem::path native_path;
+    std::filesystem::path native_final_path;
+};
 
 } // namespace FileUtils

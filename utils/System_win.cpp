@@ -104,8 +104,8 @@ MappedFile::MappedFile(std::string_view path, Sharing sharing) {
 
     const std::filesystem::path system_path = FileUtils::toSystemPath(path);
     const DWORD share = sharing == Sharing::with_writers ? FILE_SHARE_READ | FILE_SHARE_WRITE : FILE_SHARE_READ;
-    HANDLE const file = CreateFileW(system_path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    HANDLE const file =
+        CreateFileW(system_path.c_str(), GENERIC_READ, share, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) fail([path] { return "Failed to open file '" + std::string(path) + "': "; });
     file_handle = file;
 

@@ -33,6 +33,16 @@ bool differs(double value, double default_value) {
     return value < default_value || value > default_value;
 }
 
+void ensureDirectory(const std::string& path) {
+    if (FileUtils::fileExists(path)) return;
+    try {
+        FileUtils::createDir(path);
+    } catch (const FileUtils::FileUtilsExcep&) {
+        // Another program may have made it since.
+        if (!FileUtils::fileExists(path)) throw;
+    }
+}
+
 } // namespace
 
 SceneNodeMesh::SceneNodeMesh() : Destroyable(NodeType::Mesh) {
@@ -81,9 +91,8 @@ void SceneNodeMesh::writeSettings(OStream& stream, std::uint32_t depth) const {
 
 std::string SceneNodeMesh::writeMeshFile(const XMLWriteOptions& options) const {
     std::string file_path = getMeshFilePath(options.scene_path, options.scene_dir, options.meshes_dir);
-    const std::string directory = FileUtils::getDirectory(file_path);
-    if (!FileUtils::fileExists(directory)) FileUtils::createDir(directory);
-    if (!FileUtils::fileExists(file_path)) writeToFile(toVelmarString(file_path), *mesh, true);
+    ensureDirectory(FileUtils::getDirectory(file_path));
+    if (!FileUtils::fileExists(file_path)) writeToFileAtomically(toVelmarString(file_path), *mesh, true);
     return file_path;
 }
 

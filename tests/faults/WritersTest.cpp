@@ -32,6 +32,15 @@ class FailingWriter : public testing::Test {
         return result;
     }
 
+    /// Whether a mesh file is there that isn't the whole of one, or a file under a temporary name.
+    bool hasPartOfAMesh(std::uintmax_t whole_size) const {
+        const std::filesystem::path meshes = systemPath(dir.file("a scene with a rather long name_meshes"));
+        if (!std::filesystem::exists(meshes)) return false;
+        for (const auto& entry : std::filesystem::directory_iterator(meshes))
+            if (entry.path().extension() != ".vmmesh" || entry.file_size() != whole_size) return true;
+        return false;
+    }
+
     const TempDir dir;
     const String document = toVelmarString(dir.file("a scene with a rather long name.xml"));
     const String mesh_file = toVelmarString(dir.file("a mesh with a rather long name.vmmesh"));
@@ -52,11 +61,20 @@ TEST_F(FailingWriter, OfVmmeshFilesTellsOfEveryFailedAllocation) {
 
 TEST_F(FailingWriter, OfSceneDocumentsTellsOfEveryFailedAllocation) {
     const auto root = Faults::sampleScene();
+    writeSceneXML(*root, document, true, nullptr);
+    const auto mesh =
+        *std::filesystem::directory_iterator(systemPath(dir.file("a scene with a rather long name_meshes")));
+    const std::uintmax_t whole_size = mesh.file_size();
+    removeAll();
     failEachAllocation({.act = [&] { writeSceneXML(*root, document, true, nullptr); },
                         .tellResult = [&] { return allFiles(); },
                         .failures = {Faults::bad_allocation, "VelmarException: An unhandled error has occured.",
                                      "VelmarException: Memory alloc failure while writing to buffer."},
-                        .cleanUp = [&] { removeAll(); }});
+                        .cleanUp =
+                            [&] {
+                                EXPECT_FALSE(hasPartOfAMesh(whole_size));
+                                removeAll();
+                            }});
 }
 
 TEST_F(FailingWriter, OfVmmeshFilesNamesAPathThatIsAFolder) {

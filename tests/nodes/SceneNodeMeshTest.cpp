@@ -4,13 +4,19 @@
 
 #include "mesh/VmmeshReader.h"
 #include "tests/support/Documents.h"
+#include "tests/support/Environment.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Throws.h"
 #include "utils/FileUtils.h"
 
+#include <barrier>
+#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
+#include <thread>
+#include <vector>
 
 using namespace Velmar;
 using namespace TestSupport;
@@ -43,6 +49,8 @@ XMLWriteOptions optionsFor(const std::string& scene_path) {
     options.scene_dir = toVelmarString(FileUtils::getDirectory(scene_path));
     return options;
 }
+
+constexpr const char* folder_variable = "VELMAR_TEST_SCENE_FOLDER";
 
 class SceneNodeMeshTest : public testing::Test {
   protected:
@@ -136,6 +144,58 @@ TEST_F(SceneNodeMeshTest, AFileThatIsThereIsntWrittenAgain) {
     writeFileBytes(mesh_path, "left alone");
     elementOf(*node, 0, options);
     EXPECT_EQ(readFileBytes(mesh_path), "left alone");
+}
+
+TEST_F(SceneNodeMeshTest, OnlyTheMeshIsLeftInTheFolder) {
+    const TempDir meshes;
+    XMLWriteOptions elsewhere = options;
+    elsewhere.meshes_dir = toVelmarString(meshes.path());
+    elementOf(*node, 0, elsewhere);
+    EXPECT_EQ(meshes.names(), std::vector<std::string>{meshFileName(*mesh)});
+}
+
+TEST_F(SceneNodeMeshTest, ThreadsThatWriteTheSameMeshAtOnceAllSucceed) {
+    constexpr int num_threads = 4;
+    const std::string whole = elementOf(*node, 0, options);
+    for (int round = 0; round < 25; ++round) {
+        std::filesystem::remove_all(systemPath(dir.file("scene_meshes")));
+        std::barrier start(num_threads);
+        std::vector<std::thread> threads;
+        for (int i = 0; i < num_threads; ++i)
+            threads.emplace_back([&] {
+                const auto own = nodeWith(triangleMesh());
+                start.arrive_and_wait();
+                EXPECT_EQ(messageOf<VelmarException>([&] { EXPECT_EQ(elementOf(*own, 0, options), whole); }),
+                          "(nothing thrown)");
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+}
+
+TEST_F(SceneNodeMeshTest, ProcessesThatWriteTheSameMeshAtOnceAllSucceed) {
+    const std::string whole = elementOf(*node, 0, options);
+    const std::string bytes = readFileBytes(mesh_path);
+    const std::string folder = systemPath(dir.path()).string();
+    const ScopedVariable variable(folder_variable, folder.c_str());
+    const std::string command = "\"" + testing::internal::GetArgvs().front() +
+                                "\" --gtest_also_run_disabled_tests --gtest_brief=1"
+                                " --gtest_filter=SceneNodeMeshProcess.DISABLED_WritesTheMeshOfItsParent";
+    for (int round = 0; round < 2; ++round) {
+        std::filesystem::remove_all(systemPath(dir.file("scene_meshes")));
+        std::vector<std::thread> processes;
+        for (int i = 0; i < 3; ++i)
+            processes.emplace_back([&] { EXPECT_EQ(std::system(command.c_str()), 0); });
+        for (std::thread& process : processes)
+            process.join();
+        EXPECT_EQ(readFileBytes(mesh_path), bytes);
+    }
+}
+
+/// What each process of the test above runs.
+TEST(SceneNodeMeshProcess, DISABLED_WritesTheMeshOfItsParent) {
+    const std::string folder = std::getenv(folder_variable);
+    elementOf(*nodeWith(triangleMesh()), 0, optionsFor(folder + "\\scene.xml"));
 }
 
 TEST_F(SceneNodeMeshTest, ADeletedFileIsWrittenAgain) {

@@ -2,6 +2,7 @@
 
 #include "tests/support/FileBytes.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <stdexcept>
@@ -26,6 +27,16 @@ TempDir::~TempDir() {
 
 std::string TempDir::file(std::string_view name) const {
     return dir + '\\' + std::string(name);
+}
+
+std::vector<std::string> TempDir::names() const {
+    std::vector<std::string> result;
+    for (const auto& entry : std::filesystem::directory_iterator(systemPath(dir))) {
+        const std::u8string name = entry.path().filename().u8string();
+        result.emplace_back(name.begin(), name.end());
+    }
+    std::sort(result.begin(), result.end());
+    return result;
 }
 
 } // namespace TestSupport

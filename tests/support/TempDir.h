@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace TestSupport {
 
@@ -18,6 +19,9 @@ class TempDir {
 
     /// The path of `name` in it, with a `\` between.
     std::string file(std::string_view name) const;
+
+    /// The names of what is in it, sorted, in UTF-8.
+    std::vector<std::string> names() const;
 
   private:
     std::string dir;

@@ -8,7 +8,6 @@ import unittest
 # The modules lie in the tree of sources, which a test run leaves as it is.
 sys.dont_write_bytecode = True
 
-from concurrent_export import ConcurrentExport
 from convert import Convert, ConvertFolder
 from export import Export, Scene
 from full_disk import FullDisk

@@ -181,6 +181,37 @@ TEST(OpenOutputFile, TellsOfFailure) {
     EXPECT_TRUE(file.fail());
 }
 
+TEST(TemporaryFile, TakesThePlaceOfTheFinalOne) {
+    const TempDir dir;
+    writeFileBytes(dir.file("ä"), "old");
+    {
+        FileUtils::TemporaryFile file(dir.file("ä"));
+        writeFileBytes(file.path(), "new");
+        EXPECT_TRUE(file.moveToFinalPath());
+    }
+    EXPECT_EQ(readFileBytes(dir.file("ä")), "new");
+    EXPECT_EQ(dir.names(), std::vector<std::string>{"ä"});
+}
+
+TEST(TemporaryFile, IsRemovedWhenItDoesNotTakeIt) {
+    const TempDir dir;
+    FileUtils::createDir(dir.file("folder"));
+    {
+        FileUtils::TemporaryFile file(dir.file("folder"));
+        writeFileBytes(file.path(), "new");
+        EXPECT_FALSE(file.moveToFinalPath()) << "a folder has the name";
+    }
+    EXPECT_EQ(dir.names(), std::vector<std::string>{"folder"});
+}
+
+TEST(TemporaryFile, HasANameOfItsOwnInTheFolderOfTheFinalOne) {
+    const FileUtils::TemporaryFile one("a\\b.vmmesh");
+    const FileUtils::TemporaryFile other("a\\b.vmmesh");
+    EXPECT_NE(one.path(), other.path());
+    EXPECT_EQ(FileUtils::getDirectory(one.path()), "a");
+    EXPECT_TRUE(one.path().ends_with(".tmp"));
+}
+
 TEST(Paths, WorkWithBlanksHashesAndAllOfUnicode) {
     const TempDir dir;
     for (const std::string name :
