@@ -34,8 +34,6 @@ struct Call {
     std::vector<std::string> failures = {};
     /// The blocks that each call leaves allocated by design.
     bool leaves_blocks = false;
-
-    friend void PrintTo(const Call& call, std::ostream* stream) { *stream << call.name; }
 };
 
 const std::vector<Call> calls = {
