@@ -1,6 +1,6 @@
 #include "api/Handles.h"
 #include "api/NewObject.h"
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 
 #include <span>
 

@@ -1,7 +1,7 @@
 #include "velmarapi.h"
 #include "velmarvec.h"
 
-#include "mesh/MeshRecords.h"
+#include "mesh/Mesh.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdint>

@@ -1,8 +1,7 @@
 #include "bench/support/MeshReading.h"
 #include "bench/support/ObjModel.h"
 #include "mesh/Mesh.h"
-#include "mesh/MtlLoader.h"
-#include "mesh/ObjLoader.h"
+#include "mesh/MeshReaders.h"
 
 #include <benchmark/benchmark.h>
 #include <string>

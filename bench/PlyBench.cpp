@@ -1,8 +1,8 @@
 #include "bench/support/MeshReading.h"
 #include "bench/support/ObjModel.h"
 #include "mesh/Mesh.h"
-#include "mesh/PlyLoader.h"
-#include "mesh/PlyStream.h"
+#include "mesh/MeshReaders.h"
+#include "mesh/PlyInput.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include "bench/support/MeshReading.h"
 #include "bench/support/ObjModel.h"
 #include "mesh/Mesh.h"
-#include "mesh/StlLoader.h"
+#include "mesh/MeshReaders.h"
 #include "utils/MappedFile.h"
 
 #include <benchmark/benchmark.h>

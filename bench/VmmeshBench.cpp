@@ -2,8 +2,7 @@
 
 #include "bench/support/BenchMesh.h"
 #include "mesh/Mesh.h"
-#include "mesh/VmmeshReader.h"
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 #include "utils/MappedFile.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
 # Finds RPly and defines RPly::rply. It is compiled with -Dply_open=velmar_ply_open and so on (see scripts/setup.sh), so that it
-# reads what mesh/PlyStream.h serves it.
+# reads what mesh/PlyInput.h serves it.
 find_path(RPly_INCLUDE_DIR rply.h)
 find_library(RPly_STREAM_LIBRARY rply_stream)
 mark_as_advanced(RPly_INCLUDE_DIR RPly_STREAM_LIBRARY)

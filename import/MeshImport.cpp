@@ -3,8 +3,7 @@
 #include "velmarexceptions.h"
 
 #include "mesh/MeshLoading.h"
-#include "mesh/MtlLoader.h"
-#include "mesh/ObjLoader.h"
+#include "mesh/MeshReaders.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 

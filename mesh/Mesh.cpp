@@ -2,7 +2,7 @@
 
 #include "velmarexceptions.h"
 
-#include "mesh/MeshChecks.h"
+#include "mesh/MeshBuilder.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -79,7 +79,7 @@ class Hasher {
 } // namespace
 
 void Mesh::raiseNumUVMappings(std::uint32_t n) {
-    num_uv_mappings = std::max(num_uv_mappings, n);
+    MeshBuilder(*this).raiseNumUVMappings(n);
 }
 
 void Mesh::addMaterialUsed(const String& name) {
@@ -92,42 +92,21 @@ void Mesh::addVertices(std::span<const Vec3f> positions) {
 }
 
 void Mesh::addVertexWithNormal(const Vec3f& position, const Vec3f& normal) {
-    const Vec3f unit = normalised(normal);
-    // A copy: `position` may lie in the list that grows.
-    const Vec3f vertex = position;
-    verts.growFor(1);
-    normals.push_back(unit);
-    verts.push_back(vertex);
+    MeshBuilder(*this).addVertexWithNormal(position, normal);
 }
 
 void Mesh::addUVs(std::span<const Vec2f> pairs) {
-    const std::size_t old_size = uv_pairs.size();
-    uv_pairs.append(pairs.first(std::min<std::size_t>(pairs.size(), num_uv_mappings)));
-    try {
-        uv_pairs.growFor(old_size + num_uv_mappings - uv_pairs.size());
-    } catch (const BadAlloc&) {
-        uv_pairs.resize(old_size);
-        throw;
-    }
-    uv_pairs.resize(old_size + num_uv_mappings);
+    MeshBuilder(*this).addUVs(pairs);
 }
 
 void Mesh::addTriangle(const std::uint32_t (&vertex_indices)[3], const std::uint32_t (&uv_indices)[3],
                        std::uint32_t material_index) {
-    checkFaceIndices(*this, FaceKind::triangle, vertex_indices, uv_indices);
-    if (!hasArea(verts.data()[vertex_indices[0]], verts.data()[vertex_indices[1]], verts.data()[vertex_indices[2]]))
-        return;
-    triangles.push_back({{vertex_indices[0], vertex_indices[1], vertex_indices[2]},
-                         {uv_indices[0], uv_indices[1], uv_indices[2]},
-                         material_index});
+    MeshBuilder(*this).addTriangle(vertex_indices, uv_indices, material_index);
 }
 
 void Mesh::addQuad(const std::uint32_t (&vertex_indices)[4], const std::uint32_t (&uv_indices)[4],
                    std::uint32_t material_index) {
-    checkFaceIndices(*this, FaceKind::quad, vertex_indices, uv_indices);
-    quads.push_back({{vertex_indices[0], vertex_indices[1], vertex_indices[2], vertex_indices[3]},
-                     {uv_indices[0], uv_indices[1], uv_indices[2], uv_indices[3]},
-                     material_index});
+    MeshBuilder(*this).addQuad(vertex_indices, uv_indices, material_index);
 }
 
 void Mesh::addFaces(std::uint64_t count, const std::uint32_t* words) {

@@ -5,13 +5,29 @@
 #include "velmarvec.h"
 #include "velmarvector.h"
 
-#include "mesh/MeshRecords.h"
-
 #include <cstdint>
 #include <limits>
 #include <span>
 
 namespace Velmar {
+
+/// A triangle, with the same bytes in memory and, unfiltered, in mesh files. UV indices count UV entries, of which each
+/// holds one pair per UV set.
+struct MeshTriangle {
+    std::uint32_t vertex_indices[3];
+    std::uint32_t uv_indices[3];
+    std::uint32_t material_index;
+};
+
+/// A quad, with the same bytes in memory and, unfiltered, in mesh files.
+struct MeshQuad {
+    std::uint32_t vertex_indices[4];
+    std::uint32_t uv_indices[4];
+    std::uint32_t material_index;
+};
+
+static_assert(sizeof(MeshTriangle) == 28);
+static_assert(sizeof(MeshQuad) == 36);
 
 /// A polygon mesh in memory: flat records in the order in which they were added. Nothing is reordered, welded or
 /// triangulated here. Vertices and UVs are added before the faces that use them, and `build` ends the construction.
@@ -32,7 +48,7 @@ class Mesh : public Destroyable<Mesh, ThreadSafeRefCounted> {
     /// `num_uv_mappings` becomes `n` unless it is greater already.
     void raiseNumUVMappings(std::uint32_t n);
 
-    /// Appends `name`, which may be empty, to `used_materials` unless it stands there already.
+    /// Appends `name`, which may be empty, to `used_materials` unless it contains the name already.
     void addMaterialUsed(const String& name);
 
     /// Appends a vertex without a normal. Nothing is checked.

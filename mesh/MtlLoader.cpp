@@ -1,8 +1,6 @@
-#include "mesh/MtlLoader.h"
-
 #include "velmarexceptions.h"
 
-#include "mesh/TextLines.h"
+#include "mesh/MeshReaders.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
 
@@ -20,11 +18,11 @@ class MtlReader {
     void read() {
         while (!parser.atEnd()) {
             ++line_num;
-            TextLines::skipSpacesAndTabs(parser);
+            parser.skipSpacesAndTabs();
             Parser::Token keyword;
             // A comment has no identifier at its start, like any other line without one.
             if (parser.parseIdentifier(keyword)) readStatement(keyword);
-            TextLines::advancePastLineEnd(parser);
+            parser.advancePastLineEnd();
         }
     }
 

@@ -1,31 +1,23 @@
-#include "mesh/ObjLoader.h"
-
 #include "velmarcompiler.h"
 #include "velmarexceptions.h"
 #include "velmarstring.h"
 
 #include "mesh/Mesh.h"
-#include "mesh/MeshChecks.h"
-#include "mesh/MtlLoader.h"
+#include "mesh/MeshBuilder.h"
+#include "mesh/MeshReaders.h"
 #include "mesh/ObjVertices.h"
-#include "mesh/RecordAppender.h"
-#include "mesh/TextLines.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
-#include "utils/PlatformUtils.h"
 #include "utils/numbers/Digits.h"
 #include "utils/numbers/PlainFloats.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
-#include <xxhash.h>
 
 namespace Velmar {
 
@@ -33,18 +25,10 @@ namespace {
 
 constexpr std::uint32_t max_corners = 256;
 
-/// Lets names be looked up as views of the file. With a seed that nobody foresees, names can't be chosen to collide.
-struct NameHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view name) const { return XXH3_64bits_withSeed(name.data(), name.size(), seed); }
-
-    std::uint64_t seed;
-};
-
 class ObjReader {
   public:
     ObjReader(std::string_view file_path, Parser text, Mesh& filled_mesh, float position_scale)
-        : path(file_path), parser(text), mesh(filled_mesh), scale(position_scale) {}
+        : path(file_path), parser(text), scale(position_scale), mesh(filled_mesh, &parser) {}
     ObjReader(const ObjReader&) = delete;
     ObjReader& operator=(const ObjReader&) = delete;
 
@@ -59,21 +43,17 @@ class ObjReader {
             if (!readPlainLine()) readLine();
         }
         readLastLibraryAgain();
-        vertices.settle();
-        uvs.settle();
-        triangles.settle();
-        quads.settle();
         mesh.build();
     }
 
   private:
-    // ---- the quick road: lines as nearly all programs write them, and nothing that could fail -----------------------
+    // ---- the fast path: lines as nearly all programs write them, without anything that could fail -------------------
 
     /// How many bytes from the start of a number or a corner must be readable.
     static constexpr std::uint32_t plain_reach = PlainFloats::reach + 4;
 
-    /// Reads the line at the cursor if it is of the usual form and right. Otherwise returns false, and the other road
-    /// may read the same line from its start.
+    /// Reads the line at the cursor if it has the usual form and is valid. Otherwise returns false, and the slow path
+    /// reads the same line from its start.
     bool readPlainLine() {
         if (parser.size - parser.pos < plain_reach) return false;
         const char* const p = parser.text + parser.pos;
@@ -129,9 +109,9 @@ class ObjReader {
         return true;
     }
 
-    /// A triangle or a quad of positions alone. `stops` tells the bytes from `p` on that are no digits.
+    /// A triangle or a quad of positions alone. `stops`: bit i is set if p[i] is not a digit.
     bool readPlainFaceOfPositions(const char* p, std::uint64_t stops) {
-        // The places behind the numbers.
+        // The places after the numbers.
         const std::size_t a = takeLowestBit(stops);
         const std::size_t b = takeLowestBit(stops);
         const std::size_t c = takeLowestBit(stops);
@@ -141,8 +121,8 @@ class ObjReader {
         if (p[c] == ' ') {
             end = takeLowestBit(stops);
             fourth_length = end - c - 1;
-            // No fourth number is there where only a blank ends the line.
-            if (fourth_length > longest_index) return false;
+            // There is no fourth number if only a blank ends the line.
+            if (fourth_length > max_index_length) return false;
         }
         if (!Parser::isLineEnd(p[end])) return false;
 
@@ -168,8 +148,8 @@ class ObjReader {
         return true;
     }
 
-    /// Reads a corner of indices that count from 1. Returns the place behind it, or null for any other. `stops` tells
-    /// the bytes from `p` on that are no digits.
+    /// Reads a corner of indices that count from 1. Returns the place after it, or null for any other. `stops`: bit i
+    /// is set if p[i] is not a digit.
     const char* readPlainCorner(const char* p, std::uint64_t stops, std::uint32_t corner) {
         const std::size_t position_length = takeLowestBit(stops);
         if (!isIndexLength(position_length)) return nullptr;
@@ -182,7 +162,7 @@ class ObjReader {
             uv_at = end + 1;
             end = p + takeLowestBit(stops);
             uv_length = static_cast<std::size_t>(end - uv_at);
-            if (uv_length > longest_index) return nullptr;
+            if (uv_length > max_index_length) return nullptr;
             if (*end == '/') {
                 normal_at = end + 1;
                 end = p + takeLowestBit(stops);
@@ -191,7 +171,7 @@ class ObjReader {
             }
         }
 
-        // Before a vertex is made, because the other road may read the rest of the corner and make another.
+        // Before a vertex is made, because the slow path may read the rest of the corner and make another.
         if (*end != ' ' && !Parser::isLineEnd(*end)) return nullptr;
 
         const Digits::Four indices = Digits::join(Digits::makePair(p, position_length, uv_at, uv_length),
@@ -214,10 +194,10 @@ class ObjReader {
         return end;
     }
 
-    static constexpr std::size_t longest_index = 8;
+    static constexpr std::size_t max_index_length = 8;
 
-    /// Also false for what is less than 0.
-    static bool isIndexLength(std::size_t length) { return length - 1 < longest_index; }
+    /// Returns false for negative lengths too.
+    static bool isIndexLength(std::size_t length) { return length - 1 < max_index_length; }
 
     static std::size_t takeLowestBit(std::uint64_t& bits) {
         const std::size_t bit = lowestBit(bits);
@@ -225,24 +205,24 @@ class ObjReader {
         return bit;
     }
 
-    /// Passes the rest of a line of which everything up to `p` is read.
+    /// Skips the rest of a line that has been read up to `p`.
     void passLineFrom(const char* p) {
         parser.pos = static_cast<std::uint32_t>(p - parser.text);
         if (*p == '\n') [[likely]]
             ++parser.pos;
         else
-            TextLines::advancePastLineEnd(parser);
+            parser.advancePastLineEnd();
     }
 
-    // ---- the careful road: everything that may stand in a file
-    // -------------------------------------------------------
+    // ---- the slow path: everything that may be in a file
+    // -------------------------------------------------------------
 
     void readLine() {
-        TextLines::skipSpacesAndTabs(parser);
+        parser.skipSpacesAndTabs();
         Parser::Token keyword;
         // A comment has no letters at its start, like any other line without a keyword.
         if (parser.parseAlpha(keyword)) readStatement(keyword);
-        TextLines::advancePastLineEnd(parser);
+        parser.advancePastLineEnd();
     }
 
     void readStatement(const Parser::Token& keyword) {
@@ -295,10 +275,7 @@ class ObjReader {
 
     void addTexCoord(const Vec2f& uv) {
         if (num_uvs == 0) mesh.raiseNumUVMappings(1);
-        uvs.append(uv, parser);
-        // The further pairs of a mesh that had more UV sets.
-        for (std::uint32_t i = 1; i < mesh.num_uv_mappings; ++i)
-            uvs.append({0.0f, 0.0f}, parser);
+        mesh.addUV(uv);
         ++num_uvs;
     }
 
@@ -375,55 +352,32 @@ class ObjReader {
                 addTriangle(i, i + 1);
     }
 
-    /// Of the first corner and two others. As `Mesh::addTriangle`, but vertices that were made here needn't be checked.
+    /// Of the first corner and two others.
     VELMAR_ALWAYS_INLINE void addTriangle(std::uint32_t second, std::uint32_t third) {
         const std::uint32_t(&v)[max_corners] = vertex_indices;
         const std::uint32_t(&uv)[max_corners] = uv_indices;
-        checkUVIndices(mesh.num_uv_mappings, uvs.size(), FaceKind::triangle, {uv[0], uv[second], uv[third]});
-        if (!vertices.haveArea(v[0], v[second], v[third])) return;
-        // Field by field: a record made aside and copied has the processor wait for its parts.
-        MeshTriangle& triangle = triangles.append(parser);
-        triangle.vertex_indices[0] = v[0];
-        triangle.vertex_indices[1] = v[second];
-        triangle.vertex_indices[2] = v[third];
-        triangle.uv_indices[0] = uv[0];
-        triangle.uv_indices[1] = uv[second];
-        triangle.uv_indices[2] = uv[third];
-        triangle.material_index = static_cast<std::uint32_t>(current_material);
+        mesh.addTriangleOfVertices({v[0], v[second], v[third]}, {uv[0], uv[second], uv[third]},
+                                   static_cast<std::uint32_t>(current_material));
     }
 
-    /// As `Mesh::addQuad`.
     void addQuad() {
         const auto& v = vertex_indices;
         const auto& uv = uv_indices;
-        const MeshQuad quad = {
-            {v[0], v[1], v[2], v[3]}, {uv[0], uv[1], uv[2], uv[3]}, static_cast<std::uint32_t>(current_material)};
-        checkUVIndices(mesh.num_uv_mappings, uvs.size(), FaceKind::quad, quad.uv_indices);
-        quads.append(quad, parser);
+        mesh.addQuadOfVertices({v[0], v[1], v[2], v[3]}, {uv[0], uv[1], uv[2], uv[3]},
+                               static_cast<std::uint32_t>(current_material));
     }
 
-    void takeMaterial(std::string_view name) {
-        if (const auto known = material_indices.find(name); known != material_indices.end()) {
-            current_material = static_cast<std::int32_t>(known->second);
-            return;
-        }
-        current_material = static_cast<std::int32_t>(material_indices.size());
-        material_indices.emplace(name, static_cast<std::uint32_t>(current_material));
-        // The mesh looks through all its names, which takes too long for a file of many; ours are distinct already.
-        if (mesh_had_materials)
-            mesh.addMaterialUsed(String(name));
-        else
-            mesh.used_materials.push_back(String(name));
-    }
+    void takeMaterial(std::string_view name) { current_material = static_cast<std::int32_t>(mesh.useMaterial(name)); }
 
     void readMaterialLibrary() {
-        const std::string_view name = readToken();
-        if (library_names != nullptr && !name.empty()) library_names->emplace_back(name);
+        const std::string name(readToken());
+        // A file may name a library any number of times.
+        const bool is_new = known_libraries.insert(name).second;
+        if (library_names != nullptr && is_new && !name.empty()) library_names->push_back(name);
         if (library == nullptr) return;
         const std::string library_path = FileUtils::join(FileUtils::getDirectory(path), name);
         if (!FileUtils::fileExists(library_path)) return;
-        // A file that names two libraries by turns doesn't have them read each time.
-        if (read_libraries.insert(library_path).second) loadMTL(library_path, *library);
+        if (is_new) loadMTL(library_path, *library);
         last_library = library_path;
     }
 
@@ -457,26 +411,18 @@ class ObjReader {
 
     std::string_view path;
     Parser parser;
-    Mesh& mesh;
     float scale;
-    const bool mesh_had_materials = !mesh.used_materials.empty();
+    MeshBuilder mesh;
+    ObjVertices vertices{mesh, parser};
 
-    std::unordered_set<std::string> read_libraries;
-    std::string last_library;
     std::uint32_t line_num = 0;
-    const std::uint64_t hash_seed = PlatformUtils::getRandomNumber();
-    ObjVertices vertices{mesh, parser, hash_seed};
-    RecordAppender<Vec2f> uvs{mesh.uv_pairs};
     std::uint64_t num_uvs = 0;
-    RecordAppender<MeshTriangle> triangles{mesh.triangles};
-    RecordAppender<MeshQuad> quads{mesh.quads};
     std::uint32_t vertex_indices[max_corners] = {};
     /// Not cleared between faces.
     std::uint32_t uv_indices[max_corners] = {};
     std::int32_t current_material = -1;
-    static constexpr std::size_t initial_names = 8;
-    std::unordered_map<std::string, std::uint32_t, NameHash, std::equal_to<>> material_indices{initial_names,
-                                                                                               NameHash{hash_seed}};
+    std::unordered_set<std::string> known_libraries;
+    std::string last_library;
 };
 
 } // namespace

@@ -1,32 +1,110 @@
 #pragma once
 
 #include "velmarcompiler.h"
+#include "velmarmemory.h"
 #include "velmarvector.h"
 
-#include "mesh/Mesh.h"
-#include "mesh/MeshChecks.h"
-#include "mesh/ObjVertexMap.h"
+#include "mesh/MeshBuilder.h"
 #include "mesh/RecordAppender.h"
 #include "utils/Parser.h"
+#include "utils/PlatformUtils.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <limits>
+#include <utility>
+#include <xxhash.h>
 
 namespace Velmar {
 
-/// The positions and normals of an OBJ file, and the mesh vertices that stand for the pairs of them that faces name, in
+/// Maps a pair of position index and normal index to its mesh vertex: an open-addressing table with
+/// linear probing that is at most half full. It allocates with the first key.
+class ObjVertexMap {
+  public:
+    static constexpr std::uint64_t initial_buckets = 131072;
+
+    /// `hash_seed` is for nobody to foresee: a file whose pairs all met in one place of the table would be read in time
+    /// in proportion to the square of its size.
+    explicit ObjVertexMap(std::uint64_t hash_seed) : seed(hash_seed) {}
+    ~ObjVertexMap() { sdkAlignedFree(buckets); }
+    ObjVertexMap(const ObjVertexMap&) = delete;
+    ObjVertexMap& operator=(const ObjVertexMap&) = delete;
+
+    /// The vertex of the key, which is entered with `new_vertex` when it is new. No index may be 0xFFFFFFFF.
+    /// Throws `BadAlloc`, and the table is then as it was.
+    std::uint32_t findOrInsert(std::uint32_t position, std::uint32_t normal, std::uint32_t new_vertex) {
+        if (buckets != nullptr) {
+            const Bucket& bucket = probe(position, normal);
+            if (!bucket.isFree()) return bucket.vertex;
+        }
+        if (entry_count + 1 >= bucket_count / 2) grow();
+        probe(position, normal) = {position, normal, new_vertex};
+        ++entry_count;
+        return new_vertex;
+    }
+
+    std::uint64_t size() const { return entry_count; }
+    std::uint64_t bucketCount() const { return bucket_count; }
+
+  private:
+    struct Bucket {
+        std::uint32_t position;
+        std::uint32_t normal;
+        std::uint32_t vertex;
+
+        bool isFree() const { return position == none && normal == none; }
+    };
+    static_assert(sizeof(Bucket) == 12);
+
+    static constexpr std::uint32_t none = 0xFFFFFFFF;
+    static constexpr std::size_t alignment = 64;
+
+    std::uint64_t hash(std::uint32_t position, std::uint32_t normal) const {
+        const std::uint64_t key = std::uint64_t{normal} << 32 | position;
+        return XXH3_64bits_withSeed(&key, sizeof key, seed);
+    }
+
+    /// The bucket of the key, or the free one where it belongs.
+    Bucket& probe(std::uint32_t position, std::uint32_t normal) const {
+        const std::uint64_t mask = bucket_count - 1;
+        std::uint64_t at = hash(position, normal) & mask;
+        while (!buckets[at].isFree() && (buckets[at].position != position || buckets[at].normal != normal))
+            at = (at + 1) & mask;
+        return buckets[at];
+    }
+
+    void grow() {
+        const std::uint64_t new_count = bucket_count == 0 ? initial_buckets : bucket_count * 2;
+        if (new_count > std::numeric_limits<std::size_t>::max() / sizeof(Bucket)) throw BadAlloc();
+        const std::size_t bytes = new_count * sizeof(Bucket);
+        Bucket* const old = std::exchange(buckets, static_cast<Bucket*>(sdkAlignedMalloc(bytes, alignment)));
+        const std::uint64_t old_count = std::exchange(bucket_count, new_count);
+        std::memset(static_cast<void*>(buckets), 0xFF, bytes);
+        for (std::uint64_t i = 0; i < old_count; ++i)
+            if (!old[i].isFree()) probe(old[i].position, old[i].normal) = old[i];
+        sdkAlignedFree(old);
+    }
+
+    const std::uint64_t seed;
+    Bucket* buckets = nullptr;
+    std::uint64_t bucket_count = 0;
+    std::uint64_t entry_count = 0;
+};
+
+/// The positions and normals of an OBJ file, and the mesh vertices of the pairs of them that faces name, in
 /// the order of first use. Indices count from 0.
 class ObjVertices {
   public:
     /// The second half of the key of a corner without a normal: it shares its vertex with normal 0.
     static constexpr std::uint32_t key_without_normal = 0;
 
-    /// `text_cursor` tells, while the file is read, how far that is.
-    ObjVertices(Mesh& filled, const Parser& text_cursor, std::uint64_t hash_seed)
-        : mesh(filled), cursor(text_cursor), vertex_map(hash_seed) {}
+    /// Vertices are added to `builder`. `text` is the cursor of the text that is read.
+    ObjVertices(MeshBuilder& builder, const Parser& text)
+        : mesh(builder), positions(position_list, &text), normals(normal_list, &text) {}
 
-    void addPosition(const Vec3f& position) { positions.append({position, no_normal_yet, 0}, cursor); }
-    void addNormal(const Vec3f& normal) { normals.append(normal, cursor); }
+    void addPosition(const Vec3f& position) { positions.append({position, no_normal_yet, 0}); }
+    void addNormal(const Vec3f& normal) { normals.append(normal); }
 
     std::size_t numPositions() const { return positions.size(); }
     std::size_t numNormals() const { return normals.size(); }
@@ -40,22 +118,10 @@ class ObjVertices {
         return findOrAddVertex(position_at, normal_at, has_normal);
     }
 
-    /// Whether the triangle of three vertices is large enough to be kept.
-    bool haveArea(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-        const Vec3f* const at = vertices.data();
-        return hasArea(at[a], at[b], at[c]);
-    }
-
-    /// Ends the reading: gives the lists of the mesh their sizes.
-    void settle() {
-        vertices.settle();
-        vertex_normals.settle();
-    }
-
   private:
     static constexpr std::uint32_t no_normal_yet = 0xFFFFFFFF;
 
-    /// With what stands in front of the vertex map: most positions have one normal, or none.
+    /// With a one-entry cache in front of the vertex map: most positions have at most one normal.
     struct Position {
         Vec3f at;
         std::uint32_t first_normal;
@@ -79,22 +145,21 @@ class ObjVertices {
     void addVertex(const Position& position, std::uint32_t normal_at, bool has_normal) {
         if (next_vertex == 0) [[unlikely]] {
             // Most files have as many vertices as positions before their first face.
-            vertices.tryReserve(vertices.size() + positions.size(), cursor);
-            if (has_normal) vertex_normals.tryReserve(vertex_normals.size() + positions.size(), cursor);
+            mesh.tryReserveVertices(positions.size());
+            if (has_normal) mesh.tryReserveNormals(positions.size());
         }
-        if (has_normal) vertex_normals.append(normalised(normals.data()[normal_at]), cursor);
-        vertices.append(position.at, cursor);
+        if (has_normal)
+            mesh.addVertexWithNormal(position.at, normals.data()[normal_at]);
+        else
+            mesh.addVertex(position.at);
     }
 
-    Mesh& mesh;
-    const Parser& cursor;
+    MeshBuilder& mesh;
     Vector<Position> position_list;
     Vector<Vec3f> normal_list;
-    RecordAppender<Position> positions{position_list};
-    RecordAppender<Vec3f> normals{normal_list};
-    RecordAppender<Vec3f> vertices{mesh.verts};
-    RecordAppender<Vec3f> vertex_normals{mesh.normals};
-    ObjVertexMap vertex_map;
+    RecordAppender<Position> positions;
+    RecordAppender<Vec3f> normals;
+    ObjVertexMap vertex_map{PlatformUtils::getRandomNumber()};
     std::uint32_t next_vertex = 0;
 };
 

@@ -1,13 +1,10 @@
-#include "mesh/PlyLoader.h"
-
 #include "velmarcompiler.h"
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
-#include "mesh/MeshChecks.h"
-#include "mesh/PlyHeader.h"
-#include "mesh/PlyStream.h"
-#include "mesh/RecordAppender.h"
+#include "mesh/MeshBuilder.h"
+#include "mesh/MeshReaders.h"
+#include "mesh/PlyInput.h"
 #include "utils/MappedFile.h"
 #include "utils/System.h"
 
@@ -29,28 +26,6 @@ namespace Velmar {
 
 namespace {
 
-/// The bytes of a PLY file with its header rewritten, and with a line end after a text that doesn't end in a blank:
-/// RPly overruns its buffer there.
-class PlyFileStream final : public PlyStream {
-  public:
-    PlyFileStream(const PlyHeader& header, std::string_view file)
-        : parts{header.text, file.substr(header.body_offset),
-                header.ascii && !endsWithBlank(file) ? std::string_view("\n") : std::string_view()} {}
-
-    std::size_t read(char* to, std::size_t size) noexcept override {
-        std::size_t copied = 0;
-        for (std::string_view& part : parts) {
-            const std::size_t count = part.copy(to + copied, size - copied);
-            part.remove_prefix(count);
-            copied += count;
-        }
-        return copied;
-    }
-
-  private:
-    std::string_view parts[3];
-};
-
 /// The state of one run, which the callbacks reach through their user pointer.
 class PlyRun {
   public:
@@ -65,11 +40,11 @@ class PlyRun {
 
     /// Reserves memory for as many vertices and triangles as are likely to come. A hint: not having it is no failure.
     void reserve(std::size_t num_vertices, std::size_t num_faces) {
-        vertices.tryReserve(vertices.size() + num_vertices);
-        triangles.tryReserve(triangles.size() + num_faces);
+        mesh.tryReserveVertices(num_vertices);
+        mesh.tryReserveTriangles(num_faces);
     }
 
-    void addVertex() { vertices.append() = {vertex[0] * scale, vertex[1] * scale, vertex[2] * scale}; }
+    void addVertex() { mesh.addVertex({vertex[0] * scale, vertex[1] * scale, vertex[2] * scale}); }
 
     /// Has every number of a face looked at when it arrives, because vertices may come later.
     void expectFacesBeforeVertices() { numbers_end = numbers + 1; }
@@ -103,10 +78,7 @@ class PlyRun {
         }
     }
 
-    void settle() {
-        vertices.settle();
-        triangles.settle();
-    }
+    void build() { mesh.build(); }
 
   private:
     /// How many values follow a length: what the conversion to `long` makes of it, with the processor's answer to what
@@ -123,40 +95,21 @@ class PlyRun {
         return static_cast<std::uint32_t>(_mm_cvttsd_si64(_mm_set_sd(value)));
     }
 
-    /// As `Mesh::addTriangle`.
     VELMAR_ALWAYS_INLINE void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
-        const std::size_t num_vertices = vertices.size();
-        if (a >= num_vertices || b >= num_vertices || c >= num_vertices || mesh.num_uv_mappings != 0) [[unlikely]]
-            checkIndices(a, b, c);
-        const Vec3f* const at = vertices.data();
-        if (!hasArea(at[a], at[b], at[c])) return;
-        MeshTriangle& triangle = triangles.append();
-        triangle.vertex_indices[0] = a;
-        triangle.vertex_indices[1] = b;
-        triangle.vertex_indices[2] = c;
-        std::fill(std::begin(triangle.uv_indices), std::end(triangle.uv_indices), 0);
-        triangle.material_index = 0;
+        mesh.addTriangle({a, b, c}, {0, 0, 0}, 0);
     }
 
-    void checkIndices(std::uint32_t a, std::uint32_t b, std::uint32_t c) const {
-        for (const std::uint32_t index : {a, b, c})
-            if (index >= vertices.size()) throwVertexIndexOutOfBounds(FaceKind::triangle, index);
-        checkUVIndices(mesh.num_uv_mappings, mesh.uv_pairs.size(), FaceKind::triangle, {0, 0, 0});
-    }
+    static constexpr std::size_t max_numbers = 2048;
 
-    static constexpr std::size_t most_numbers = 2048;
-
-    Mesh& mesh;
+    MeshBuilder mesh;
     float scale;
-    RecordAppender<Vec3f> vertices{mesh.verts};
-    RecordAppender<MeshTriangle> triangles{mesh.triangles};
     double* next_number = numbers;
-    double* numbers_end = numbers + most_numbers;
+    double* numbers_end = numbers + max_numbers;
     /// Of the list whose numbers are looked at: how many are to come, and the corners that there were.
     long list_rest = 0;
     int num_corners = 0;
     std::uint32_t corners[3] = {};
-    double numbers[most_numbers];
+    double numbers[max_numbers];
 };
 
 constexpr int go_on = 1;
@@ -338,8 +291,7 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
     const bool complete = ply_read(ply.get()) != 0 && addTakenTriangles(run) == go_on;
     if (run.failure != nullptr) std::rethrow_exception(run.failure);
     if (!complete) throw Velmar::Exception("read of body failed.");
-    run.settle();
-    mesh.build();
+    run.build();
 }
 
 } // namespace Velmar

@@ -8,56 +8,66 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <span>
 
 namespace Velmar {
 
-/// Appends to a list that a text fills record by record. While it lives the list's size means nothing: it covers room
-/// for records to come, which costs no memory before it is written.
+/// Appends to a list record by record. While it exists, the size of the list has no meaning: it includes memory that is
+/// reserved for records to come and costs nothing before it is written. The destructor gives the list its true size.
 template <class T>
 class RecordAppender {
   public:
-    explicit RecordAppender(Vector<T>& filled)
-        : records(filled), first(filled.data()), count(filled.size()), room(count),
+    /// `text` is the cursor of the text that the records are read from, if there is one. How far it has been read
+    /// forecasts how many records are to come.
+    explicit RecordAppender(Vector<T>& filled, const Parser* read_text = nullptr)
+        : records(filled), text(read_text), first(filled.data()), count(filled.size()), reserved(count),
           initial_capacity(filled.capacity()) {}
-    ~RecordAppender() { settle(); }
+    ~RecordAppender() { finish(); }
     RecordAppender(const RecordAppender&) = delete;
     RecordAppender& operator=(const RecordAppender&) = delete;
 
-    /// A record for the caller to write. `cursor` tells how far the text is read.
-    T& append(const Parser& cursor) {
-        if (count == room) [[unlikely]]
-            makeRoom(cursor);
-        return first[count++];
-    }
-
-    void append(const T& record, const Parser& cursor) { append(cursor) = record; }
-
-    /// As the other, where nothing tells how many are to come.
+    /// A record for the caller to write.
     T& append() {
-        if (count == room) [[unlikely]]
-            growTo(doubledCount());
+        if (count == reserved) [[unlikely]]
+            grow();
         return first[count++];
     }
 
-    /// Reserves memory for `n` records in all, if there is that much: a hint, so not having it is no failure.
+    void append(const T& record) { append() = record; }
+
+    /// Appends `n` records: `added`, which may be in the list itself, and zeros. Throws `BadAlloc` and appends nothing.
+    void appendPadded(std::span<const T> added, std::size_t n) {
+        const bool is_own =
+            std::greater_equal<const T*>()(added.data(), first) && std::less<const T*>()(added.data(), first + count);
+        const auto own_offset = is_own ? added.data() - first : 0;
+        reserveMore(n);
+        T* const end = std::copy_n(is_own ? first + own_offset : added.data(), added.size(), first + count);
+        std::fill(end, first + count + n, T{});
+        count += n;
+    }
+
+    /// Reserves memory for `n` records in all, if there is that much. It is a hint, so out of memory isn't an error.
     void tryReserve(std::size_t n) noexcept {
-        if (n <= room) return;
+        startCounting();
+        if (n <= reserved) return;
         try {
             growTo(n);
         } catch (const BadAlloc&) {
             // `append` grows as it must.
         }
     }
-    void tryReserve(std::size_t n, const Parser& cursor) noexcept {
-        startCounting(cursor);
-        tryReserve(n);
+
+    /// Reserves memory for `n` more records or throws `BadAlloc`.
+    void reserveMore(std::size_t n) {
+        if (n > reserved - count) growTo(count + n);
     }
 
-    /// Gives the list its true size, and back the memory that was only a forecast: the capacity becomes what single
-    /// appends would have made of it. Nothing may be appended afterwards.
-    void settle() noexcept {
+    /// Gives the list its true size and the capacity that single appends would have given it: memory that was only a
+    /// forecast is released. Nothing may be appended afterwards.
+    void finish() noexcept {
         records.resizeUninitialized(count);
-        room = count;
+        reserved = count;
         if (records.capacity() == steppedCapacity(count)) return;
         try {
             Vector<T> smaller;
@@ -74,35 +84,35 @@ class RecordAppender {
     std::size_t size() const { return count; }
 
   private:
-    /// As much as the rest of the text holds if it goes on as it did from the first record on, so that a large list is
-    /// hardly ever copied; but at first no more than a few times the present size.
-    void makeRoom(const Parser& cursor) {
-        constexpr std::size_t least_to_judge_by = 1024;
-        constexpr std::size_t enough_to_trust = 32768;
-        startCounting(cursor);
+    /// To what the rest of the text contains if it goes on as it did from the first record on, so that a large list is
+    /// hardly ever copied.
+    void grow() {
+        constexpr std::size_t min_sample = 1024;
+        constexpr std::size_t reliable_sample = 32768;
+        startCounting();
         const std::uint64_t appended = count - first_count;
-        if (appended < least_to_judge_by) return growTo(doubledCount());
+        if (text == nullptr || appended < min_sample) return growTo(count + 1);
 
-        const std::uint64_t read = std::max<std::uint64_t>(cursor.pos - first_offset, 1);
-        const std::uint64_t rest = cursor.size - cursor.pos;
+        const std::uint64_t read = std::max<std::uint64_t>(text->pos - first_offset, 1);
+        const std::uint64_t rest = text->size - text->pos;
         const std::uint64_t to_come = rest * appended / read;
         std::uint64_t forecast = count + to_come + to_come / 64 + 16;
-        if (appended < enough_to_trust) forecast = std::min<std::uint64_t>(forecast, 8 * count);
+        if (appended < reliable_sample) forecast = std::min<std::uint64_t>(forecast, 8 * count);
         try {
             growTo(forecast);
         } catch (const BadAlloc&) {
-            growTo(doubledCount());
+            growTo(count + 1);
         }
     }
 
     void growTo(std::size_t n) {
         const std::size_t capacity = steppedCapacity(n);
-        // What is reserved is copied, so not the empty room.
+        // `reserve` copies as many records as the list has: not those that aren't written.
         records.resizeUninitialized(count);
         records.reserve(capacity);
         records.resizeUninitialized(records.capacity());
         first = records.data();
-        room = records.capacity();
+        reserved = records.capacity();
     }
 
     /// The capacity that the list would have after `n` single appends in all.
@@ -113,20 +123,19 @@ class RecordAppender {
         return capacity;
     }
 
-    std::size_t doubledCount() const { return std::max(2 * count, count + 16); }
-
-    void startCounting(const Parser& cursor) {
-        if (first_offset != not_started) return;
-        first_offset = cursor.pos;
+    void startCounting() {
+        if (text == nullptr || first_offset != not_started) return;
+        first_offset = text->pos;
         first_count = count;
     }
 
     static constexpr std::uint32_t not_started = 0xFFFFFFFF;
 
     Vector<T>& records;
+    const Parser* text;
     T* first;
     std::size_t count;
-    std::size_t room;
+    std::size_t reserved;
     std::size_t initial_capacity;
     std::size_t first_count = 0;
     std::uint32_t first_offset = not_started;

@@ -1,10 +1,7 @@
-#include "mesh/StlLoader.h"
-
 #include "velmarexceptions.h"
 
-#include "mesh/Mesh.h"
-#include "mesh/RecordAppender.h"
-#include "mesh/TextLines.h"
+#include "mesh/MeshBuilder.h"
+#include "mesh/MeshReaders.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
 #include "utils/numbers/PlainFloats.h"
@@ -23,11 +20,6 @@ constexpr std::string_view text_magic = "solid";
 
 [[noreturn]] void throwTooSmall() {
     throw Velmar::Exception("Invalid file.  (file size too small)");
-}
-
-/// The triangle of the vertices `first` to `first` + 2.
-MeshTriangle triangleFrom(std::uint32_t first) {
-    return {{first, first + 1, first + 2}, {0, 0, 0}, 0};
 }
 
 /// 80 bytes of header and a count; then for each triangle a normal, three vertices and two bytes, all unaligned.
@@ -56,7 +48,7 @@ void readBinary(std::span<const std::uint8_t> file, Mesh& mesh, float scale) {
         std::memcpy(corners, record + vertices_offset, sizeof corners);
         for (const Vec3f& corner : corners)
             *vertex++ = {corner.x * scale, corner.y * scale, corner.z * scale};
-        *triangle++ = triangleFrom(3 * i);
+        *triangle++ = {{3 * i, 3 * i + 1, 3 * i + 2}, {0, 0, 0}, 0};
     }
     mesh.verts.swap(vertices);
     mesh.triangles.swap(triangles);
@@ -66,13 +58,13 @@ void readBinary(std::span<const std::uint8_t> file, Mesh& mesh, float scale) {
 class TextReader {
   public:
     TextReader(Parser text, Mesh& filled_mesh, float position_scale)
-        : parser(text), mesh(filled_mesh), scale(position_scale) {}
+        : parser(text), mesh(filled_mesh, &parser), scale(position_scale) {}
     TextReader(const TextReader&) = delete;
     TextReader& operator=(const TextReader&) = delete;
 
     void read() {
         expect("solid");
-        TextLines::advancePastLineEnd(parser);
+        parser.advancePastLineEnd();
         skipBlanks();
         Parser::Token keyword;
         if (!parser.parseAlpha(keyword)) throw Velmar::Exception("Invalid file, expected 'facet' or 'endsolid'");
@@ -81,8 +73,6 @@ class TextReader {
             parser.parseAlpha(keyword);
         }
         if (!(keyword == "endsolid")) throwExpected("endsolid");
-        vertices.settle();
-        triangles.settle();
         mesh.build();
     }
 
@@ -120,7 +110,7 @@ class TextReader {
         return true;
     }
 
-    /// `scan` returns the place behind what it passes, or null.
+    /// `scan` returns the place after what it skips, or null.
     template <class Scan>
     bool passPlain(const char*& p, Scan scan) const {
         if (!isFarFromEnd(p)) return false;
@@ -163,10 +153,13 @@ class TextReader {
     }
 
     /// Of the three vertices that come next.
-    void addTriangle() { triangles.append(triangleFrom(static_cast<std::uint32_t>(vertices.size())), parser); }
+    void addTriangle() {
+        const auto first = static_cast<std::uint32_t>(mesh.numVertices());
+        mesh.addAnyTriangle({first, first + 1, first + 2}, {0, 0, 0}, 0);
+    }
 
     void addVertex(const Vec3f& position) {
-        vertices.append({position.x * scale, position.y * scale, position.z * scale}, parser);
+        mesh.addVertex({position.x * scale, position.y * scale, position.z * scale});
     }
 
     /// A number that isn't there leaves its component as it was.
@@ -187,7 +180,7 @@ class TextReader {
         throw Velmar::Exception("Invalid file, expected '" + std::string(keyword) + "'");
     }
 
-    void skipBlanks() { TextLines::skipSpacesAndTabs(parser); }
+    void skipBlanks() { parser.skipSpacesAndTabs(); }
 
     void skipWhitespace() {
         while (!parser.atEnd() && (Parser::isBlank(parser.current()) || Parser::isLineEnd(parser.current())))
@@ -197,10 +190,8 @@ class TextReader {
     static constexpr std::size_t plain_reach = PlainFloats::reach;
 
     Parser parser;
-    Mesh& mesh;
+    MeshBuilder mesh;
     float scale;
-    RecordAppender<Vec3f> vertices{mesh.verts};
-    RecordAppender<MeshTriangle> triangles{mesh.triangles};
 };
 
 } // namespace

@@ -1,10 +1,8 @@
-#include "mesh/VmmeshReader.h"
-
 #include "velmarexceptions.h"
 #include "velmarmemory.h"
 
-#include "mesh/FaceDeltaFilter.h"
 #include "mesh/Mesh.h"
+#include "mesh/VmmeshFile.h"
 #include "mesh/VmmeshFormat.h"
 #include "utils/BinaryStreams.h"
 #include "utils/MappedFile.h"
@@ -25,7 +23,7 @@ namespace Velmar {
 namespace {
 
 void checkCount(std::uint32_t count) {
-    if (count > VmmeshFormat::greatest_count) throw VelmarException("Vector too long.");
+    if (count > VmmeshFormat::max_count) throw VelmarException("Vector too long.");
 }
 
 /// Makes room for `count` records, a number that is only claimed so far, and has `fill` write them. Room that stays
@@ -43,7 +41,7 @@ void resizeAndFill(Vector<T>& records, std::uint32_t count, Fill fill) {
 }
 
 std::uint32_t checkedUVLayout(std::uint32_t value) {
-    if (value > VmmeshFormat::greatest_uv_layout)
+    if (value > VmmeshFormat::max_uv_layout)
         throw VelmarException(toVelmarString("Invalid uv_layout value " + std::to_string(value)));
     return value;
 }
@@ -80,7 +78,7 @@ class FileReader {
     /// A view of the file's bytes.
     std::string_view readString() {
         const std::uint32_t length = readUInt32();
-        if (length > VmmeshFormat::longest_string) throw VelmarException("String too long.");
+        if (length > VmmeshFormat::max_string_length) throw VelmarException("String too long.");
         if (length > rest.size()) throw VelmarException("Read failed.");
         const std::string_view text(reinterpret_cast<const char*>(rest.data()), length);
         rest = rest.subspan(length);
@@ -126,7 +124,7 @@ void readFaces(BufferInStream& stream, Vector<Face>& faces) {
     });
 }
 
-/// The size of the frame's content by its header; 0 when that can't be read or doesn't tell.
+/// The size of the frame's content by its header; 0 if that can't be read or has none.
 std::uint64_t claimedContentSize(std::span<const std::uint8_t> frame) {
     const std::uint64_t size = ZSTD_getFrameContentSize(frame.data(), frame.size());
     return size == ZSTD_CONTENTSIZE_UNKNOWN || size == ZSTD_CONTENTSIZE_ERROR ? 0 : size;
@@ -144,11 +142,10 @@ void decompress(std::span<const std::uint8_t> frame, AlignedByteArray& inner) {
     const std::size_t claimed = inner.size();
     if (decompressInto(inner, frame) == claimed) return;
 
-    // zstd doesn't tell how far it came, so once more over zeros. Room is cleared only as far as a frame of this size
-    // can reach: a block of four bytes, the least, gives 128 KiB at most. No reader is let beyond.
-    constexpr std::size_t greatest_expansion = 128 * 1024 / 4;
-    const std::size_t reachable =
-        claimed / greatest_expansion >= frame.size() ? frame.size() * greatest_expansion : claimed;
+    // zstd doesn't report how far it came, so once more over zeros. Memory is cleared only as far as a frame of this
+    // size can reach: a block of four bytes, the least, gives 128 KiB at most. No reader is let beyond.
+    constexpr std::size_t max_expansion = 128 * 1024 / 4;
+    const std::size_t reachable = claimed / max_expansion >= frame.size() ? frame.size() * max_expansion : claimed;
     if (reachable != 0) std::memset(inner.data(), 0, reachable);
     inner.resizeUninitialized(reachable);
     decompressInto(inner, frame);
@@ -170,17 +167,21 @@ void readCompressedBody(FileReader& file, Mesh& mesh) {
     readFaces(inner, mesh.quads);
 }
 
-void readMesh(FileReader& file, Mesh& mesh) {
+VmmeshHeader readHeader(FileReader& file) {
     if (file.readUInt32() != VmmeshFormat::magic) throw VelmarException("Invalid magic number.");
-    const std::uint32_t version = file.readUInt32();
-    if (version < 1 || version > VmmeshFormat::newest_version)
-        throw VelmarException(toVelmarString("Unsupported format version " + std::to_string(version) + "."));
-    bool compressed = false;
-    if (version >= VmmeshFormat::first_version_with_compression) {
-        compressed = file.readUInt32() != 0;
+    VmmeshHeader header;
+    header.version = file.readUInt32();
+    if (header.version < 1 || header.version > VmmeshFormat::newest_version)
+        throw VelmarException(toVelmarString("Unsupported format version " + std::to_string(header.version) + "."));
+    if (header.version >= VmmeshFormat::first_version_with_compression) {
+        header.compressed = file.readUInt32() != 0;
         file.readUInt32(); // reserved
     }
+    return header;
+}
 
+void readMesh(FileReader& file, Mesh& mesh) {
+    const VmmeshHeader header = readHeader(file);
     mesh.num_uv_mappings = file.readUInt32();
     const std::uint32_t num_materials = file.readCount();
     mesh.used_materials.clear();
@@ -192,10 +193,10 @@ void readMesh(FileReader& file, Mesh& mesh) {
         file.readUInt32();
     }
 
-    if (compressed)
+    if (header.compressed)
         readCompressedBody(file, mesh);
     else
-        readPlainBody(file, version, mesh);
+        readPlainBody(file, header.version, mesh);
     mesh.build();
 }
 
@@ -209,6 +210,12 @@ void readFromFile(const String& path, Mesh& mesh) {
     } catch (const std::bad_alloc&) {
         throw VelmarException("Bad allocation while reading from file.");
     }
+}
+
+VmmeshHeader readVmmeshHeader(std::string_view path) {
+    const MappedFile mapping(path);
+    FileReader file(mapping.getBytes());
+    return readHeader(file);
 }
 
 } // namespace Velmar

@@ -1,10 +1,8 @@
-#include "mesh/VmmeshWriter.h"
-
 #include "velmarexceptions.h"
 #include "velmarmemory.h"
 
-#include "mesh/FaceDeltaFilter.h"
 #include "mesh/Mesh.h"
+#include "mesh/VmmeshFile.h"
 #include "mesh/VmmeshFormat.h"
 #include "utils/BinaryStreams.h"
 #include "utils/ByteArrays.h"
@@ -35,7 +33,7 @@ class FileWriter {
     /// Only the low 32 bits are compared: that is what the file holds.
     void writeCount(std::size_t count) {
         const auto word = static_cast<std::uint32_t>(count);
-        if (word > VmmeshFormat::greatest_count) throw VelmarException("Vector too long.");
+        if (word > VmmeshFormat::max_count) throw VelmarException("Vector too long.");
         write(word);
     }
 
@@ -58,7 +56,7 @@ void writePreamble(FileWriter& file, const Mesh& mesh, bool use_compression) {
 
     file.writeCount(mesh.used_materials.size());
     for (const String& name : mesh.used_materials) {
-        if (name.size() > VmmeshFormat::longest_string) throw VelmarException("String too long.");
+        if (name.size() > VmmeshFormat::max_string_length) throw VelmarException("String too long.");
         file.write(static_cast<std::uint32_t>(name.size()));
         file.write(name.data(), name.size());
     }
@@ -110,7 +108,7 @@ void writeCompressedBody(FileWriter& file, const Mesh& mesh) {
     frame.resizeUninitialized(ZSTD_compressBound(inner.buf.size()));
     const std::size_t compressed_size =
         ZSTD_compress(frame.data(), frame.size(), inner.buf.data(), inner.buf.size(), compression_level);
-    // Into a buffer of the bound's size it fails only for want of memory of its own.
+    // Into a buffer of the bound's size it fails only if zstd itself is out of memory.
     if (ZSTD_isError(compressed_size) != 0) throw BadAlloc();
 
     file.write(std::uint64_t{compressed_size});

@@ -1,6 +1,6 @@
 #include "scene/TraversalState.h"
 
-#include "mesh/MeshCache.h"
+#include "mesh/MeshLoading.h"
 
 #include <cstddef>
 

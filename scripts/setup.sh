@@ -87,7 +87,7 @@ for_windows "$(echo pugixml-*/)"
 cp -r /usr/include/CLI /usr/include/eigen3 "$root/deps/windows/include/"
 cp -r /usr/share/cmake/CLI11 "$root/deps/windows/share/cmake/"
 
-# RPly has no package; this one contains its two files. It reads files by functions of ours, declared in mesh/PlyStream.h,
+# RPly has no package; this one contains its two files. It reads files by functions of ours, declared in mesh/PlyInput.h,
 # and its library has a name of its own, because no other RPly links.
 tar -xzf cloudcompare_*.orig.tar.gz --wildcards --strip-components=3 '*/libs/qCC_io/rply.[ch]'
 rply() {

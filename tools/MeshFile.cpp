@@ -1,7 +1,6 @@
 #include "tools/MeshFile.h"
 
-#include "mesh/VmmeshReader.h"
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"

@@ -13,13 +13,13 @@
 
 namespace {
 
-/// `FloatScanner::scan` where fewer bytes than its reach are left, which it sees with zeros behind them.
+/// `FloatScanner::scan` if fewer bytes than its reach are left: it reads a copy that is followed by zeros.
 const char* scanNearEnd(const char* first, std::size_t left, float& result) {
     std::array<char, FloatScanner::reach> copy = {};
     if (left == 0 || left > copy.size()) return nullptr;
     std::memcpy(copy.data(), first, left);
-    const char* const behind = FloatScanner::scan(copy.data(), result);
-    return behind == nullptr ? nullptr : first + (behind - copy.data());
+    const char* const end = FloatScanner::scan(copy.data(), result);
+    return end == nullptr ? nullptr : first + (end - copy.data());
 }
 
 } // namespace
@@ -28,8 +28,8 @@ bool Parser::parseAnyFloat(float& result) {
     if (pos >= size) return false;
     const char* const first = text + pos;
     const std::size_t left = size - pos;
-    if (const char* const behind = scanNearEnd(first, left, result)) {
-        pos += static_cast<std::uint32_t>(behind - first);
+    if (const char* const end = scanNearEnd(first, left, result)) {
+        pos += static_cast<std::uint32_t>(end - first);
         passFloatSuffix();
         return true;
     }
@@ -37,8 +37,8 @@ bool Parser::parseAnyFloat(float& result) {
     using Converter = double_conversion::StringToDoubleConverter;
     constexpr double failure = std::numeric_limits<double>::quiet_NaN();
     static const Converter converter(Converter::ALLOW_TRAILING_JUNK, failure, failure, nullptr, nullptr);
-    // The library counts in int. No number of that length is cut short by it in any way that shows: the value is
-    // settled after a few hundred digits.
+    // The library counts in int. That doesn't change the value of a longer number, which depends on a few hundred
+    // digits.
     const auto length = static_cast<int>(std::min<std::size_t>(left, std::numeric_limits<int>::max()));
     int processed = 0;
     const float value = converter.StringToFloat(first, length, &processed);
@@ -47,15 +47,6 @@ bool Parser::parseAnyFloat(float& result) {
     pos += static_cast<std::uint32_t>(processed);
     passFloatSuffix();
     return true;
-}
-
-void Parser::passContinuation() {
-    while (pos < size && !isLineEnd(text[pos]))
-        ++pos;
-    if (pos == size) return;
-    const bool may_be_pair = text[pos] == '\r';
-    ++pos;
-    if (may_be_pair && pos < size && text[pos] == '\n') ++pos;
 }
 
 Parser parserOver(std::string_view text) {

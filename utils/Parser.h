@@ -9,8 +9,8 @@
 
 class MappedFile;
 
-/// A cursor over bytes that belong to someone else, usually a mapped file. It allocates nothing: tokens are views and
-/// numbers are read in place. An operation that returns false leaves the cursor where it was.
+/// A cursor over bytes that it doesn't own, usually a mapped file. It allocates nothing: tokens are views and numbers
+/// are read in place. An operation that returns false leaves the cursor where it was.
 class Parser {
   public:
     /// A view of the buffer.
@@ -39,10 +39,14 @@ class Parser {
     bool parseString(std::string_view literal);
     /// An optional sign and decimal digits, within the range of a signed 32-bit number.
     bool parseInt(std::int32_t& result);
-    /// A decimal number, correctly rounded, and an `f` or `F` right behind it. No leading blanks, no `inf` or `nan`.
+    /// A decimal number, correctly rounded, and an `f` or `F` directly after it. No leading blanks, no `inf` or `nan`.
     bool parseFloat(float& result);
-    /// Passes spaces, tabs, and line continuations: a backslash with all that follows up to and including a line end.
+    /// Skips spaces, tabs, and line continuations: a backslash with all that follows up to and including a line end.
     void skipBlanks();
+    /// Skips spaces and tabs alone.
+    void skipSpacesAndTabs();
+    /// Skips everything up to and including the next line end, which is LF, CR or CR LF.
+    void advancePastLineEnd();
 
     static bool isLetter(char c) { return static_cast<unsigned char>((c | 0x20) - 'a') < 26; }
     static bool isDigit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
@@ -56,7 +60,6 @@ class Parser {
 
   private:
     bool parseAnyFloat(float& result);
-    void passContinuation();
 
     void passFloatSuffix() {
         if (pos < size && (text[pos] | 0x20) == 'f') ++pos;
@@ -85,9 +88,9 @@ inline bool Parser::parseAlpha(Token& token) {
 
 inline bool Parser::parseIdentifier(Token& token) {
     const std::uint32_t first = pos;
-    if (pos < size && (isLetter(text[pos]) || text[pos] == '_')) do
+    if (pos < size && !isDigit(text[pos]))
+        while (pos < size && (isLetter(text[pos]) || isDigit(text[pos]) || text[pos] == '_'))
             ++pos;
-        while (pos < size && (isLetter(text[pos]) || isDigit(text[pos]) || text[pos] == '_'));
     return takeFrom(first, token);
 }
 
@@ -106,8 +109,8 @@ inline bool Parser::parseString(std::string_view literal) {
 }
 
 inline bool Parser::parseInt(std::int32_t& result) {
-    constexpr std::uint32_t greatest_before_digit = 0xCCCCCCC;
-    constexpr std::uint32_t greatest_magnitude = 0x80000000;
+    constexpr std::uint32_t max_before_digit = 0xCCCCCCC;
+    constexpr std::uint32_t max_magnitude = 0x80000000;
 
     std::uint32_t p = pos;
     if (p >= size) return false;
@@ -117,10 +120,10 @@ inline bool Parser::parseInt(std::int32_t& result) {
     const std::uint32_t first_digit = p;
     std::uint32_t magnitude = 0;
     for (; p < size && isDigit(text[p]); ++p) {
-        if (magnitude > greatest_before_digit) return false;
+        if (magnitude > max_before_digit) return false;
         magnitude = magnitude * 10 + static_cast<std::uint32_t>(text[p] - '0');
     }
-    if (p == first_digit || magnitude > greatest_magnitude - (negative ? 0 : 1)) return false;
+    if (p == first_digit || magnitude > max_magnitude - (negative ? 0 : 1)) return false;
 
     result = static_cast<std::int32_t>(negative ? 0 - magnitude : magnitude);
     pos = p;
@@ -130,8 +133,8 @@ inline bool Parser::parseInt(std::int32_t& result) {
 inline bool Parser::parseFloat(float& result) {
     if (size - pos >= FloatScanner::reach) [[likely]] {
         const char* const first = text + pos;
-        if (const char* const behind = FloatScanner::scan(first, result)) [[likely]] {
-            pos += static_cast<std::uint32_t>(behind - first);
+        if (const char* const end = FloatScanner::scan(first, result)) [[likely]] {
+            pos += static_cast<std::uint32_t>(end - first);
             passFloatSuffix();
             return true;
         }
@@ -145,8 +148,22 @@ inline void Parser::skipBlanks() {
         if (isBlank(c))
             ++pos;
         else if (c == '\\')
-            passContinuation();
+            advancePastLineEnd();
         else
             return;
     }
+}
+
+inline void Parser::skipSpacesAndTabs() {
+    while (pos < size && isBlank(text[pos]))
+        ++pos;
+}
+
+inline void Parser::advancePastLineEnd() {
+    while (pos < size && !isLineEnd(text[pos]))
+        ++pos;
+    if (pos == size) return;
+    const bool may_be_pair = text[pos] == '\r';
+    ++pos;
+    if (may_be_pair && pos < size && text[pos] == '\n') ++pos;
 }

@@ -2,9 +2,8 @@
 
 #include "velmarexceptions.h"
 
-#include "mesh/MeshCache.h"
 #include "mesh/MeshLoading.h"
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 #include "scene/DependencyPaths.h"
 #include "scene/XMLPrimitives.h"
 #include "utils/FileUtils.h"

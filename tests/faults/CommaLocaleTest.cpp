@@ -1,7 +1,7 @@
 #include "tests/support/CommaLocale.h"
 
 #include "mesh/MeshLoading.h"
-#include "mesh/MtlLoader.h"
+#include "mesh/MeshReaders.h"
 #include "scene/SceneXMLWriter.h"
 #include "tests/faults/SampleScene.h"
 #include "tests/support/FileBytes.h"

@@ -1,4 +1,4 @@
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 #include "scene/SceneXMLWriter.h"
 #include "tests/faults/EachAllocation.h"
 #include "tests/faults/SampleScene.h"

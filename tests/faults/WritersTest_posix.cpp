@@ -1,6 +1,6 @@
 #include "velmarexceptions.h"
 
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 #include "scene/SceneXMLWriter.h"
 #include "tests/faults/OpenFiles.h"
 #include "tests/faults/SampleScene.h"

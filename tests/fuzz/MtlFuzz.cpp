@@ -1,6 +1,6 @@
 #include "velmarexceptions.h"
 
-#include "mesh/MtlLoader.h"
+#include "mesh/MeshReaders.h"
 #include "tests/fuzz/support/FuzzFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,5 +1,4 @@
-#include "mesh/MtlLoader.h"
-#include "mesh/ObjLoader.h"
+#include "mesh/MeshReaders.h"
 #include "tests/fuzz/support/FuzzFile.h"
 #include "tests/fuzz/support/ReadMesh.h"
 

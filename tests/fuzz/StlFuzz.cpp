@@ -1,4 +1,4 @@
-#include "mesh/StlLoader.h"
+#include "mesh/MeshReaders.h"
 #include "tests/fuzz/support/FuzzFile.h"
 #include "tests/fuzz/support/ReadMesh.h"
 

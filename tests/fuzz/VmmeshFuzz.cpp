@@ -1,4 +1,4 @@
-#include "mesh/VmmeshReader.h"
+#include "mesh/VmmeshFile.h"
 #include "tests/fuzz/support/FuzzFile.h"
 #include "tests/fuzz/support/ReadMesh.h"
 

@@ -3,8 +3,8 @@
 
 #include "mesh/Mesh.h"
 #include "mesh/MeshLoading.h"
-#include "mesh/MtlLoader.h"
-#include "mesh/VmmeshWriter.h"
+#include "mesh/MeshReaders.h"
+#include "mesh/VmmeshFile.h"
 #include "tests/support/MeshSupport.h"
 #include "tests/support/SpecialFloats.h"
 #include "tests/support/TextFile.h"

@@ -1,4 +1,4 @@
-#include "mesh/MeshCache.h"
+#include "mesh/MeshLoading.h"
 
 #include <gtest/gtest.h>
 #include <string>

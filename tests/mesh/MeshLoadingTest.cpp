@@ -3,7 +3,7 @@
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 #include "tests/support/MeshSupport.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"

@@ -1,4 +1,4 @@
-#include "mesh/MtlLoader.h"
+#include "mesh/MeshReaders.h"
 
 #include "velmarexceptions.h"
 

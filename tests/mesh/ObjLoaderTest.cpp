@@ -1,9 +1,8 @@
-#include "mesh/ObjLoader.h"
+#include "mesh/MeshReaders.h"
 
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
-#include "mesh/MtlLoader.h"
 #include "tests/mesh/ObjText.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/MeshSupport.h"

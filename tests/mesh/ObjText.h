@@ -1,8 +1,7 @@
 #pragma once
 
 #include "mesh/Mesh.h"
-#include "mesh/MtlLoader.h"
-#include "mesh/ObjLoader.h"
+#include "mesh/MeshReaders.h"
 #include "tests/support/TextFile.h"
 
 #include <string_view>

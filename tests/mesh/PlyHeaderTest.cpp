@@ -1,4 +1,4 @@
-#include "mesh/PlyHeader.h"
+#include "mesh/PlyInput.h"
 
 #include <gtest/gtest.h>
 #include <string>

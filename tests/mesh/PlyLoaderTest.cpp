@@ -1,4 +1,4 @@
-#include "mesh/PlyLoader.h"
+#include "mesh/MeshReaders.h"
 
 #include "velmarexceptions.h"
 

@@ -1,4 +1,4 @@
-#include "mesh/StlLoader.h"
+#include "mesh/MeshReaders.h"
 
 #include "velmarexceptions.h"
 

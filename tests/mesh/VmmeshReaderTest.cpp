@@ -1,9 +1,8 @@
-#include "mesh/VmmeshReader.h"
+#include "mesh/VmmeshFile.h"
 
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
-#include "mesh/VmmeshWriter.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/MeshSupport.h"
 #include "tests/support/TempDir.h"

@@ -1,4 +1,4 @@
-#include "mesh/VmmeshWriter.h"
+#include "mesh/VmmeshFile.h"
 
 #include "velmarexceptions.h"
 

@@ -2,7 +2,7 @@
 
 #include "velmarexceptions.h"
 
-#include "mesh/VmmeshReader.h"
+#include "mesh/VmmeshFile.h"
 #include "tests/support/Documents.h"
 #include "tests/support/Environment.h"
 #include "tests/support/FileBytes.h"

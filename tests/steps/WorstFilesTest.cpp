@@ -2,8 +2,7 @@
 
 #include "mesh/Mesh.h"
 #include "mesh/MeshLoading.h"
-#include "mesh/MtlLoader.h"
-#include "mesh/ObjLoader.h"
+#include "mesh/MeshReaders.h"
 #include "tests/steps/Steps.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/VmmeshBytes.h"

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <emmintrin.h>
 
-/// Decimal digits of text, many at a time. What is behind them doesn't matter, but must be readable.
+/// Decimal digits of text, many at a time. The bytes after them don't matter, but must be readable.
 namespace Digits {
 
 static_assert(std::endian::native == std::endian::little);
@@ -31,7 +31,7 @@ inline std::uint64_t loadEight(const char* p) {
     return bytes;
 }
 
-/// Two numbers of up to eight digits each, on their way to become integers.
+/// The digits of two numbers of up to eight digits each.
 struct Pair {
     __m128i digits;
 };
@@ -39,7 +39,7 @@ struct Pair {
 /// The `first_count` digits at `first` and the `second_count` digits at `second`; each count is from 0 to 8, and no
 /// digits make a 0. Eight bytes are read at each place.
 inline Pair makePair(const char* first, std::size_t first_count, const char* second, std::size_t second_count) {
-    // How far the digits move to stand behind zeros.
+    // How far the digits move to follow leading zeros.
     static constexpr std::array<std::uint64_t, 9> shifts = {64, 56, 48, 40, 32, 24, 16, 8, 0};
     const auto load = [](const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); };
     return {_mm_unpacklo_epi64(_mm_sll_epi64(load(first), load(&shifts[first_count])),
@@ -68,15 +68,15 @@ inline Four join(Pair a, Pair b) {
     return {_mm_madd_epi16(_mm_packs_epi32(joinFours(a.digits), joinFours(b.digits)), _mm_set1_epi32(1 << 16 | 10000))};
 }
 
-/// Tells which of the `bytes` bytes at `p` are no digits, by a bit each; `bytes` is 16, 32 or 48. Higher bits are set.
+/// Bit i is set if p[i] is not a digit. `bytes`, which is 16, 32 or 48, bytes are read; higher bits are set.
 template <int bytes>
 inline std::uint64_t findOthers(const char* p) {
     const auto findDigits = [p](int offset) {
-        // Digits become the ten least signed numbers.
+        // Digits become the ten lowest signed numbers.
         const __m128i down = _mm_set1_epi8(static_cast<char>(0x80 - '0'));
-        const __m128i behind_digits = _mm_set1_epi8(static_cast<char>(0x80 + 10));
+        const __m128i after_digits = _mm_set1_epi8(static_cast<char>(0x80 + 10));
         const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + offset));
-        const __m128i is_digit = _mm_cmplt_epi8(_mm_add_epi8(block, down), behind_digits);
+        const __m128i is_digit = _mm_cmplt_epi8(_mm_add_epi8(block, down), after_digits);
         return static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm_movemask_epi8(is_digit))) << offset;
     };
     std::uint64_t digits = findDigits(0);

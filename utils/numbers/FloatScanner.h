@@ -8,22 +8,22 @@
 #include <cstdint>
 #include <cstring>
 
-/// The fast road of `Parser::parseFloat`, for the plain numbers of which nearly all files are made.
+/// The fast path of `Parser::parseFloat`, for plain numbers, which are nearly all numbers in files.
 namespace FloatScanner {
 
 static_assert(std::endian::native == std::endian::little);
 
-/// How many bytes from its start `scan` may look at, whatever they are.
+/// How many bytes from its start `scan` may read, whatever they are.
 inline constexpr std::size_t reach = 32;
 
 namespace Details {
 
-inline constexpr int most_digits = 19;
-inline constexpr int least_exponent = -37;
-inline constexpr int greatest_exponent = 18;
+inline constexpr int max_digits = 19;
+inline constexpr int min_exponent = -37;
+inline constexpr int max_exponent = 18;
 
-/// 10^least_exponent to 10^greatest_exponent, each correctly rounded.
-inline constexpr std::array<double, greatest_exponent - least_exponent + 1> powers_of_ten = {
+/// 10^min_exponent to 10^max_exponent, each correctly rounded.
+inline constexpr std::array<double, max_exponent - min_exponent + 1> powers_of_ten = {
     1e-37, 1e-36, 1e-35, 1e-34, 1e-33, 1e-32, 1e-31, 1e-30, 1e-29, 1e-28, 1e-27, 1e-26, 1e-25, 1e-24,
     1e-23, 1e-22, 1e-21, 1e-20, 1e-19, 1e-18, 1e-17, 1e-16, 1e-15, 1e-14, 1e-13, 1e-12, 1e-11, 1e-10,
     1e-9,  1e-8,  1e-7,  1e-6,  1e-5,  1e-4,  1e-3,  1e-2,  1e-1,  1e0,   1e1,   1e2,   1e3,   1e4,
@@ -40,19 +40,19 @@ struct DigitRun {
 
 inline DigitRun scanEight(const char* p) {
     std::uint64_t bytes = Digits::loadEight(p);
-    // Digits become 0 to 9. Behind the first other byte the marks may be wrong, but only the first one counts.
+    // Digits become 0 to 9. After the first other byte the marks may be wrong, but only the first one counts.
     bytes ^= 0x3030303030303030;
     const std::uint64_t others = ((bytes + 0x7676767676767676) | bytes) & 0x8080808080808080;
     const int count = std::countr_zero(others) / 8;
     if (count == 0) return {0, 0};
-    // The digits move to the last places, behind leading zeros.
+    // The digits move to the last places, after leading zeros.
     return {count, Digits::join(bytes << (64 - 8 * count))};
 }
 
 } // namespace Details
 
-/// Reads a decimal number at `p`: sign, digits with or without a point, exponent. Returns the place behind it, or null
-/// for anything whose correctly rounded value it isn't sure of; that says nothing of whether a number is there.
+/// Reads a decimal number at `p`: sign, digits with or without a point, exponent. Returns the place after it, or null
+/// if it isn't sure of the correctly rounded value, which doesn't mean that there is no number.
 /// `reach` bytes from `p` must be readable.
 inline const char* scan(const char* p, float& result) {
     using namespace Details;
@@ -63,7 +63,7 @@ inline const char* scan(const char* p, float& result) {
     const char* const first_digit = p;
     std::uint64_t mantissa = 0;
     for (; Digits::isDigit(*p); ++p) {
-        if (p - first_digit == most_digits) return nullptr;
+        if (p - first_digit == max_digits) return nullptr;
         mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
     }
     auto digits = static_cast<int>(p - first_digit);
@@ -77,7 +77,7 @@ inline const char* scan(const char* p, float& result) {
             p += run.count;
             digits += run.count;
             exponent -= run.count;
-            if (digits > most_digits) return nullptr;
+            if (digits > max_digits) return nullptr;
             mantissa = mantissa * small_powers_of_ten[static_cast<std::size_t>(run.count)] + run.value;
         } while (run.count == 8);
     }
@@ -101,13 +101,13 @@ inline const char* scan(const char* p, float& result) {
             p = q;
         }
     }
-    if (exponent < least_exponent || exponent > greatest_exponent) return nullptr;
+    if (exponent < min_exponent || exponent > max_exponent) return nullptr;
 
     // Three roundings, of mantissa, power and product, put this at most 3 units of its last place off the true value.
     // It rounds to the same float as the true value unless it lies that near to the middle of two floats. The bounds
     // above keep it in the range of normal floats, or 0.
     const double value =
-        static_cast<double>(mantissa) * powers_of_ten[static_cast<std::size_t>(exponent - least_exponent)];
+        static_cast<double>(mantissa) * powers_of_ten[static_cast<std::size_t>(exponent - min_exponent)];
     constexpr std::uint64_t dropped_bits = (std::uint64_t{1} << 29) - 1;
     constexpr std::uint64_t middle = std::uint64_t{1} << 28;
     constexpr std::uint64_t margin = 4;

@@ -10,39 +10,39 @@
 #include <emmintrin.h>
 
 /// Several numbers at once, written as most programs write them: one space between them, at most seven digits before
-/// the point and eight behind it. Each gets the float that `Parser::parseFloat` gives it.
+/// the point and eight after it. Each gets the float that `Parser::parseFloat` gives it.
 ///
-/// All functions get the place of the first number and return the place behind the last one, where a blank or a line
-/// end stands, or null when one of the numbers isn't plain; that says nothing of whether they are there.
+/// All functions take the place of the first number and return the place after the last one, which is a blank or a line
+/// end, or null if one of the numbers isn't plain, which doesn't mean that there are no numbers.
 namespace PlainFloats {
 
-/// How many bytes from their start the functions may look at, whatever they are.
+/// How many bytes from their start the functions may read, whatever they are.
 inline constexpr std::size_t reach = 64;
 
 namespace Details {
 
-inline constexpr std::size_t most_whole_digits = 7;
-inline constexpr std::size_t most_decimals = 8;
+inline constexpr std::size_t max_whole_digits = 7;
+inline constexpr std::size_t max_decimals = 8;
 
 /// 10^0 to 10^22, the powers of ten that a double holds exactly.
 inline constexpr std::array<double, 23> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                                          1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                          1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-inline constexpr int greatest_exponent = 22;
+inline constexpr int max_exponent = 22;
 
-/// By what the digits of a number, without the point, are multiplied and divided; one of the two is 1 or -1.
+/// Factor and divisor for the digits of a number without its point; one of the two is 1 or -1.
 struct Scale {
     double factor;
     double divisor;
 };
 
 constexpr std::size_t scaleIndex(int exponent, std::size_t negative) {
-    return static_cast<std::size_t>(exponent + greatest_exponent) * 2 + negative;
+    return static_cast<std::size_t>(exponent + max_exponent) * 2 + negative;
 }
 
 inline constexpr auto scales = [] {
-    std::array<Scale, scaleIndex(greatest_exponent, 1) + 1> result = {};
-    for (int exponent = -greatest_exponent; exponent <= greatest_exponent; ++exponent) {
+    std::array<Scale, scaleIndex(max_exponent, 1) + 1> result = {};
+    for (int exponent = -max_exponent; exponent <= max_exponent; ++exponent) {
         const double factor = exponent > 0 ? powers_of_ten[static_cast<std::size_t>(exponent)] : 1;
         const double divisor = exponent < 0 ? powers_of_ten[static_cast<std::size_t>(-exponent)] : 1;
         result[scaleIndex(exponent, 0)] = {factor, divisor};
@@ -60,7 +60,7 @@ struct Number {
 
 enum class Exponents { refused, taken };
 
-/// A walk over the numbers of one line by the places of the bytes that are no digits.
+/// Goes through the numbers of one line by the places of the bytes that aren't digits.
 template <Exponents exponents>
 class Walk {
   public:
@@ -73,13 +73,13 @@ class Walk {
         const std::size_t first = at + negative;
         at = takeStop();
         const std::size_t whole_digits = at - first;
-        if (whole_digits - 1 >= most_whole_digits) return false;
+        if (whole_digits - 1 >= max_whole_digits) return false;
         const std::size_t fraction = at + 1;
         std::size_t decimals = 0;
         if (p[at] == '.') {
             at = takeStop();
             decimals = at - fraction;
-            if (decimals - 1 >= most_decimals) return false;
+            if (decimals - 1 >= max_decimals) return false;
         }
         number.digits = Digits::makePair(p + first, whole_digits, p + fraction, decimals);
         number.decimals = decimals;
@@ -91,7 +91,7 @@ class Walk {
         return true;
     }
 
-    VELMAR_ALWAYS_INLINE bool takeBehindSpace(Number& number) { return p[at++] == ' ' && take(number); }
+    VELMAR_ALWAYS_INLINE bool takeAfterSpace(Number& number) { return p[at++] == ' ' && take(number); }
 
     bool atBlankOrLineEnd() const { return p[at] == '\n' || p[at] == ' ' || p[at] == '\r' || p[at] == '\t'; }
 
@@ -121,7 +121,7 @@ class Walk {
 };
 
 /// The digits of two numbers as integers, which are exact: they have 15 digits at most. `halves` holds those before and
-/// behind the point, in the two lower places.
+/// after the point, in the two lower places.
 inline __m128d joinHalves(Digits::Four halves, const Number& a, const Number& b) {
     const __m128d power = _mm_loadh_pd(_mm_load_sd(&powers_of_ten[a.decimals]), &powers_of_ten[b.decimals]);
     const __m128d wholes = _mm_cvtepi32_pd(_mm_shuffle_epi32(halves.numbers, _MM_SHUFFLE(3, 1, 2, 0)));
@@ -144,13 +144,13 @@ inline __m128 valuesOf(Digits::Four halves, const Number& a, const Number& b) {
 }
 
 /// Two numbers with exponents. False when one of them has too large an exponent, or may lie so near to the middle of
-/// two floats that its double doesn't tell to which it rounds.
+/// two floats that its double doesn't determine to which it rounds.
 inline bool valuesOf(Digits::Four halves, const Number& a, const Number& b, __m128& values) {
     const int exponent_a = a.exponent - static_cast<int>(a.decimals);
     const int exponent_b = b.exponent - static_cast<int>(b.decimals);
-    constexpr auto range = static_cast<unsigned>(2 * greatest_exponent);
-    if (static_cast<unsigned>(exponent_a + greatest_exponent) > range ||
-        static_cast<unsigned>(exponent_b + greatest_exponent) > range)
+    constexpr auto range = static_cast<unsigned>(2 * max_exponent);
+    if (static_cast<unsigned>(exponent_a + max_exponent) > range ||
+        static_cast<unsigned>(exponent_b + max_exponent) > range)
         return false;
     const Scale& scale_a = scales[scaleIndex(exponent_a, a.negative)];
     const Scale& scale_b = scales[scaleIndex(exponent_b, b.negative)];
@@ -172,7 +172,7 @@ inline void storeTwo(__m128 values, float* numbers) {
 
 template <Exponents exponents>
 VELMAR_ALWAYS_INLINE bool takeThree(Walk<exponents>& walk, Number& x, Number& y, Number& z) {
-    return walk.take(x) && walk.takeBehindSpace(y) && walk.takeBehindSpace(z) && walk.atBlankOrLineEnd();
+    return walk.take(x) && walk.takeAfterSpace(y) && walk.takeAfterSpace(z) && walk.atBlankOrLineEnd();
 }
 
 } // namespace Details
@@ -183,7 +183,7 @@ inline const char* scan(const char* p, float (&numbers)[2]) {
     Walk<Exponents::refused> walk(p, Digits::findOthers<32>(p));
     Number x;
     Number y;
-    if (!walk.take(x) || !walk.takeBehindSpace(y) || !walk.atBlankOrLineEnd()) return nullptr;
+    if (!walk.take(x) || !walk.takeAfterSpace(y) || !walk.atBlankOrLineEnd()) return nullptr;
     storeTwo(valuesOf(Digits::join(x.digits, y.digits), x, y), numbers);
     return walk.place();
 }
@@ -219,7 +219,7 @@ inline const char* scanWithExponents(const char* p, float (&numbers)[3]) {
     return walk.place();
 }
 
-/// Passes three numbers that may have exponents of two digits.
+/// Skips three numbers that may have exponents of two digits.
 inline const char* pass(const char* p) {
     using namespace Details;
     Walk<Exponents::taken> walk(p, Digits::findOthers<48>(p));

@@ -1,11 +1,35 @@
-#include "mesh/PlyHeader.h"
+#include "mesh/PlyInput.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <cstdio>
 #include <iterator>
+#include <mutex>
 #include <system_error>
 #include <utility>
+
+// What RPly calls in place of its own name and of the functions of the C library. The name and the `FILE*` are
+// addresses of a `PlyStream`: RPly passes them on without using them.
+extern "C" {
+p_ply velmar_ply_open(const char* name, p_ply_error_cb on_error, long user_number, void* user);
+std::FILE* velmar_ply_fopen(const char* name, const char* mode);
+std::size_t velmar_ply_fread(void* to, std::size_t size, std::size_t count, std::FILE* file);
+int velmar_ply_fclose(std::FILE* file);
+
+std::FILE* velmar_ply_fopen(const char* name, const char*) {
+    return reinterpret_cast<std::FILE*>(const_cast<char*>(name));
+}
+
+std::size_t velmar_ply_fread(void* to, std::size_t size, std::size_t count, std::FILE* file) {
+    // RPly always reads single bytes.
+    return reinterpret_cast<Velmar::PlyStream*>(file)->read(static_cast<char*>(to), size * count);
+}
+
+int velmar_ply_fclose(std::FILE*) {
+    return 0;
+}
+}
 
 namespace Velmar {
 
@@ -21,6 +45,11 @@ constexpr std::string_view formats[] = {"ascii", "binary_little_endian", "binary
 template <std::size_t count>
 bool isOneOf(std::string_view word, const std::string_view (&words)[count]) {
     return std::find(std::begin(words), std::end(words), word) != std::end(words);
+}
+
+/// Whether the last word of `text` is followed by a blank.
+bool endsWithBlank(std::string_view text) {
+    return !text.empty() && blanks.find(text.back()) != std::string_view::npos;
 }
 
 class HeaderParser {
@@ -178,8 +207,28 @@ PlyHeader parsePlyHeader(std::string_view file) {
     return header;
 }
 
-bool endsWithBlank(std::string_view text) {
-    return !text.empty() && blanks.find(text.back()) != std::string_view::npos;
+PlyFileStream::PlyFileStream(const PlyHeader& header, std::string_view file)
+    : parts{header.text, file.substr(header.body_offset),
+            header.ascii && !endsWithBlank(file) ? std::string_view("\n") : std::string_view()} {}
+
+std::size_t PlyFileStream::read(char* to, std::size_t size) noexcept {
+    std::size_t copied = 0;
+    for (std::string_view& part : parts) {
+        const std::size_t count = part.copy(to + copied, size - copied);
+        part.remove_prefix(count);
+        copied += count;
+    }
+    return copied;
+}
+
+PlyHandle openPly(PlyStream& stream, p_ply_error_cb on_error, void* user) {
+    return PlyHandle(velmar_ply_open(reinterpret_cast<const char*>(&stream), on_error, 0, user));
+}
+
+bool readPlyHeader(p_ply ply) {
+    static std::mutex one_at_a_time;
+    const std::lock_guard lock(one_at_a_time);
+    return ply_read_header(ply) != 0;
 }
 
 } // namespace Velmar
