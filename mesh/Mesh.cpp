@@ -79,7 +79,7 @@ class Hasher {
 } // namespace
 
 void Mesh::raiseNumUVMappings(std::uint32_t n) {
-    MeshBuilder(*this).raiseNumUVMappings(n);
+    num_uv_mappings = std::max(num_uv_mappings, n);
 }
 
 void Mesh::addMaterialUsed(const String& name) {

@@ -48,8 +48,8 @@ class MeshBuilder {
     MeshBuilder(const MeshBuilder&) = delete;
     MeshBuilder& operator=(const MeshBuilder&) = delete;
 
-    /// The number of UV sets becomes `n` unless it is greater already.
-    void raiseNumUVMappings(std::uint32_t n) { mesh.num_uv_mappings = std::max(mesh.num_uv_mappings, n); }
+    /// As that of the mesh.
+    void raiseNumUVMappings(std::uint32_t n) { mesh.raiseNumUVMappings(n); }
 
     /// Appends a vertex without a normal and returns its index. Nothing is checked.
     std::uint32_t addVertex(const Vec3f& position) {

@@ -49,7 +49,7 @@ class PlyRun {
     /// Has every number of a face looked at when it arrives, because vertices may come later.
     void expectFacesBeforeVertices() { numbers_end = numbers + 1; }
 
-    /// Takes the length or an index of a list, which may be looked at later. False when there is no room for another.
+    /// Stores the length or an index of a list, for `addTriangles` to read. False if the buffer is full then.
     bool takeListNumber(double number) {
         *next_number++ = number;
         return next_number != numbers_end;

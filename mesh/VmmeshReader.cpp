@@ -26,8 +26,8 @@ void checkCount(std::uint32_t count) {
     if (count > VmmeshFormat::max_count) throw VelmarException("Vector too long.");
 }
 
-/// Makes room for `count` records, a number that is only claimed so far, and has `fill` write them. Room that stays
-/// untouched costs nothing; when `fill` throws, the vector is emptied, so that nobody reads what wasn't written.
+/// Reserves memory for `count` records, a number that is only claimed so far, and has `fill` write them. Memory that
+/// isn't written costs nothing; when `fill` throws, the vector is emptied, so that nobody reads what wasn't written.
 template <class T, class Fill>
 void resizeAndFill(Vector<T>& records, std::uint32_t count, Fill fill) {
     records.resizeUninitialized(count);
@@ -130,7 +130,7 @@ std::uint64_t claimedContentSize(std::span<const std::uint8_t> frame) {
     return size == ZSTD_CONTENTSIZE_UNKNOWN || size == ZSTD_CONTENTSIZE_ERROR ? 0 : size;
 }
 
-/// What zstd returns: the size of the content or an error. Want of memory for its own state is no fault of the frame.
+/// What zstd returns: the size of the content or an error. If zstd itself is out of memory, the frame is not to blame.
 std::size_t decompressInto(AlignedByteArray& inner, std::span<const std::uint8_t> frame) {
     const std::size_t result = ZSTD_decompress(inner.data(), inner.size(), frame.data(), frame.size());
     if (ZSTD_getErrorCode(result) == ZSTD_error_memory_allocation) throw BadAlloc();

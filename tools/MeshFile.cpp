@@ -1,19 +1,20 @@
 #include "tools/MeshFile.h"
 
 #include "mesh/VmmeshFile.h"
+#include "scene/nodes/SceneNodeMesh.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 #include "utils/PlatformUtils.h"
 
 #include <algorithm>
-#include <cstring>
 #include <fstream>
 #include <set>
 #include <utility>
 
 using Velmar::Mesh;
 using Velmar::Reference;
+using Velmar::SceneNodeMesh;
 
 // ---- output files ------------------------------------------------------------------------------------------------
 
@@ -67,24 +68,17 @@ std::uint64_t writeMesh(const Velmar::Mesh& mesh, OutputFile& output, bool compr
     return output.commit();
 }
 
-VmmeshHeader readVmmeshHeader(const std::string& path) {
+Velmar::VmmeshHeader readVmmeshHeader(const std::string& path) {
     try {
-        const MappedFile file(path);
-        // Only version 4 has the third word.
-        std::uint32_t words[3] = {};
-        std::memcpy(words, file.getData(), std::min<std::size_t>(sizeof words, file.getBytes().size()));
-        return {words[1], words[1] >= 4 && words[2] != 0};
+        return Velmar::readVmmeshHeader(path);
     } catch (...) {
         throw makeFailureOf(path);
     }
 }
 
 bool isNamedByContent(const std::string& path, const Mesh& mesh) {
-    const std::string stem = Text::fileStem(path);
-    constexpr std::string_view prefix = "mesh_";
-    const bool has_checksum = stem.starts_with(prefix) && stem.size() > prefix.size() &&
-                              stem.find_first_not_of("0123456789", prefix.size()) == std::string::npos;
-    return !has_checksum || stem.substr(prefix.size()) == std::to_string(mesh.checksum());
+    const std::string name = Text::fileStem(path) + '.' + FileUtils::getExtension(path);
+    return !SceneNodeMesh::isMeshFileName(name) || name == SceneNodeMesh::getMeshFileName(mesh.checksum());
 }
 
 bool isWholeMesh(const std::string& path) {

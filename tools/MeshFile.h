@@ -3,6 +3,7 @@
 #include "import/MeshImport.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/VmmeshFile.h"
 #include "tools/Console.h"
 
 #include <cstdint>
@@ -47,14 +48,8 @@ Velmar::ImportedMesh readMesh(const std::string& path, float scale);
 /// written whole.
 std::uint64_t writeMesh(const Velmar::Mesh& mesh, OutputFile& output, bool compressed);
 
-/// What the first bytes of a vmmesh file say.
-struct VmmeshHeader {
-    std::uint32_t version = 0;
-    bool compressed = false;
-};
-
-/// The header of a vmmesh file that `readMesh` has read.
-VmmeshHeader readVmmeshHeader(const std::string& path);
+/// The header of a vmmesh file. Throws `Failure`.
+Velmar::VmmeshHeader readVmmeshHeader(const std::string& path);
 
 /// The first face that refers to a vertex, UV or material that doesn't exist, in words; empty when there is none.
 /// Neither the mesh nor the reader of vmmesh files checks this.

@@ -27,6 +27,9 @@ static_assert(sizeof(SceneNodeMesh) == 192);
 
 namespace {
 
+constexpr std::string_view file_name_prefix = "mesh_";
+constexpr std::string_view file_name_extension = ".vmmesh";
+
 /// A NaN counts as the default and isn't written.
 bool differs(double value, double default_value) {
     return value < default_value || value > default_value;
@@ -100,7 +103,18 @@ std::string SceneNodeMesh::getMeshFilePath(const String& scene_path, const Strin
     std::string directory = toStdString(meshes_dir);
     if (directory.empty())
         directory = FileUtils::join(scene_dir.view(), FileUtils::removeExtension(scene_path.view()) + "_meshes");
-    return FileUtils::join(directory, "mesh_" + std::to_string(mesh->checksum()) + ".vmmesh");
+    return FileUtils::join(directory, getMeshFileName(mesh->checksum()));
+}
+
+std::string SceneNodeMesh::getMeshFileName(std::uint64_t checksum) {
+    return std::string(file_name_prefix) + std::to_string(checksum) + std::string(file_name_extension);
+}
+
+bool SceneNodeMesh::isMeshFileName(std::string_view name) {
+    if (!name.starts_with(file_name_prefix) || !name.ends_with(file_name_extension)) return false;
+    name.remove_prefix(file_name_prefix.size());
+    name.remove_suffix(file_name_extension.size());
+    return !name.empty() && name.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 void SceneNodeMesh::traverse(TraversalState& state) {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Velmar {
 
@@ -23,7 +24,13 @@ class SceneNodeMesh : public Destroyable<SceneNodeMesh, PlainSceneNode> {
 
     void traverse(TraversalState& state) override;
 
-    /// Where the mesh file of a scene goes: in `meshes_dir` or, when that is empty, in the folder beside the scene.
+    /// The name of the file of a mesh with this checksum.
+    static std::string getMeshFileName(std::uint64_t checksum);
+
+    /// Whether `name` has the form of `getMeshFileName`.
+    static bool isMeshFileName(std::string_view name);
+
+    /// The path of the mesh file of a scene: in `meshes_dir` or, when that is empty, in the folder beside the scene.
     std::string getMeshFilePath(const String& scene_path, const String& scene_dir, const String& meshes_dir) const;
 
     /// The mesh file that this node names; what `writeXML` writes is named by its checksum instead.
