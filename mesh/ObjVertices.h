@@ -1,7 +1,7 @@
 #pragma once
 
+#include "velmarbulkmemory.h"
 #include "velmarcompiler.h"
-#include "velmarmemory.h"
 #include "velmarvector.h"
 
 #include "mesh/MeshBuilder.h"
@@ -78,7 +78,7 @@ class ObjVertexMap {
         const std::uint64_t new_count = bucket_count == 0 ? initial_buckets : bucket_count * 2;
         if (new_count > std::numeric_limits<std::size_t>::max() / sizeof(Bucket)) throw BadAlloc();
         const std::size_t bytes = new_count * sizeof(Bucket);
-        Bucket* const old = std::exchange(buckets, static_cast<Bucket*>(sdkAlignedMalloc(bytes, alignment)));
+        Bucket* const old = std::exchange(buckets, static_cast<Bucket*>(bulkAlignedMalloc(bytes, alignment)));
         const std::uint64_t old_count = std::exchange(bucket_count, new_count);
         std::memset(static_cast<void*>(buckets), 0xFF, bytes);
         for (std::uint64_t i = 0; i < old_count; ++i)

@@ -22,7 +22,7 @@ std::string describeKind(const std::string& path) {
     if (format == "obj") return "Wavefront OBJ";
     if (format == "ply") return "PLY";
     if (format == "stl") return "STL";
-    const VmmeshHeader header = readVmmeshHeader(path);
+    const Velmar::VmmeshHeader header = readVmmeshHeader(path);
     return "vmmesh version " + std::to_string(header.version) +
            (header.compressed ? ", compressed" : ", not compressed");
 }
