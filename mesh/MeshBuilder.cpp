@@ -47,12 +47,16 @@ void MeshBuilder::addPolygon(std::span<const std::uint32_t> v, std::span<const s
 }
 
 void MeshBuilder::build() {
+    finish();
+    mesh.build();
+}
+
+void MeshBuilder::finish() noexcept {
     vertices.finish();
     normals.finish();
     uvs.finish();
     triangles.finish();
     quads.finish();
-    mesh.build();
 }
 
 MeshBuilder::Materials::Materials(const Mesh& mesh)

@@ -5,9 +5,11 @@
 #include "mesh/Mesh.h"
 #include "mesh/RecordAppender.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <string>
@@ -45,6 +47,7 @@ class MeshBuilder {
   public:
     /// Appends to `filled`. `text` is the cursor of the text that is read into it, for a forecast of its size.
     explicit MeshBuilder(Mesh& filled, const Parser* text = nullptr);
+    ~MeshBuilder() { finish(); }
     MeshBuilder(const MeshBuilder&) = delete;
     MeshBuilder& operator=(const MeshBuilder&) = delete;
 
@@ -52,7 +55,7 @@ class MeshBuilder {
     void raiseNumUVMappings(std::uint32_t n) { mesh.raiseNumUVMappings(n); }
 
     /// Appends a vertex without a normal and returns its index. Nothing is checked.
-    std::uint32_t addVertex(const Vec3f& position) {
+    VELMAR_ALWAYS_INLINE std::uint32_t addVertex(const Vec3f& position) {
         vertices.append() = position;
         return static_cast<std::uint32_t>(vertices.size() - 1);
     }
@@ -137,6 +140,8 @@ class MeshBuilder {
     void build();
 
   private:
+    void finish() noexcept;
+
     enum class FaceKind { triangle, quad };
 
     /// Seeded, so that the names in a file can't be chosen to collide. Finds names by views.
@@ -157,12 +162,27 @@ class MeshBuilder {
 
     [[noreturn]] static void throwOutOfBounds(FaceKind kind, const char* what, std::uint32_t index);
 
+    // Corners are written out one by one: compilers keep arrays that loops go through in memory.
+
+    template <std::size_t corners, class Check>
+    VELMAR_ALWAYS_INLINE static bool areInBounds(const std::uint32_t (&indices)[corners], Check isInBounds) {
+        static_assert(corners == 3 || corners == 4);
+        bool result = isInBounds(indices[0]) && isInBounds(indices[1]) && isInBounds(indices[2]);
+        if constexpr (corners == 4) result = result && isInBounds(indices[3]);
+        return result;
+    }
+
+    template <std::size_t corners, class Check>
+    static std::uint32_t firstOutOfBounds(const std::uint32_t (&indices)[corners], Check isInBounds) {
+        return *std::find_if_not(std::begin(indices), std::end(indices), isInBounds);
+    }
+
     /// All vertex indices of a face are checked before the first UV index.
     template <std::size_t corners>
     VELMAR_ALWAYS_INLINE void checkVertexIndices(FaceKind kind, const std::uint32_t (&vertex_indices)[corners]) const {
-        for (const std::uint32_t index : vertex_indices)
-            if (index >= vertices.size()) [[unlikely]]
-                throwOutOfBounds(kind, "vertex", index);
+        const auto isInBounds = [count = vertices.size()](std::uint32_t index) { return index < count; };
+        if (!areInBounds(vertex_indices, isInBounds)) [[unlikely]]
+            throwOutOfBounds(kind, "vertex", firstOutOfBounds(vertex_indices, isInBounds));
     }
 
     template <std::size_t corners>
@@ -170,19 +190,27 @@ class MeshBuilder {
         const std::uint32_t num_uv_mappings = mesh.num_uv_mappings;
         if (num_uv_mappings == 0) return;
         // The product wraps at 32 bits, and files rely on what this accepts.
-        for (const std::uint32_t index : uv_indices)
-            if (num_uv_mappings * index >= static_cast<std::uint32_t>(uvs.size())) [[unlikely]]
-                throwOutOfBounds(kind, "uv", index);
+        const auto isInBounds = [num_uv_mappings, count = static_cast<std::uint32_t>(uvs.size())](std::uint32_t index) {
+            return num_uv_mappings * index < count;
+        };
+        if (!areInBounds(uv_indices, isInBounds)) [[unlikely]]
+            throwOutOfBounds(kind, "uv", firstOutOfBounds(uv_indices, isInBounds));
     }
 
     /// Field by field: to copy a local record, the processor would wait until its parts are stored.
     template <class Face, std::size_t corners>
     VELMAR_ALWAYS_INLINE static void writeFace(Face& face, const std::uint32_t (&vertex_indices)[corners],
                                                const std::uint32_t (&uv_indices)[corners], std::uint32_t material) {
-        for (std::size_t i = 0; i < corners; ++i)
-            face.vertex_indices[i] = vertex_indices[i];
-        for (std::size_t i = 0; i < corners; ++i)
-            face.uv_indices[i] = uv_indices[i];
+        face.vertex_indices[0] = vertex_indices[0];
+        face.vertex_indices[1] = vertex_indices[1];
+        face.vertex_indices[2] = vertex_indices[2];
+        face.uv_indices[0] = uv_indices[0];
+        face.uv_indices[1] = uv_indices[1];
+        face.uv_indices[2] = uv_indices[2];
+        if constexpr (corners == 4) {
+            face.vertex_indices[3] = vertex_indices[3];
+            face.uv_indices[3] = uv_indices[3];
+        }
         face.material_index = material;
     }
 

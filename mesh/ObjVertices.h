@@ -142,7 +142,7 @@ class ObjVertices {
         return next_vertex++;
     }
 
-    void addVertex(const Position& position, std::uint32_t normal_at, bool has_normal) {
+    VELMAR_ALWAYS_INLINE void addVertex(const Position& position, std::uint32_t normal_at, bool has_normal) {
         if (next_vertex == 0) [[unlikely]] {
             // Most files have as many vertices as positions before their first face.
             mesh.tryReserveVertices(positions.size());

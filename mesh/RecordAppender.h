@@ -1,5 +1,6 @@
 #pragma once
 
+#include "velmarcompiler.h"
 #include "velmarmemory.h"
 #include "velmarvector.h"
 
@@ -14,7 +15,8 @@
 namespace Velmar {
 
 /// Appends to a list record by record. While it exists, the size of the list has no meaning: it includes memory that is
-/// reserved for records to come and costs nothing before it is written. The destructor gives the list its true size.
+/// reserved for records to come and costs nothing before it is written. `finish` or the destructor gives the list its
+/// true size.
 template <class T>
 class RecordAppender {
   public:
@@ -23,12 +25,12 @@ class RecordAppender {
     explicit RecordAppender(Vector<T>& filled, const Parser* read_text = nullptr)
         : records(filled), text(read_text), first(filled.data()), count(filled.size()), reserved(count),
           initial_capacity(filled.capacity()) {}
-    ~RecordAppender() { finish(); }
+    ~RecordAppender() { records.resizeUninitialized(count); }
     RecordAppender(const RecordAppender&) = delete;
     RecordAppender& operator=(const RecordAppender&) = delete;
 
     /// A record for the caller to write.
-    T& append() {
+    VELMAR_ALWAYS_INLINE T& append() {
         if (count == reserved) [[unlikely]]
             grow();
         return first[count++];
@@ -63,8 +65,8 @@ class RecordAppender {
         if (n > reserved - count) growTo(count + n);
     }
 
-    /// Gives the list its true size and the capacity that single appends would have given it: memory that was only a
-    /// forecast is released. Nothing may be appended afterwards.
+    /// Gives the list its true size, which the destructor does too, and the capacity that single appends would have
+    /// given it: memory that was only a forecast is released. Nothing may be appended afterwards.
     void finish() noexcept {
         records.resizeUninitialized(count);
         reserved = count;
