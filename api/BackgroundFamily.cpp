@@ -1,8 +1,7 @@
 #include "api/Handles.h"
 #include "api/MaterialValues.h"
 #include "api/NewObject.h"
-#include "scene/DiffuseMaterial.h"
-#include "scene/SunSkyMaterial.h"
+#include "scene/Material.h"
 
 using namespace Velmar;
 

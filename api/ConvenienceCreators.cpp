@@ -1,7 +1,7 @@
 #include "api/Handles.h"
 #include "api/MaterialValues.h"
-#include "scene/MatrixRotation.h"
-#include "scene/SunSkyMaterial.h"
+#include "scene/Material.h"
+#include "scene/Rotations.h"
 #include "scene/nodes/SceneNodeSphere.h"
 
 using namespace Velmar;

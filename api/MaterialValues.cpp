@@ -1,10 +1,9 @@
 #include "api/MaterialValues.h"
 
-#include "scene/ConstantWavelengthDependentParam.h"
-#include "scene/DiffuseMaterial.h"
-#include "scene/RGBSpectrum.h"
+#include "scene/Material.h"
+#include "scene/MaterialParams.h"
 #include "scene/SceneNodeMaterial.h"
-#include "scene/UniformSpectrum.h"
+#include "scene/Spectra.h"
 
 namespace Velmar {
 

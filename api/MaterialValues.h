@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scene/WavelengthDependentParam.h"
+#include "scene/MaterialParams.h"
 
 namespace Velmar {
 

@@ -1,6 +1,6 @@
 #include "api/Handles.h"
 #include "api/NewObject.h"
-#include "scene/MatrixRotation.h"
+#include "scene/Rotations.h"
 
 #include <algorithm>
 #include <iostream>

@@ -3,12 +3,10 @@
 #include "velmarvector.h"
 
 #include "api/Handles.h"
-#include "renderer/DataManager.h"
 #include "renderer/ImageBuffers.h"
 #include "renderer/LibraryCall.h"
-#include "renderer/RenderBuffer.h"
+#include "renderer/LibraryServices.h"
 #include "renderer/Renderer.h"
-#include "renderer/ToneMapper.h"
 
 namespace {
 

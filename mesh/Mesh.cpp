@@ -14,19 +14,6 @@
 namespace Velmar {
 
 // The renderer library reads a mesh by these.
-static_assert(offsetof(Mesh, num_uv_mappings) == 16);
-static_assert(offsetof(Mesh, used_materials) == 24);
-static_assert(offsetof(Mesh, verts) == 48);
-static_assert(offsetof(Mesh, normals) == 72);
-static_assert(offsetof(Mesh, uv_layout) == 96);
-static_assert(offsetof(Mesh, uv_pairs) == 104);
-static_assert(offsetof(Mesh, triangles) == 128);
-static_assert(offsetof(Mesh, quads) == 152);
-static_assert(offsetof(Mesh, aabb_min) == 176);
-static_assert(offsetof(Mesh, aabb_max) == 188);
-static_assert(offsetof(Mesh, num_materials_referenced) == 200);
-static_assert(sizeof(Mesh) == 208);
-
 namespace {
 
 constexpr std::size_t triangle_words = sizeof(MeshTriangle) / sizeof(std::uint32_t);

@@ -5,6 +5,7 @@
 #include "velmarvec.h"
 #include "velmarvector.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -19,6 +20,11 @@ struct MeshTriangle {
     std::uint32_t material_index;
 };
 
+static_assert(offsetof(MeshTriangle, vertex_indices) == 0);
+static_assert(offsetof(MeshTriangle, uv_indices) == 12);
+static_assert(offsetof(MeshTriangle, material_index) == 24);
+static_assert(sizeof(MeshTriangle) == 28);
+
 /// A quad, with the same bytes in memory and, unfiltered, in mesh files.
 struct MeshQuad {
     std::uint32_t vertex_indices[4];
@@ -26,7 +32,9 @@ struct MeshQuad {
     std::uint32_t material_index;
 };
 
-static_assert(sizeof(MeshTriangle) == 28);
+static_assert(offsetof(MeshQuad, vertex_indices) == 0);
+static_assert(offsetof(MeshQuad, uv_indices) == 16);
+static_assert(offsetof(MeshQuad, material_index) == 32);
 static_assert(sizeof(MeshQuad) == 36);
 
 /// A polygon mesh in memory: flat records in the order in which they were added. Nothing is reordered, welded or
@@ -112,5 +120,18 @@ class Mesh : public Destroyable<Mesh, ThreadSafeRefCounted> {
     Vec3f aabb_max = empty_box_max;
     std::uint32_t num_materials_referenced = 0;
 };
+
+static_assert(offsetof(Mesh, num_uv_mappings) == 16);
+static_assert(offsetof(Mesh, used_materials) == 24);
+static_assert(offsetof(Mesh, verts) == 48);
+static_assert(offsetof(Mesh, normals) == 72);
+static_assert(offsetof(Mesh, uv_layout) == 96);
+static_assert(offsetof(Mesh, uv_pairs) == 104);
+static_assert(offsetof(Mesh, triangles) == 128);
+static_assert(offsetof(Mesh, quads) == 152);
+static_assert(offsetof(Mesh, aabb_min) == 176);
+static_assert(offsetof(Mesh, aabb_max) == 188);
+static_assert(offsetof(Mesh, num_materials_referenced) == 200);
+static_assert(sizeof(Mesh) == 208);
 
 } // namespace Velmar

@@ -7,13 +7,6 @@
 
 namespace Velmar {
 
-struct AlignedFloatVectorLayout {
-    static_assert(offsetof(AlignedFloatVector, e) == 0);
-    static_assert(offsetof(AlignedFloatVector, size_) == 8);
-    static_assert(offsetof(AlignedFloatVector, capacity_) == 16);
-    static_assert(offsetof(AlignedFloatVector, allocator) == 24);
-};
-
 namespace {
 
 constexpr std::uint64_t alignment = 16;

@@ -4,28 +4,6 @@
 
 namespace Velmar {
 
-static_assert(offsetof(ChannelBlock, layer_width) == 312 - 312);
-static_assert(offsetof(ChannelBlock, layer_height) == 320 - 312);
-static_assert(offsetof(ChannelBlock, floats_per_pixel) == 328 - 312);
-static_assert(offsetof(ChannelBlock, second_width) == 336 - 312);
-static_assert(offsetof(ChannelBlock, second_height) == 344 - 312);
-static_assert(offsetof(ChannelBlock, main_buffer) == 352 - 312);
-static_assert(offsetof(ChannelBlock, second_buffer) == 384 - 312);
-static_assert(offsetof(ChannelBlock, third_buffer) == 416 - 312);
-static_assert(offsetof(ChannelBlock, layers) == 448 - 312);
-static_assert(offsetof(ChannelBlock, alpha) == 472 - 312);
-static_assert(offsetof(ChannelBlock, normals) == 528 - 312);
-static_assert(offsetof(ChannelBlock, normals_pre_bump) == 584 - 312);
-static_assert(offsetof(ChannelBlock, depth) == 640 - 312);
-static_assert(offsetof(ChannelBlock, position) == 696 - 312);
-static_assert(offsetof(ChannelBlock, material_id) == 752 - 312);
-static_assert(offsetof(ChannelBlock, object_id) == 808 - 312);
-static_assert(offsetof(ChannelBlock, material_masks) == 864 - 312);
-static_assert(offsetof(ChannelBlock, object_masks) == 888 - 312);
-static_assert(offsetof(ChannelBlock, lighting_passes) == 912 - 312);
-static_assert(offsetof(ChannelBlock, spectral) == 1360 - 312);
-static_assert(offsetof(ChannelBlock, all_channels) == 1416 - 312);
-
 namespace {
 
 constexpr std::int32_t alpha_offset_in_gpu_layer = 3;

@@ -1,27 +1,36 @@
-; The operations of a RendererImpl that hand their arguments on to its library object, for the Microsoft assembler.
-; Only the first argument, which names the object, is replaced; all others stay where they are, in registers of either
-; kind and on the stack, and the library's operation returns straight to the caller.
-;
-; rcx: the RendererImpl, whose library object stands at offset 16; operations have 8 bytes each in the object's table.
+; Calls of the library's "VelmarInterface" object, for the Microsoft assembler. Only the first argument is replaced, by
+; the library object. All others stay where they are, in registers of either kind and on the stack, and the library's
+; operation returns straight to the caller. The numbers are those of `LibrarySlot`.
 
-forward MACRO slot
-velmarForwardToSlot&slot PROC
+; rcx is a RendererImpl, whose library object is at offset 16. Operations have 8 bytes each in its table.
+jump MACRO slot
     mov rcx, qword ptr [rcx + 16]
     mov rax, qword ptr [rcx]
     jmp qword ptr [rax + 8 * slot]
-velmarForwardToSlot&slot ENDP
+ENDM
+
+forward MACRO operation, slot
+operation PROC
+    jump slot
+operation ENDP
 ENDM
 
 .code
 
-    forward 2
-    forward 5
-    forward 6
-    forward 8
-    forward 10
-    forward 11
-    forward 12
-    forward 13
-    forward 14
+    forward velmarForwardUnknown2, 2
+    forward velmarForwardUnknown5, 5
+    forward velmarForwardUnknown6, 6
+    forward velmarForwardUnknown8, 8
+    forward velmarForwardUnknown10, 10
+    forward velmarForwardStart, 11
+    forward velmarForwardPause, 12
+    forward velmarForwardResume, 13
+    forward velmarForwardStop, 14
+
+; rcx is a Renderer, whose RendererImpl is at offset 16.
+velmarUpdateScene PROC
+    mov rcx, qword ptr [rcx + 16]
+    jump 15
+velmarUpdateScene ENDP
 
 END

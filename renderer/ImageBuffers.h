@@ -1,13 +1,41 @@
 #pragma once
 
+#include "reference.h"
 #include "velmarmemory.h"
 #include "velmarthreadsaferefcounted.h"
 
+#include "renderer/MasterBuffer.h"
 #include "utils/System.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
+
+class SceneNodeRoot;
+
+/// Owns the image store of one render.
+class RenderBuffer : public Destroyable<RenderBuffer, ThreadSafeRefCounted> {
+  public:
+    /// Makes the image store that the scene's render settings ask for. Width, height and super sample factor are taken
+    /// as in the settings, set or not.
+    /// Throws `VelmarException` when the scene has no render settings or the store can't be allocated.
+    explicit RenderBuffer(const Reference<SceneNodeRoot>& scene);
+    ~RenderBuffer();
+
+    MasterBuffer* getMasterBuffer() const { return master_buffer; }
+
+  private:
+    struct Layout;
+
+    MasterBuffer* master_buffer;
+};
+
+struct RenderBuffer::Layout {
+    static_assert(offsetof(RenderBuffer, master_buffer) == 16);
+};
+
+static_assert(sizeof(RenderBuffer) == 24);
 
 /// An image of floats for the renderer library to fill. This side only makes and destroys it.
 class FloatBuffer : public Destroyable<FloatBuffer, ThreadSafeRefCounted> {
@@ -16,13 +44,20 @@ class FloatBuffer : public Destroyable<FloatBuffer, ThreadSafeRefCounted> {
     ~FloatBuffer();
 
   private:
-    friend struct FloatBufferLayout;
+    struct Layout;
 
     OwnedMutex image_lock;
     [[maybe_unused]] std::uint64_t reserved_24[2]{};
     /// Allocated by `sdkMalloc`.
     void* e = nullptr;
     [[maybe_unused]] std::uint64_t reserved_48[2]{};
+};
+
+struct FloatBuffer::Layout {
+    static_assert(offsetof(FloatBuffer, image_lock) == 16);
+    static_assert(offsetof(FloatBuffer, reserved_24) == 24);
+    static_assert(offsetof(FloatBuffer, e) == 40);
+    static_assert(offsetof(FloatBuffer, reserved_48) == 48);
 };
 
 static_assert(sizeof(FloatBuffer) == 64);
@@ -34,7 +69,7 @@ class UInt8Buffer : public Destroyable<UInt8Buffer, ThreadSafeRefCounted> {
     ~UInt8Buffer();
 
   private:
-    friend struct UInt8BufferLayout;
+    struct Layout;
 
     struct ImageDescription : SdkAllocated {
         ~ImageDescription() { sdkAlignedFree(e); }
@@ -45,9 +80,7 @@ class UInt8Buffer : public Destroyable<UInt8Buffer, ThreadSafeRefCounted> {
         std::uint64_t components = 3;
     };
 
-    static_assert(sizeof(ImageDescription) == 48);
-
-    /// Owns a description; a member of its own, so that it goes too when the lock can't be made.
+    /// Owns a description; a member of its own, so that it is freed too when the lock can't be made.
     struct OwnedDescription {
         OwnedDescription() : description(new ImageDescription) {}
         ~OwnedDescription() { delete description; }
@@ -59,6 +92,16 @@ class UInt8Buffer : public Destroyable<UInt8Buffer, ThreadSafeRefCounted> {
 
     OwnedDescription image;
     OwnedMutex image_lock;
+};
+
+struct UInt8Buffer::Layout {
+    static_assert(offsetof(UInt8Buffer, image) == 16);
+    static_assert(offsetof(UInt8Buffer, image_lock) == 24);
+
+    static_assert(offsetof(ImageDescription, e) == 0);
+    static_assert(offsetof(ImageDescription, reserved) == 8);
+    static_assert(offsetof(ImageDescription, components) == 40);
+    static_assert(sizeof(ImageDescription) == 48);
 };
 
 static_assert(sizeof(UInt8Buffer) == 32);

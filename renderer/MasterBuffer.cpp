@@ -2,49 +2,9 @@
 
 #include "utils/PlatformUtils.h"
 
-#include <cstddef>
 #include <cstring>
 
 namespace Velmar {
-
-static_assert(offsetof(MasterBuffer, reserved_8) == 8);
-static_assert(offsetof(MasterBuffer, greatest_tile_edge) == 12);
-static_assert(offsetof(MasterBuffer, reserved_16) == 16);
-static_assert(offsetof(MasterBuffer, reserved_24) == 24);
-static_assert(offsetof(MasterBuffer, constructed_at) == 32);
-static_assert(offsetof(MasterBuffer, reserved_40) == 40);
-static_assert(offsetof(MasterBuffer, reserved_48) == 48);
-static_assert(offsetof(MasterBuffer, reserved_56) == 56);
-static_assert(offsetof(MasterBuffer, begun_at) == 80);
-static_assert(offsetof(MasterBuffer, reserved_88) == 88);
-static_assert(offsetof(MasterBuffer, reserved_96) == 96);
-static_assert(offsetof(MasterBuffer, start_level) == 104);
-static_assert(offsetof(MasterBuffer, reserved_112) == 112);
-static_assert(offsetof(MasterBuffer, reserved_136) == 136);
-static_assert(offsetof(MasterBuffer, reserved_144) == 144);
-static_assert(offsetof(MasterBuffer, critical_section_152) == 152);
-static_assert(offsetof(MasterBuffer, condition_variable_192) == 192);
-static_assert(offsetof(MasterBuffer, reserved_200) == 200);
-static_assert(offsetof(MasterBuffer, reserved_208) == 208);
-static_assert(offsetof(MasterBuffer, reserved_216) == 216);
-static_assert(offsetof(MasterBuffer, critical_section_232) == 232);
-static_assert(offsetof(MasterBuffer, critical_section_272) == 272);
-static_assert(offsetof(MasterBuffer, channels) == 312);
-static_assert(offsetof(MasterBuffer, has_regions) == 1440);
-static_assert(offsetof(MasterBuffer, critical_section_1448) == 1448);
-static_assert(offsetof(MasterBuffer, reserved_1488) == 1488);
-static_assert(offsetof(MasterBuffer, width) == 1504);
-static_assert(offsetof(MasterBuffer, height) == 1508);
-static_assert(offsetof(MasterBuffer, layer_width) == 1512);
-static_assert(offsetof(MasterBuffer, layer_height) == 1516);
-static_assert(offsetof(MasterBuffer, margin) == 1520);
-static_assert(offsetof(MasterBuffer, super_sample_factor) == 1524);
-static_assert(offsetof(MasterBuffer, start_divider) == 1528);
-static_assert(offsetof(MasterBuffer, reserved_1532) == 1532);
-static_assert(offsetof(MasterBuffer, progressive) == 1536);
-static_assert(offsetof(MasterBuffer, reserved_1544) == 1544);
-static_assert(offsetof(MasterBuffer, regions) == 1568);
-static_assert(offsetof(MasterBuffer, allocator) == 1592);
 
 namespace {
 
@@ -64,7 +24,7 @@ void zeroFill(AlignedFloatVector& buffer) {
 
 } // namespace
 
-// The members' own destructors end the object: what stands last goes first.
+// The members' own destructors release everything, the last member first.
 MasterBuffer::MasterBuffer(const ImageStoreSize& size, const Vector<String>& layer_names, bool gpu,
                            const RenderChannelRequest& request)
     : greatest_tile_edge(greatestEdgeWithin(tile_area)), begun_at(PlatformUtils::getTimeSeconds()),

@@ -5,11 +5,11 @@
 #include "velmarstring.h"
 #include "velmarvector.h"
 
-#include "renderer/Allocator.h"
+#include "renderer/AlignedFloatVector.h"
 #include "renderer/ChannelLayout.h"
-#include "renderer/RenderChannelRequest.h"
 #include "utils/System.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
@@ -110,6 +110,44 @@ class MasterBuffer : public SdkAllocated {
     Reference<quorl::Allocator> allocator;
 };
 
+static_assert(offsetof(MasterBuffer, reserved_8) == 8);
+static_assert(offsetof(MasterBuffer, greatest_tile_edge) == 12);
+static_assert(offsetof(MasterBuffer, reserved_16) == 16);
+static_assert(offsetof(MasterBuffer, reserved_24) == 24);
+static_assert(offsetof(MasterBuffer, constructed_at) == 32);
+static_assert(offsetof(MasterBuffer, reserved_40) == 40);
+static_assert(offsetof(MasterBuffer, reserved_48) == 48);
+static_assert(offsetof(MasterBuffer, reserved_56) == 56);
+static_assert(offsetof(MasterBuffer, begun_at) == 80);
+static_assert(offsetof(MasterBuffer, reserved_88) == 88);
+static_assert(offsetof(MasterBuffer, reserved_96) == 96);
+static_assert(offsetof(MasterBuffer, start_level) == 104);
+static_assert(offsetof(MasterBuffer, reserved_112) == 112);
+static_assert(offsetof(MasterBuffer, reserved_136) == 136);
+static_assert(offsetof(MasterBuffer, reserved_144) == 144);
+static_assert(offsetof(MasterBuffer, critical_section_152) == 152);
+static_assert(offsetof(MasterBuffer, condition_variable_192) == 192);
+static_assert(offsetof(MasterBuffer, reserved_200) == 200);
+static_assert(offsetof(MasterBuffer, reserved_208) == 208);
+static_assert(offsetof(MasterBuffer, reserved_216) == 216);
+static_assert(offsetof(MasterBuffer, critical_section_232) == 232);
+static_assert(offsetof(MasterBuffer, critical_section_272) == 272);
+static_assert(offsetof(MasterBuffer, channels) == 312);
+static_assert(offsetof(MasterBuffer, has_regions) == 1440);
+static_assert(offsetof(MasterBuffer, critical_section_1448) == 1448);
+static_assert(offsetof(MasterBuffer, reserved_1488) == 1488);
+static_assert(offsetof(MasterBuffer, width) == 1504);
+static_assert(offsetof(MasterBuffer, height) == 1508);
+static_assert(offsetof(MasterBuffer, layer_width) == 1512);
+static_assert(offsetof(MasterBuffer, layer_height) == 1516);
+static_assert(offsetof(MasterBuffer, margin) == 1520);
+static_assert(offsetof(MasterBuffer, super_sample_factor) == 1524);
+static_assert(offsetof(MasterBuffer, start_divider) == 1528);
+static_assert(offsetof(MasterBuffer, reserved_1532) == 1532);
+static_assert(offsetof(MasterBuffer, progressive) == 1536);
+static_assert(offsetof(MasterBuffer, reserved_1544) == 1544);
+static_assert(offsetof(MasterBuffer, regions) == 1568);
+static_assert(offsetof(MasterBuffer, allocator) == 1592);
 static_assert(sizeof(MasterBuffer) == 1600);
 
 } // namespace Velmar

@@ -3,15 +3,15 @@
 #include "velmarstring.h"
 #include "velmarthreadsaferefcounted.h"
 
-#include "renderer/InterfaceRef.h"
 #include "renderer/LibraryObject.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
 
 /// The loaded renderer library. Everything that holds one of the library's objects holds the context too, so that the
-/// library goes last.
+/// library is unloaded last.
 class VelmarContext : public Destroyable<VelmarContext, ThreadSafeRefCounted> {
   public:
     using CreateInstance = std::int32_t (*)(const String* class_name, LibraryObject** object);
@@ -49,5 +49,13 @@ class VelmarContext : public Destroyable<VelmarContext, ThreadSafeRefCounted> {
     GlobalLibraryInit global_library_init = nullptr;
     GlobalLibraryShutdown global_library_shutdown = nullptr;
 };
+
+static_assert(offsetof(VelmarContext, sdk_dir) == 16);
+static_assert(offsetof(VelmarContext, appdata_dir) == 56);
+static_assert(offsetof(VelmarContext, dll_handle) == 96);
+static_assert(offsetof(VelmarContext, create_instance) == 104);
+static_assert(offsetof(VelmarContext, global_library_init) == 112);
+static_assert(offsetof(VelmarContext, global_library_shutdown) == 120);
+static_assert(sizeof(VelmarContext) == 128);
 
 } // namespace Velmar

@@ -1,22 +1,36 @@
 #include "scene/SceneNode.h"
 
-#include "scene/ClassValuedSlot.h"
+#include "scene/ClassSupport.h"
 #include "scene/SceneNodeRoot.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 namespace Velmar {
 
-struct SceneNodeLayout {
-    static_assert(offsetof(SceneNode, parent) == 16);
-    static_assert(offsetof(SceneNode, child_nodes_begin) == 24);
-    static_assert(offsetof(SceneNode, child_nodes_end) == 32);
-    static_assert(offsetof(SceneNode, name) == 40);
-    static_assert(offsetof(SceneNode, uid) == 80);
-    static_assert(offsetof(SceneNode, change_flags) == 84);
-    static_assert(offsetof(SceneNode, type) == 88);
-};
+String getNodeTypeName(NodeType type) {
+    static constexpr std::array<const char*, 16> names = {
+        "Root",
+        "Camera",
+        "Render Settings",
+        "Material",
+        "Mesh",
+        "Object",
+        "Sphere",
+        "Medium",
+        "Tone Mapping",
+        "Rectangle Light",
+        "Background Settings",
+        "Metadata",
+        "Parametric Surface",
+        "Displaced Quad",
+        "Scatter",
+        "Section Plane",
+    };
+    const auto code = static_cast<std::size_t>(type);
+    return code < names.size() ? names[code] : "Unknown type";
+}
 
 namespace {
 
@@ -118,6 +132,11 @@ bool SceneNode::isBaseEqual(const SceneNode& other) const {
     return uid == other.uid && getName() == other.getName();
 }
 
+SceneNode* SceneNode::findNode(const NodeUIDMap& map, UID uid, NodeType type) {
+    SceneNode* const* const found = map.find(uid);
+    return found != nullptr && *found != nullptr && (*found)->type == type ? *found : nullptr;
+}
+
 void SceneNode::traverseOwnUID(const TraversalState& state) {
     if (state.kind == TraversalKind::OffsetUIDs) uid = offsetUID(uid, state.uid_offset);
 }
@@ -137,7 +156,7 @@ bool PlainSceneNode::refersToNode(const SceneNode*) const {
 }
 
 Vector<UID>* PlainSceneNode::getDependencyUIDsInto(Vector<UID>* result) const {
-    return new (static_cast<void*>(result)) Vector<UID>();
+    return constructResult(result, Vector<UID>());
 }
 
 bool PlainSceneNode::isEqual(const SceneNode* other) const {

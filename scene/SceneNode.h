@@ -5,14 +5,38 @@
 #include "velmarthreadsaferefcounted.h"
 #include "velmarvector.h"
 
-#include "scene/NodeType.h"
 #include "scene/SceneTables.h"
 #include "scene/TraversalState.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
 namespace Velmar {
+
+/// What a node is. The renderer library knows kinds that this library has no class for; checks of a node's kind do too.
+enum class NodeType : std::uint32_t {
+    Root = 0,
+    Camera = 1,
+    RenderSettings = 2,
+    Material = 3,
+    Mesh = 4,
+    Object = 5,
+    Sphere = 6,
+    Medium = 7,
+    ToneMapping = 8,
+    RectangleLight = 9,
+    BackgroundSettings = 10,
+    Metadata = 11,
+    ParametricSurface = 12,
+    DisplacedQuad = 13,
+    Scatter = 14,
+    SectionPlane = 15,
+    Curve1D = 16,
+};
+
+/// The name that messages show for a node's kind; "Unknown type" for codes without one, curves among them.
+String getNodeTypeName(NodeType type);
 
 class OStream;
 class SceneNodeRoot;
@@ -23,8 +47,9 @@ struct XMLWriteOptions;
 /// threads.
 ///
 /// The sixteen virtual operations are called by position from the renderer library, which also derives classes from
-/// this one: their order, their parameters and the layout of the fields must not change. An operation whose result is a
-/// class value takes the place for it as its first argument, constructs the result there and returns that place.
+/// this one: their order, their parameters and the layout of the fields must not change. An operation whose name ends
+/// with `Into` constructs a class value in the place that it is given, and returns that place: its slot returns the
+/// value.
 class SceneNode : public ThreadSafeRefCounted {
   public:
     // Slot 0 is `destroy` of `ThreadSafeRefCounted`.
@@ -35,7 +60,7 @@ class SceneNode : public ThreadSafeRefCounted {
     virtual const String& getName() const;
     /// Slot 3. True when `other` is this very node.
     virtual bool isSameNode(const SceneNode* other) const;
-    /// Slot 4. Constructs in `result` a reference to a copy outside any scene; null for classes that aren't copied.
+    /// Slot 4. A copy outside any scene; null for classes that aren't copied.
     virtual Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const = 0;
     /// Slot 5. Rebinds node references to the nodes of equal UID in `map`.
     virtual void updateNodeReferences(const NodeUIDMap& map) = 0;
@@ -56,9 +81,9 @@ class SceneNode : public ThreadSafeRefCounted {
     virtual void getModelMaskNames(MaskNameMap& map) const;
     /// Slot 13. True when this node refers to `node`.
     virtual bool refersToNode(const SceneNode* node) const = 0;
-    /// Slot 14. Constructs in `result` the UIDs of the nodes that this node refers to.
+    /// Slot 14. The UIDs of the nodes that this node refers to.
     virtual Vector<UID>* getDependencyUIDsInto(Vector<UID>* result) const = 0;
-    /// Slot 15. Exact comparison of what the class holds to count for equality.
+    /// Slot 15. Exact comparison of the fields that count for equality in the class.
     virtual bool isEqual(const SceneNode* other) const = 0;
 
     /// The natural forms of slots 4 and 14.
@@ -73,7 +98,7 @@ class SceneNode : public ThreadSafeRefCounted {
     SceneNode* getParent() const { return parent; }
     void setParent(SceneNode* new_parent) { parent = new_parent; }
 
-    /// The scene that this node stands in, or null.
+    /// The scene that this node is in, or null.
     SceneNodeRoot* getRootNode();
 
     /// The children in the order of adding; only a root has any.
@@ -88,7 +113,7 @@ class SceneNode : public ThreadSafeRefCounted {
     static Vector<String> getModelMaskNameList(const SceneNode& node);
 
   protected:
-    explicit SceneNode(NodeType type);
+    explicit SceneNode(NodeType type_);
     ~SceneNode() = default;
 
     /// The last step of every `clone`: carries UID, name and change flags over to the new object.
@@ -96,6 +121,9 @@ class SceneNode : public ThreadSafeRefCounted {
 
     /// UID and name are equal: the whole comparison of classes without data of their own to compare.
     bool isBaseEqual(const SceneNode& other) const;
+
+    /// The node of that UID and kind in `map`, or null: what a reference to such a node is rebound to.
+    static SceneNode* findNode(const NodeUIDMap& map, UID uid, NodeType type);
 
     /// Offsets the node's own UID on `OffsetUIDs`: the whole pass of classes that no other kind concerns.
     void traverseOwnUID(const TraversalState& state);
@@ -109,10 +137,20 @@ class SceneNode : public ThreadSafeRefCounted {
     const NodeType type;
 
   private:
-    friend struct SceneNodeLayout;
+    struct Layout;
 
     // Keeps fields of derived classes out of the tail padding, where another compiler wouldn't look for them.
     [[maybe_unused]] std::uint32_t tail_padding = 0;
+};
+
+struct SceneNode::Layout {
+    static_assert(offsetof(SceneNode, parent) == 16);
+    static_assert(offsetof(SceneNode, child_nodes_begin) == 24);
+    static_assert(offsetof(SceneNode, child_nodes_end) == 32);
+    static_assert(offsetof(SceneNode, name) == 40);
+    static_assert(offsetof(SceneNode, uid) == 80);
+    static_assert(offsetof(SceneNode, change_flags) == 84);
+    static_assert(offsetof(SceneNode, type) == 88);
 };
 
 static_assert(sizeof(SceneNode) == 96);

@@ -2,8 +2,8 @@
 
 #include "velmarexceptions.h"
 
-#include "scene/ClassValuedSlot.h"
-#include "scene/DiffuseMaterial.h"
+#include "scene/ClassSupport.h"
+#include "scene/Material.h"
 #include "scene/NumberText.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/XMLPrimitives.h"
@@ -13,13 +13,9 @@
 #include <cstring>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace Velmar {
-
-static_assert(offsetof(SceneNodeMaterial, material) == 96);
-static_assert(offsetof(SceneNodeMaterial, scatter_uids) == 104);
-static_assert(offsetof(SceneNodeMaterial, scatter_nodes) == 128);
-static_assert(sizeof(SceneNodeMaterial) == 152);
 
 namespace {
 
@@ -32,7 +28,7 @@ struct NodeReferenceRule {
 };
 
 /// The kinds of material with references of their own. Their classes live in the renderer library and hold the
-/// references side by side, directly behind the fields of `Material`.
+/// references one after the other, directly after the fields of `Material`.
 constexpr NodeReferenceRule reference_rules[] = {
     {0, 0, NodeType::Material}, {0, 1, NodeType::Material}, {2, 1, NodeType::Medium},
     {6, 0, NodeType::Medium},   {7, 2, NodeType::Medium},
@@ -43,7 +39,8 @@ Reference<SceneNode>& nodeReferenceOf(Material& material, std::size_t index) {
     return reinterpret_cast<Reference<SceneNode>*>(behind_base)[index];
 }
 
-/// Scatter nodes begin, behind the fields of `SceneNode`, with the UID of the material node that they are bound to.
+/// The own fields of scatter nodes, after those of `SceneNode`, begin with the UID of the material node that they are
+/// bound to.
 void setScatterOwner(SceneNode& scatter, UID owner) {
     std::memcpy(reinterpret_cast<char*>(&scatter) + sizeof(SceneNode), &owner, sizeof owner);
 }
@@ -71,7 +68,7 @@ const String& SceneNodeMaterial::getName() const {
 Reference<SceneNode>* SceneNodeMaterial::cloneInto(Reference<SceneNode>* result) const {
     const Reference<SceneNodeMaterial> copy(new SceneNodeMaterial);
     copyBaseFields(*this, *copy);
-    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+    return constructResult(result, copy);
 }
 
 void SceneNodeMaterial::updateNodeReferences(const NodeUIDMap& map) {
@@ -81,8 +78,7 @@ void SceneNodeMaterial::updateNodeReferences(const NodeUIDMap& map) {
         if (rule.material_kind != kind) continue;
         Reference<SceneNode>& reference = nodeReferenceOf(*material, rule.index);
         if (!reference) continue;
-        SceneNode* const* const found = map.find(reference->getUID());
-        if (found != nullptr && *found != nullptr && (*found)->getType() == rule.target_type) reference = *found;
+        if (SceneNode* const found = findNode(map, reference->getUID(), rule.target_type)) reference = found;
     }
 }
 
@@ -100,7 +96,7 @@ void SceneNodeMaterial::writeXML(OStream& stream, std::uint32_t depth, const XML
 }
 
 void SceneNodeMaterial::traverse(TraversalState& state) {
-    if (++state.depth > most_nested_visits)
+    if (++state.depth > max_nested_visits)
         throw VelmarException(toVelmarString("While traversing scene, exceeded maximum traversal depth, possible "
                                              "reference loop found. (at node UID " +
                                              uint32ToString(uid) + ", name '" + toStdString(getName()) + "')"));
@@ -150,7 +146,7 @@ Vector<UID>* SceneNodeMaterial::getDependencyUIDsInto(Vector<UID>* result) const
     for (const SceneNode* const scatter : scatter_nodes)
         appendAll(uids, scatter->getDependencyUIDs());
     if (material) appendAll(uids, material->getDependencyUIDs());
-    return moveIntoResult(uids, result);
+    return constructResult(result, std::move(uids));
 }
 
 } // namespace Velmar

@@ -3,6 +3,7 @@
 #include "scene/Material.h"
 #include "scene/SceneNode.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
@@ -12,7 +13,7 @@ namespace Velmar {
 class SceneNodeMaterial : public Destroyable<SceneNodeMaterial, PlainSceneNode> {
   public:
     /// How many visits of material nodes may be nested in a pass.
-    static constexpr std::int32_t most_nested_visits = 100;
+    static constexpr std::int32_t max_nested_visits = 100;
 
     /// With a new `DiffuseMaterial` named "Material".
     SceneNodeMaterial();
@@ -48,5 +49,10 @@ class SceneNodeMaterial : public Destroyable<SceneNodeMaterial, PlainSceneNode> 
   private:
     void bindScatterNodes();
 };
+
+static_assert(offsetof(SceneNodeMaterial, material) == 96);
+static_assert(offsetof(SceneNodeMaterial, scatter_uids) == 104);
+static_assert(offsetof(SceneNodeMaterial, scatter_nodes) == 128);
+static_assert(sizeof(SceneNodeMaterial) == 152);
 
 } // namespace Velmar

@@ -2,27 +2,16 @@
 
 #include "velmarexceptions.h"
 
+#include "scene/ClassSupport.h"
 #include "scene/NumberText.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/XMLPrimitives.h"
-#include "scene/XMLWriteOptions.h"
 #include "utils/OStream.h"
 
 #include <algorithm>
 #include <cstddef>
 
 namespace Velmar {
-
-struct SceneNodeRootLayout {
-    static_assert(offsetof(SceneNodeRoot, child_nodes) == 96);
-    static_assert(offsetof(SceneNodeRoot, uid_to_node) == 120);
-    static_assert(offsetof(SceneNodeRoot, changed_nodes) == 160);
-    static_assert(offsetof(SceneNodeRoot, next_uid) == 200);
-    static_assert(offsetof(SceneNodeRoot, mutex) == 208);
-    static_assert(offsetof(SceneNodeRoot, changed_node_count) == 216);
-    static_assert(offsetof(SceneNodeRoot, changes_pending) == 224);
-    static_assert(sizeof(SceneNodeRoot) == 232);
-};
 
 SceneNodeRoot::SceneNodeRoot() : Destroyable(NodeType::Root) {
     uid = root_uid;
@@ -93,12 +82,12 @@ void SceneNodeRoot::addChangedNode(const Reference<SceneNode>& node) {
 }
 
 Reference<SceneNode>* SceneNodeRoot::cloneInto(Reference<SceneNode>* result) const {
-    return new (static_cast<void*>(result)) Reference<SceneNode>();
+    return constructResult(result, nullptr);
 }
 
 void SceneNodeRoot::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
     // Reporting at each node would cost more than the writing of small ones.
-    constexpr double least_progress = 0.01;
+    constexpr double min_progress = 0.01;
 
     writeOpenTag(stream, depth, "scene");
     float last_reported = 0.0f;
@@ -108,7 +97,7 @@ void SceneNodeRoot::writeXML(OStream& stream, std::uint32_t depth, const XMLWrit
         if (i + 1 < count) stream.write("\n");
         if (options.progress_listener != nullptr) {
             const float fraction = static_cast<float>(i) / static_cast<float>(count);
-            if (static_cast<double>(fraction - last_reported) > least_progress) {
+            if (static_cast<double>(fraction - last_reported) > min_progress) {
                 options.progress_listener->reportProgress(fraction);
                 last_reported = fraction;
             }

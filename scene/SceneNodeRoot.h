@@ -45,7 +45,7 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     void traverse(TraversalState& state) override;
 
   private:
-    friend struct SceneNodeRootLayout;
+    struct Layout;
 
     void growChildList(std::size_t count);
 
@@ -58,5 +58,17 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     std::uint64_t changed_node_count = 0;
     bool changes_pending = false;
 };
+
+struct SceneNodeRoot::Layout {
+    static_assert(offsetof(SceneNodeRoot, child_nodes) == 96);
+    static_assert(offsetof(SceneNodeRoot, uid_to_node) == 120);
+    static_assert(offsetof(SceneNodeRoot, changed_nodes) == 160);
+    static_assert(offsetof(SceneNodeRoot, next_uid) == 200);
+    static_assert(offsetof(SceneNodeRoot, mutex) == 208);
+    static_assert(offsetof(SceneNodeRoot, changed_node_count) == 216);
+    static_assert(offsetof(SceneNodeRoot, changes_pending) == 224);
+};
+
+static_assert(sizeof(SceneNodeRoot) == 232);
 
 } // namespace Velmar

@@ -1,20 +1,18 @@
 #include "scene/SceneNodeTonemapping.h"
 
+#include "scene/ClassSupport.h"
 #include "scene/XMLPrimitives.h"
-
-#include <cstddef>
 
 namespace Velmar {
 
-static_assert(offsetof(SceneNodeTonemapping, scale) == 96);
-static_assert(offsetof(SceneNodeTonemapping, pre_scale) == 104);
-static_assert(offsetof(SceneNodeTonemapping, post_scale) == 112);
-static_assert(offsetof(SceneNodeTonemapping, burn) == 120);
-static_assert(offsetof(SceneNodeTonemapping, response_function_path) == 128);
-static_assert(offsetof(SceneNodeTonemapping, film_iso) == 168);
-static_assert(offsetof(SceneNodeTonemapping, ev_adjust) == 176);
-static_assert(offsetof(SceneNodeTonemapping, tone_mapper_kind) == 184);
-static_assert(sizeof(SceneNodeTonemapping) == 192);
+namespace {
+
+constexpr FieldList fields(&SceneNodeTonemapping::scale, &SceneNodeTonemapping::pre_scale,
+                           &SceneNodeTonemapping::post_scale, &SceneNodeTonemapping::burn,
+                           &SceneNodeTonemapping::response_function_path, &SceneNodeTonemapping::film_iso,
+                           &SceneNodeTonemapping::ev_adjust, &SceneNodeTonemapping::tone_mapper_kind);
+
+} // namespace
 
 SceneNodeTonemapping::SceneNodeTonemapping() : Destroyable(NodeType::ToneMapping) {
     name = "Tone Mapping";
@@ -23,15 +21,8 @@ SceneNodeTonemapping::SceneNodeTonemapping() : Destroyable(NodeType::ToneMapping
 Reference<SceneNode>* SceneNodeTonemapping::cloneInto(Reference<SceneNode>* result) const {
     const Reference<SceneNodeTonemapping> copy(new SceneNodeTonemapping);
     copyBaseFields(*this, *copy);
-    copy->scale = scale;
-    copy->pre_scale = pre_scale;
-    copy->post_scale = post_scale;
-    copy->burn = burn;
-    copy->response_function_path = response_function_path;
-    copy->film_iso = film_iso;
-    copy->ev_adjust = ev_adjust;
-    copy->tone_mapper_kind = tone_mapper_kind;
-    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+    fields.copy(*this, *copy);
+    return constructResult(result, copy);
 }
 
 void SceneNodeTonemapping::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
@@ -73,10 +64,7 @@ void SceneNodeTonemapping::writeXML(OStream& stream, std::uint32_t depth, const 
 
 bool SceneNodeTonemapping::isEqual(const SceneNode* other) const {
     if (!isBaseEqual(*other) || other->getType() != NodeType::ToneMapping) return false;
-    const auto& node = static_cast<const SceneNodeTonemapping&>(*other);
-    return scale == node.scale && pre_scale == node.pre_scale && post_scale == node.post_scale && burn == node.burn &&
-           response_function_path == node.response_function_path && film_iso == node.film_iso &&
-           ev_adjust == node.ev_adjust && tone_mapper_kind == node.tone_mapper_kind;
+    return fields.areEqual(*this, static_cast<const SceneNodeTonemapping&>(*other));
 }
 
 } // namespace Velmar

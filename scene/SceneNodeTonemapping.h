@@ -2,6 +2,7 @@
 
 #include "scene/SceneNode.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
@@ -29,5 +30,15 @@ class SceneNodeTonemapping : public Destroyable<SceneNodeTonemapping, PlainScene
     double ev_adjust = 0.0;
     std::uint32_t tone_mapper_kind = linear;
 };
+
+static_assert(offsetof(SceneNodeTonemapping, scale) == 96);
+static_assert(offsetof(SceneNodeTonemapping, pre_scale) == 104);
+static_assert(offsetof(SceneNodeTonemapping, post_scale) == 112);
+static_assert(offsetof(SceneNodeTonemapping, burn) == 120);
+static_assert(offsetof(SceneNodeTonemapping, response_function_path) == 128);
+static_assert(offsetof(SceneNodeTonemapping, film_iso) == 168);
+static_assert(offsetof(SceneNodeTonemapping, ev_adjust) == 176);
+static_assert(offsetof(SceneNodeTonemapping, tone_mapper_kind) == 184);
+static_assert(sizeof(SceneNodeTonemapping) == 192);
 
 } // namespace Velmar

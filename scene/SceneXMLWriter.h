@@ -1,7 +1,7 @@
 #pragma once
 
 #include "scene/SceneNodeRoot.h"
-#include "scene/XMLWriteOptions.h"
+#include "scene/XMLPrimitives.h"
 
 namespace Velmar {
 
@@ -9,7 +9,7 @@ namespace Velmar {
 struct SceneWriteRequest {
     /// The file to write, UTF-8.
     String path;
-    /// Where mesh files go; empty for the folder beside the scene.
+    /// The folder of the mesh files; empty for the one next to the scene.
     String meshes_dir;
     /// Whether relative paths are written joined to the scene's directory.
     bool resolve_relative_paths = true;

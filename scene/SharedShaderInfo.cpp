@@ -1,17 +1,37 @@
 #include "scene/SharedShaderInfo.h"
 
-#include "scene/DependencyPaths.h"
+#include "scene/TraversalState.h"
 #include "scene/XMLPrimitives.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <cstring>
 
 namespace Velmar {
 
-static_assert(offsetof(SharedShaderInfo, parameters) == 16);
-static_assert(offsetof(SharedShaderInfo, includes) == 40);
-static_assert(offsetof(SharedShaderInfo, textures) == 64);
-static_assert(offsetof(SharedShaderInfo, shader) == 88);
-static_assert(sizeof(SharedShaderInfo) == 128);
+bool TexCoordGeneration::isNeutral() const {
+    if (getType() != affine_kind) return false;
+    constexpr double neutral[6] = {1, 0, 0, 1, 0, 0};
+    double values[6];
+    std::memcpy(values, reinterpret_cast<const char*>(this) + sizeof(TexCoordGeneration), sizeof values);
+    return std::ranges::equal(values, neutral);
+}
+
+void writeTexture(const Texture& texture, OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) {
+    writeOpenTag(stream, depth, "texture");
+    writePathElement(stream, depth + 1, "path", texture.path, options);
+    if (texture.a != 0.0) writeDoubleElement(stream, depth + 1, "a", texture.a);
+    if (texture.b != 1.0) writeDoubleElement(stream, depth + 1, "b", texture.b);
+    if (texture.c != 0.0) writeDoubleElement(stream, depth + 1, "c", texture.c);
+    if (texture.uv_set_index != 0) writeInt32Element(stream, depth + 1, "uv_set_index", texture.uv_set_index);
+    if (texture.has_exponent) writeDoubleElement(stream, depth + 1, "exponent", texture.exponent);
+    if (texture.tex_coord_generation && !texture.tex_coord_generation->isNeutral()) {
+        writeOpenTag(stream, depth + 1, "tex_coord_generation");
+        texture.tex_coord_generation->writeXML(stream, depth + 2);
+        writeCloseTag(stream, depth + 1, "tex_coord_generation");
+    }
+    if (texture.smooth) writeBoolElement(stream, depth + 1, "smooth", true);
+    writeCloseTag(stream, depth, "texture");
+}
 
 void SharedShaderInfo::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
     const std::uint32_t content_depth = depth + 2;
@@ -22,7 +42,7 @@ void SharedShaderInfo::writeXML(OStream& stream, std::uint32_t depth, const XMLW
         writeStringElement(stream, content_depth, "include", include);
     for (const Texture& texture : textures)
         writeTexture(texture, stream, content_depth, options);
-    // Written even when empty, and always as it stands: the program's line breaks and blanks are part of it.
+    // Written even when empty, and always unchanged: the program's line breaks and blanks are part of it.
     stream.write(String(content_depth, '\t'));
     stream.write("<shader><![CDATA[");
     stream.write(shader);

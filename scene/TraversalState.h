@@ -6,6 +6,7 @@
 
 #include "scene/SceneTables.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -32,7 +33,7 @@ enum class TraversalKind : std::uint32_t {
 /// The argument of `SceneNode::traverse`: one object carries one pass over the scene. Made and destroyed through slots
 /// 8 and 9 of any node. Its layout is shared with the renderer library.
 struct TraversalState final : SdkAllocated {
-    TraversalState(TraversalKind kind, const String& scene_path, const String& scene_dir);
+    TraversalState(TraversalKind kind_, const String& scene_path_, const String& scene_dir_);
     ~TraversalState();
     TraversalState(const TraversalState&) = delete;
     TraversalState& operator=(const TraversalState&) = delete;
@@ -57,5 +58,24 @@ struct TraversalState final : SdkAllocated {
   private:
     static constexpr float infinity = std::numeric_limits<float>::infinity();
 };
+
+static_assert(offsetof(TraversalState, scene_path) == 0);
+static_assert(offsetof(TraversalState, scene_dir) == 40);
+static_assert(offsetof(TraversalState, meshes_dir) == 80);
+static_assert(offsetof(TraversalState, kind) == 120);
+static_assert(offsetof(TraversalState, dependencies) == 128);
+static_assert(offsetof(TraversalState, visited_meshes) == 152);
+static_assert(offsetof(TraversalState, path_map) == 192);
+static_assert(offsetof(TraversalState, mesh_dependencies_as_paths) == 232);
+static_assert(offsetof(TraversalState, bounds_min) == 236);
+static_assert(offsetof(TraversalState, bounds_max) == 248);
+static_assert(offsetof(TraversalState, uid_offset) == 260);
+static_assert(offsetof(TraversalState, mesh_cache) == 264);
+static_assert(offsetof(TraversalState, depth) == 272);
+static_assert(sizeof(TraversalState) == 280);
+
+/// The new path of `old_path`, found by exact comparison of bytes.
+/// Throws `VelmarException` when `path_map` has none.
+String mapDependencyPath(const PathMap& path_map, const String& old_path);
 
 } // namespace Velmar

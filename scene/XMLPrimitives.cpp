@@ -11,6 +11,31 @@ namespace Velmar {
 
 namespace {
 
+std::string_view entityOf(char character) {
+    switch (character) {
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '"':
+        return "&quot;";
+    default:
+        return "&amp;";
+    }
+}
+
+/// Calls `put` with the pieces that make up the escaped value.
+template <class Put>
+void forEachEscapedPiece(std::string_view value, Put put) {
+    while (!value.empty()) {
+        const std::size_t plain = value.find_first_of("<>\"&");
+        put(value.substr(0, plain));
+        if (plain == std::string_view::npos) break;
+        put(entityOf(value[plain]));
+        value.remove_prefix(plain + 1);
+    }
+}
+
 /// Gathers the pieces of an element, so that one costs the stream one call.
 class ElementText {
   public:
@@ -41,13 +66,7 @@ class ElementText {
     }
 
     ElementText& escaped(std::string_view value) {
-        while (!value.empty()) {
-            const std::size_t plain = value.find_first_of("<>\"&");
-            text(value.substr(0, plain));
-            if (plain == std::string_view::npos) break;
-            text(entityOf(value[plain]));
-            value.remove_prefix(plain + 1);
-        }
+        forEachEscapedPiece(value, [this](std::string_view piece) { text(piece); });
         return *this;
     }
 
@@ -62,19 +81,6 @@ class ElementText {
     void endLine() {
         text("\n");
         flush();
-    }
-
-    static std::string_view entityOf(char character) {
-        switch (character) {
-        case '<':
-            return "&lt;";
-        case '>':
-            return "&gt;";
-        case '"':
-            return "&quot;";
-        default:
-            return "&amp;";
-        }
     }
 
   private:
@@ -107,12 +113,7 @@ bool needsCDATA(std::string_view value) {
 std::string escapeXMLEntities(std::string_view text) {
     std::string result;
     result.reserve(text.size());
-    for (const char byte : text) {
-        if (byte == '<' || byte == '>' || byte == '"' || byte == '&')
-            result += ElementText::entityOf(byte);
-        else
-            result += byte;
-    }
+    forEachEscapedPiece(text, [&result](std::string_view piece) { result += piece; });
     return result;
 }
 

@@ -3,15 +3,56 @@
 #include "velmarstring.h"
 #include "velmarvec.h"
 
-#include "scene/XMLWriteOptions.h"
 #include "utils/OStream.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 
 namespace Velmar {
+
+/// Receives the progress of writing a document. Called by slot number, because listeners live in other libraries.
+class ProgressListener {
+  public:
+    ProgressListener() = default;
+    ProgressListener(const ProgressListener&) = delete;
+    ProgressListener& operator=(const ProgressListener&) = delete;
+
+    /// Slot 0: runs the destructor and, with bit 0 of `flags` set, frees the memory. Not called by the writer.
+    virtual void* destroy(unsigned flags) = 0;
+    /// Slot 1: `fraction` lies between 0 and 1, both excluded.
+    virtual void reportProgress(float fraction) = 0;
+
+  protected:
+    ~ProgressListener() = default;
+};
+
+/// What nodes need to know of the document that they write themselves into. Made once a document.
+struct XMLWriteOptions {
+    /// The path given to the writer.
+    String scene_path;
+    /// `scene_path` up to its last slash or backslash, without it; empty if it has none.
+    String scene_dir;
+    /// The folder of the mesh files; empty for the one next to the scene.
+    String meshes_dir;
+    /// Whether relative paths are written joined to `scene_dir`.
+    bool resolve_relative_paths = true;
+    bool write_material_uids = true;
+    std::uint32_t write_mode = 0;
+    /// Not owned; null for none.
+    ProgressListener* progress_listener = nullptr;
+};
+
+static_assert(offsetof(XMLWriteOptions, scene_path) == 0);
+static_assert(offsetof(XMLWriteOptions, scene_dir) == 40);
+static_assert(offsetof(XMLWriteOptions, meshes_dir) == 80);
+static_assert(offsetof(XMLWriteOptions, resolve_relative_paths) == 120);
+static_assert(offsetof(XMLWriteOptions, write_material_uids) == 121);
+static_assert(offsetof(XMLWriteOptions, write_mode) == 124);
+static_assert(offsetof(XMLWriteOptions, progress_listener) == 128);
+static_assert(sizeof(XMLWriteOptions) == 136);
 
 class SceneNode;
 
@@ -36,7 +77,7 @@ void writeUInt32Element(OStream& stream, std::uint32_t depth, std::string_view n
 void writeDoubleElement(OStream& stream, std::uint32_t depth, std::string_view name, double value);
 /// One line: three numbers with one space between.
 void writeVec3Element(OStream& stream, std::uint32_t depth, std::string_view name, const Vec3d& value);
-/// Three lines: the nine numbers stand on the middle one, row after row, each followed by a space.
+/// Three lines: the nine numbers are on the middle one, row after row, each followed by a space.
 void writeMatrix3Element(OStream& stream, std::uint32_t depth, std::string_view name, std::span<const double, 9> value);
 
 /// One line: the value with its entities escaped, or in a CDATA section when it begins or ends with white space or

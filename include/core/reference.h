@@ -7,7 +7,7 @@
 namespace Velmar {
 
 /// Holds a counted object: adds 1 to its count while it points there, and destroys the object with the last holder.
-/// A holder made for an object of count 0 is its first, so when it goes the object goes with it.
+/// A holder made for an object of count 0 is its first, so the object is destroyed with it.
 template <class T>
 class Reference {
   public:

@@ -64,12 +64,12 @@ class HashTable {
 
   private:
     static constexpr std::uint64_t initial_buckets = 4;
-    static constexpr std::uint64_t most_entries_per_bucket = 8;
+    static constexpr std::uint64_t max_entries_per_bucket = 8;
 
     std::uint64_t bucketOf(const Key& key) const { return Traits::hash(key) & mask; }
 
     void growFor(std::uint64_t further_entries) {
-        while (entry_count + further_entries > most_entries_per_bucket * buckets.size())
+        while (entry_count + further_entries > max_entries_per_bucket * buckets.size())
             grow();
     }
 

@@ -40,7 +40,7 @@ class ThreadSafeRefCounted : public SdkAllocated {
   protected:
     ~ThreadSafeRefCounted() = default;
 
-    /// For the classes that must not be destroyed while a `Reference` holds them; all others go regardless.
+    /// For the classes that must not be destroyed while a `Reference` holds them; all others are, regardless.
     void assertUnreferenced() const { assertThat(getRefCount() == 0, "refcount == 0"); }
 
   private:

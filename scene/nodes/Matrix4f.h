@@ -15,7 +15,7 @@ struct alignas(16) Vec4f {
     bool operator==(const Vec4f&) const = default;
 };
 
-/// A 4 by 4 matrix in column-major order: row r of column c stands at `e[r + 4 * c]`. A point is a column vector on the
+/// A 4 by 4 matrix in column-major order: row r of column c is `e[r + 4 * c]`. A point is a column vector on the
 /// right, so entries 12, 13 and 14 are the translation.
 struct alignas(16) Matrix4f {
     float e[16];
@@ -111,7 +111,7 @@ Vec4f mul(const Matrix4f& m, const Vec4f& v);
 /// Multiplies columns 0, 1 and 2 of `m` by `s` in all four components; column 3 stays.
 void scaleUpperColumns(Matrix4f& m, float s);
 
-/// Transposes all sixteen entries, so the translation goes to the bottom row.
+/// Transposes all sixteen entries, so the bottom row becomes the translation.
 void transpose(const Matrix4f& m, Matrix4f& out);
 
 /// The determinant of the upper 3 by 3.

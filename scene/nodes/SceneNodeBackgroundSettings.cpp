@@ -1,14 +1,9 @@
 #include "scene/nodes/SceneNodeBackgroundSettings.h"
 
+#include "scene/ClassSupport.h"
 #include "scene/XMLPrimitives.h"
 
-#include <cstddef>
-
 namespace Velmar {
-
-static_assert(offsetof(SceneNodeBackgroundSettings, emission_scale) == 96);
-static_assert(offsetof(SceneNodeBackgroundSettings, background_material) == 104);
-static_assert(sizeof(SceneNodeBackgroundSettings) == 112);
 
 SceneNodeBackgroundSettings::SceneNodeBackgroundSettings() : Destroyable(NodeType::BackgroundSettings) {
     name = "Background Settings";
@@ -17,7 +12,7 @@ SceneNodeBackgroundSettings::SceneNodeBackgroundSettings() : Destroyable(NodeTyp
 Reference<SceneNode>* SceneNodeBackgroundSettings::cloneInto(Reference<SceneNode>* result) const {
     const Reference<SceneNodeBackgroundSettings> copy(new SceneNodeBackgroundSettings);
     copyBaseFields(*this, *copy);
-    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+    return constructResult(result, copy);
 }
 
 void SceneNodeBackgroundSettings::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {

@@ -2,8 +2,9 @@
 
 #include "scene/Material.h"
 #include "scene/SceneNode.h"
-#include "scene/nodes/EmissionScale.h"
+#include "scene/nodes/LightRecords.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
@@ -22,5 +23,9 @@ class SceneNodeBackgroundSettings : public Destroyable<SceneNodeBackgroundSettin
     Reference<EmissionScale> emission_scale;
     Reference<Material> background_material;
 };
+
+static_assert(offsetof(SceneNodeBackgroundSettings, emission_scale) == 96);
+static_assert(offsetof(SceneNodeBackgroundSettings, background_material) == 104);
+static_assert(sizeof(SceneNodeBackgroundSettings) == 112);
 
 } // namespace Velmar

@@ -2,31 +2,34 @@
 
 #include "velmarexceptions.h"
 
-#include "scene/DependencyPaths.h"
+#include "scene/ClassSupport.h"
+#include "scene/TraversalState.h"
 #include "scene/XMLPrimitives.h"
-#include "scene/nodes/WorldBounds.h"
-
-#include <cstddef>
+#include "scene/nodes/TransformPath.h"
 
 namespace Velmar {
 
-static_assert(offsetof(SceneNodeCamera, aperture_radius) == 96);
-static_assert(offsetof(SceneNodeCamera, focus_distance) == 104);
-static_assert(offsetof(SceneNodeCamera, sensor_width) == 112);
-static_assert(offsetof(SceneNodeCamera, lens_sensor_dist) == 120);
-static_assert(offsetof(SceneNodeCamera, exposure_duration) == 128);
-static_assert(offsetof(SceneNodeCamera, lens_shift_up_distance) == 136);
-static_assert(offsetof(SceneNodeCamera, lens_shift_right_distance) == 144);
-static_assert(offsetof(SceneNodeCamera, autofocus) == 152);
-static_assert(offsetof(SceneNodeCamera, obstacle_map) == 160);
-static_assert(offsetof(SceneNodeCamera, aperture_shape) == 200);
-static_assert(offsetof(SceneNodeCamera, keyframes) == 208);
-static_assert(offsetof(SceneNodeCamera, up) == 232);
-static_assert(offsetof(SceneNodeCamera, forwards) == 256);
-static_assert(offsetof(SceneNodeCamera, camera_type) == 280);
-static_assert(sizeof(SceneNodeCamera) == 288);
+Reference<ApertureShape> ApertureShape::clone() const {
+    return valueOfSlot<Reference<ApertureShape>>([this](auto* place) { return cloneInto(place); });
+}
+
+void ApertureCircular::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
+    writeOpenTag(stream, depth, "aperture_shape");
+    writeEmptyTag(stream, depth + 1, "circular");
+    writeCloseTag(stream, depth, "aperture_shape");
+}
+
+Reference<ApertureShape>* ApertureCircular::cloneInto(Reference<ApertureShape>* result) const {
+    return constructResult(result, new ApertureCircular);
+}
 
 namespace {
+
+constexpr FieldList compared_fields(&SceneNodeCamera::aperture_radius, &SceneNodeCamera::focus_distance,
+                                    &SceneNodeCamera::sensor_width, &SceneNodeCamera::lens_sensor_dist,
+                                    &SceneNodeCamera::exposure_duration, &SceneNodeCamera::lens_shift_up_distance,
+                                    &SceneNodeCamera::lens_shift_right_distance, &SceneNodeCamera::autofocus,
+                                    &SceneNodeCamera::obstacle_map, &SceneNodeCamera::up, &SceneNodeCamera::forwards);
 
 std::string_view cameraTypeName(std::uint32_t camera_type) {
     switch (camera_type) {
@@ -57,20 +60,10 @@ void SceneNodeCamera::setPosition(const Vec3d& pos) {
 Reference<SceneNode>* SceneNodeCamera::cloneInto(Reference<SceneNode>* result) const {
     const Reference<SceneNodeCamera> copy(new SceneNodeCamera);
     copyBaseFields(*this, *copy);
-    copy->aperture_radius = aperture_radius;
-    copy->focus_distance = focus_distance;
-    copy->sensor_width = sensor_width;
-    copy->lens_sensor_dist = lens_sensor_dist;
-    copy->exposure_duration = exposure_duration;
-    copy->lens_shift_up_distance = lens_shift_up_distance;
-    copy->lens_shift_right_distance = lens_shift_right_distance;
-    copy->autofocus = autofocus;
-    copy->obstacle_map = obstacle_map;
+    compared_fields.copy(*this, *copy);
     copy->aperture_shape = aperture_shape->clone();
     copy->keyframes = keyframes;
-    copy->up = up;
-    copy->forwards = forwards;
-    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+    return constructResult(result, copy);
 }
 
 void SceneNodeCamera::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
@@ -130,12 +123,7 @@ void SceneNodeCamera::traverse(TraversalState& state) {
 
 bool SceneNodeCamera::isEqual(const SceneNode* other) const {
     if (!isBaseEqual(*other) || other->getType() != NodeType::Camera) return false;
-    const auto& node = static_cast<const SceneNodeCamera&>(*other);
-    return aperture_radius == node.aperture_radius && focus_distance == node.focus_distance &&
-           sensor_width == node.sensor_width && lens_sensor_dist == node.lens_sensor_dist &&
-           exposure_duration == node.exposure_duration && lens_shift_up_distance == node.lens_shift_up_distance &&
-           lens_shift_right_distance == node.lens_shift_right_distance && autofocus == node.autofocus &&
-           obstacle_map == node.obstacle_map && up == node.up && forwards == node.forwards;
+    return compared_fields.areEqual(*this, static_cast<const SceneNodeCamera&>(*other));
 }
 
 } // namespace Velmar

@@ -1,15 +1,71 @@
 #pragma once
 
+#include "reference.h"
+#include "velmarstring.h"
+#include "velmarthreadsaferefcounted.h"
 #include "velmarvec.h"
 #include "velmarvector.h"
 
 #include "scene/SceneNode.h"
-#include "scene/nodes/ApertureShape.h"
-#include "scene/nodes/KeyFrame.h"
+#include "scene/XMLPrimitives.h"
+#include "scene/nodes/TransformPath.h"
+#include "utils/OStream.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
+
+/// The shape of a camera's aperture. Called by slot number from the renderer library, which may have shapes of its
+/// own.
+class ApertureShape : public ThreadSafeRefCounted {
+  public:
+    /// Kinds that `getType` returns.
+    static constexpr std::int32_t circular_kind = 0;
+    static constexpr std::int32_t image_kind = 2;
+
+    // Slot 0 is `destroy` of `ThreadSafeRefCounted`.
+
+    /// Slot 1.
+    virtual std::int32_t getType() const = 0;
+    /// Slot 2. Writes the element at `depth` tabs.
+    virtual void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const = 0;
+    /// Slot 3. A copy.
+    virtual Reference<ApertureShape>* cloneInto(Reference<ApertureShape>* result) const = 0;
+    /// Slot 4. Does nothing.
+    virtual void reservedSlot4() {}
+
+    /// The natural form of slot 3.
+    Reference<ApertureShape> clone() const;
+
+  protected:
+    ApertureShape() = default;
+    ~ApertureShape() = default;
+};
+
+static_assert(sizeof(ApertureShape) == 16);
+
+class ApertureCircular : public Destroyable<ApertureCircular, ApertureShape> {
+  public:
+    std::int32_t getType() const override { return circular_kind; }
+    void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
+    Reference<ApertureShape>* cloneInto(Reference<ApertureShape>* result) const override;
+};
+
+static_assert(sizeof(ApertureCircular) == 16);
+
+/// What is known of every shape of `image_kind`: it is read from a file. No class of this library is one.
+class ApertureImage : public ApertureShape {
+  public:
+    String path;
+
+  protected:
+    ApertureImage() = default;
+    ~ApertureImage() = default;
+};
+
+static_assert(offsetof(ApertureImage, path) == 16);
+static_assert(sizeof(ApertureImage) == 56);
 
 /// One camera. Nothing checks its fields: every value reaches the document as it was given.
 class SceneNodeCamera : public Destroyable<SceneNodeCamera, PlainSceneNode> {
@@ -24,7 +80,7 @@ class SceneNodeCamera : public Destroyable<SceneNodeCamera, PlainSceneNode> {
 
     /// The copy has an aperture shape of its own, and always a thin lens.
     Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
-    /// The camera's position stands in its key frames alone.
+    /// Only the key frames have the camera's position.
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
     /// Throws `VelmarException` when a path has no new one. A camera without a sound motion adds nothing to bounds.
     void traverse(TraversalState& state) override;
@@ -55,5 +111,21 @@ class SceneNodeCamera : public Destroyable<SceneNodeCamera, PlainSceneNode> {
     template <class Visit>
     void forEachPath(Visit visit);
 };
+
+static_assert(offsetof(SceneNodeCamera, aperture_radius) == 96);
+static_assert(offsetof(SceneNodeCamera, focus_distance) == 104);
+static_assert(offsetof(SceneNodeCamera, sensor_width) == 112);
+static_assert(offsetof(SceneNodeCamera, lens_sensor_dist) == 120);
+static_assert(offsetof(SceneNodeCamera, exposure_duration) == 128);
+static_assert(offsetof(SceneNodeCamera, lens_shift_up_distance) == 136);
+static_assert(offsetof(SceneNodeCamera, lens_shift_right_distance) == 144);
+static_assert(offsetof(SceneNodeCamera, autofocus) == 152);
+static_assert(offsetof(SceneNodeCamera, obstacle_map) == 160);
+static_assert(offsetof(SceneNodeCamera, aperture_shape) == 200);
+static_assert(offsetof(SceneNodeCamera, keyframes) == 208);
+static_assert(offsetof(SceneNodeCamera, up) == 232);
+static_assert(offsetof(SceneNodeCamera, forwards) == 256);
+static_assert(offsetof(SceneNodeCamera, camera_type) == 280);
+static_assert(sizeof(SceneNodeCamera) == 288);
 
 } // namespace Velmar

@@ -4,26 +4,12 @@
 
 #include "mesh/MeshLoading.h"
 #include "mesh/VmmeshFile.h"
-#include "scene/DependencyPaths.h"
+#include "scene/ClassSupport.h"
+#include "scene/TraversalState.h"
 #include "scene/XMLPrimitives.h"
 #include "utils/FileUtils.h"
 
-#include <cstddef>
-
 namespace Velmar {
-
-static_assert(offsetof(SceneNodeMesh, path) == 96);
-static_assert(offsetof(SceneNodeMesh, mesh) == 136);
-static_assert(offsetof(SceneNodeMesh, max_num_subdivisions) == 144);
-static_assert(offsetof(SceneNodeMesh, num_smoothings) == 148);
-static_assert(offsetof(SceneNodeMesh, subdivide_pixel_threshold) == 152);
-static_assert(offsetof(SceneNodeMesh, subdivide_curvature_threshold) == 160);
-static_assert(offsetof(SceneNodeMesh, displacement_error_threshold) == 168);
-static_assert(offsetof(SceneNodeMesh, view_dependent_subdivision) == 176);
-static_assert(offsetof(SceneNodeMesh, subdivision_smoothing) == 177);
-static_assert(offsetof(SceneNodeMesh, normal_smoothing) == 178);
-static_assert(offsetof(SceneNodeMesh, scale) == 184);
-static_assert(sizeof(SceneNodeMesh) == 192);
 
 namespace {
 
@@ -52,7 +38,7 @@ SceneNodeMesh::SceneNodeMesh() : Destroyable(NodeType::Mesh) {
 }
 
 Reference<SceneNode>* SceneNodeMesh::cloneInto(Reference<SceneNode>* result) const {
-    return new (static_cast<void*>(result)) Reference<SceneNode>();
+    return constructResult(result, nullptr);
 }
 
 void SceneNodeMesh::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {

@@ -3,6 +3,7 @@
 #include "mesh/Mesh.h"
 #include "scene/SceneNode.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -54,5 +55,18 @@ class SceneNodeMesh : public Destroyable<SceneNodeMesh, PlainSceneNode> {
     /// Reads the file at `path`, unless this pass has read it already with the same scale.
     void loadMeshFile(TraversalState& state);
 };
+
+static_assert(offsetof(SceneNodeMesh, path) == 96);
+static_assert(offsetof(SceneNodeMesh, mesh) == 136);
+static_assert(offsetof(SceneNodeMesh, max_num_subdivisions) == 144);
+static_assert(offsetof(SceneNodeMesh, num_smoothings) == 148);
+static_assert(offsetof(SceneNodeMesh, subdivide_pixel_threshold) == 152);
+static_assert(offsetof(SceneNodeMesh, subdivide_curvature_threshold) == 160);
+static_assert(offsetof(SceneNodeMesh, displacement_error_threshold) == 168);
+static_assert(offsetof(SceneNodeMesh, view_dependent_subdivision) == 176);
+static_assert(offsetof(SceneNodeMesh, subdivision_smoothing) == 177);
+static_assert(offsetof(SceneNodeMesh, normal_smoothing) == 178);
+static_assert(offsetof(SceneNodeMesh, scale) == 184);
+static_assert(sizeof(SceneNodeMesh) == 192);
 
 } // namespace Velmar

@@ -1,27 +1,14 @@
 #include "scene/nodes/SceneNodeModel.h"
 
-#include "scene/ClassValuedSlot.h"
-#include "scene/DependencyPaths.h"
+#include "scene/ClassSupport.h"
+#include "scene/TraversalState.h"
 #include "scene/XMLPrimitives.h"
-#include "scene/nodes/WorldBounds.h"
+#include "scene/nodes/TransformPath.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <utility>
 
 namespace Velmar {
-
-static_assert(offsetof(SceneNodeModel, keyframes) == 96);
-static_assert(offsetof(SceneNodeModel, rotation) == 120);
-static_assert(offsetof(SceneNodeModel, scale) == 128);
-static_assert(offsetof(SceneNodeModel, invisible_to_camera) == 136);
-static_assert(offsetof(SceneNodeModel, ies_profiles) == 144);
-static_assert(offsetof(SceneNodeModel, mask_name) == 168);
-static_assert(offsetof(SceneNodeModel, geometry_uid) == 208);
-static_assert(offsetof(SceneNodeModel, geometry) == 216);
-static_assert(offsetof(SceneNodeModel, materials) == 224);
-static_assert(offsetof(SceneNodeModel, material_uids) == 248);
-static_assert(offsetof(SceneNodeModel, emission_scales) == 272);
-static_assert(sizeof(SceneNodeModel) == 296);
 
 namespace {
 
@@ -83,15 +70,14 @@ Reference<SceneNode>* SceneNodeModel::cloneInto(Reference<SceneNode>* result) co
     copy->emission_scales = copiesOf(emission_scales);
     copy->materials = materials;
     copy->material_uids = material_uids;
-    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+    return constructResult(result, copy);
 }
 
 void SceneNodeModel::updateNodeReferences(const NodeUIDMap& map) {
     for (Reference<SceneNodeMaterial>& material : materials) {
         if (!material) continue;
-        SceneNode* const* const found = map.find(material->getUID());
-        if (found != nullptr && *found != nullptr && (*found)->getType() == NodeType::Material)
-            material = static_cast<SceneNodeMaterial*>(*found);
+        if (SceneNode* const found = findNode(map, material->getUID(), NodeType::Material))
+            material = static_cast<SceneNodeMaterial*>(found);
     }
 }
 
@@ -193,7 +179,7 @@ Vector<UID>* SceneNodeModel::getDependencyUIDsInto(Vector<UID>* result) const {
     uids.push_back(currentGeometryUID());
     for (const Reference<SceneNodeMaterial>& material : materials)
         if (material) uids.push_back(material->getUID());
-    return moveIntoResult(uids, result);
+    return constructResult(result, std::move(uids));
 }
 
 bool SceneNodeModel::isEqual(const SceneNode* other) const {

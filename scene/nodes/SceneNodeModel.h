@@ -2,14 +2,13 @@
 
 #include "velmarvector.h"
 
-#include "scene/Rotation.h"
+#include "scene/Rotations.h"
 #include "scene/SceneNode.h"
 #include "scene/SceneNodeMaterial.h"
-#include "scene/nodes/EmissionScale.h"
-#include "scene/nodes/IESProfile.h"
-#include "scene/nodes/KeyFrame.h"
+#include "scene/nodes/LightRecords.h"
 #include "scene/nodes/TransformPath.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
@@ -85,5 +84,18 @@ class SceneNodeModel : public Destroyable<SceneNodeModel, PlainSceneNode> {
     Box4f getWorldBounds() const;
     Box4f getMeshBounds(const SceneNodeMesh& mesh_node) const;
 };
+
+static_assert(offsetof(SceneNodeModel, keyframes) == 96);
+static_assert(offsetof(SceneNodeModel, rotation) == 120);
+static_assert(offsetof(SceneNodeModel, scale) == 128);
+static_assert(offsetof(SceneNodeModel, invisible_to_camera) == 136);
+static_assert(offsetof(SceneNodeModel, ies_profiles) == 144);
+static_assert(offsetof(SceneNodeModel, mask_name) == 168);
+static_assert(offsetof(SceneNodeModel, geometry_uid) == 208);
+static_assert(offsetof(SceneNodeModel, geometry) == 216);
+static_assert(offsetof(SceneNodeModel, materials) == 224);
+static_assert(offsetof(SceneNodeModel, material_uids) == 248);
+static_assert(offsetof(SceneNodeModel, emission_scales) == 272);
+static_assert(sizeof(SceneNodeModel) == 296);
 
 } // namespace Velmar

@@ -1,6 +1,6 @@
 #include "velmarexceptions.h"
 
-#include "scene/MatrixRotation.h"
+#include "scene/Rotations.h"
 #include "scene/nodes/Matrix4f.h"
 #include "scene/nodes/SceneNodeMesh.h"
 #include "scene/nodes/SceneNodeModel.h"
@@ -24,7 +24,7 @@ Box4f emptyBox() {
 }
 
 /// The axis and the angle of a rotation of that kind, whose classes live in the renderer library: they lie directly
-/// behind the fields of `Rotation`.
+/// after the fields of `Rotation`.
 struct AxisAndAngle {
     double axis[3];
     double angle;
@@ -65,7 +65,7 @@ void toMatrix(const Rotation& rotation, Matrix3f& m) {
     }
 }
 
-/// Displaced quads begin, behind the fields of `SceneNode`, with their two extents.
+/// The own fields of displaced quads, after those of `SceneNode`, begin with their two extents.
 Box4f displacedQuadBounds(const SceneNode& quad) {
     float extents[2];
     std::memcpy(extents, reinterpret_cast<const char*>(&quad) + sizeof(SceneNode), sizeof extents);

@@ -1,51 +1,15 @@
 #include "scene/nodes/SceneNodeRenderSettings.h"
 
+#include "scene/ClassSupport.h"
 #include "scene/XMLPrimitives.h"
-#include "scene/nodes/ColourCurves.h"
-#include "scene/nodes/ImageFilters.h"
-#include "scene/nodes/LayerSetting.h"
+#include "scene/nodes/ImageSettings.h"
 #include "scene/nodes/SceneNodeCurve1D.h"
-#include "scene/nodes/WhitePoint.h"
 
 #include <cstddef>
 
 namespace Velmar {
 
 using Settings = SceneNodeRenderSettings;
-
-static_assert(offsetof(Settings, bidirectional) == 96);
-static_assert(offsetof(Settings, save_vmi) == 108);
-static_assert(offsetof(Settings, metropolis) == 114);
-static_assert(offsetof(Settings, render_foreground_alpha) == 124);
-static_assert(offsetof(Settings, vignetting) == 136);
-static_assert(offsetof(Settings, dithering) == 140);
-static_assert(offsetof(Settings, gpu) == 150);
-static_assert(offsetof(Settings, reserved_option_0) == 152);
-static_assert(offsetof(Settings, reserved_option_1) == 154);
-static_assert(offsetof(Settings, normals_channel) == 156);
-static_assert(offsetof(Settings, depth_channel) == 162);
-static_assert(offsetof(Settings, material_id_channel) == 164);
-static_assert(offsetof(Settings, sss_lighting_channel) == 188);
-static_assert(offsetof(Settings, save_subdivided_meshes) == 192);
-static_assert(offsetof(Settings, max_depth) == 196);
-static_assert(offsetof(Settings, width) == 228);
-static_assert(offsetof(Settings, height) == 236);
-static_assert(offsetof(Settings, super_sample_factor) == 244);
-static_assert(offsetof(Settings, receiver_num_wavelength_buckets) == 252);
-static_assert(offsetof(Settings, halt_time) == 264);
-static_assert(offsetof(Settings, halt_samples_per_pixel) == 280);
-static_assert(offsetof(Settings, max_contribution) == 344);
-static_assert(offsetof(Settings, receiver_quad_pos) == 360);
-static_assert(offsetof(Settings, receiver_quad_j) == 424);
-static_assert(offsetof(Settings, splat_filter) == 456);
-static_assert(offsetof(Settings, colour_curves) == 480);
-static_assert(offsetof(Settings, render_regions) == 488);
-static_assert(offsetof(Settings, layer_settings) == 512);
-static_assert(sizeof(Settings) == 536);
-
-static_assert(sizeof(RenderRegion) == 16);
-static_assert(offsetof(RenderRegion, x2) == 4);
-static_assert(offsetof(RenderRegion, y1) == 8);
 
 namespace {
 
@@ -56,7 +20,7 @@ struct Option {
     T default_value;
 };
 
-// In the order of writing, which isn't that of the fields: the last two of these stand before the channels.
+// In the order of writing, which isn't that of the fields: the last two of the fields precede the channels.
 constexpr Option<bool> bool_options[] = {
     {"bidirectional", &Settings::bidirectional, true},
     {"verbose", &Settings::verbose, false},
@@ -213,7 +177,7 @@ Reference<SceneNode>* SceneNodeRenderSettings::cloneInto(Reference<SceneNode>* r
     copy->layer_settings.resize(layer_settings.size());
     for (std::size_t i = 0; i < layer_settings.size(); ++i)
         copy->layer_settings[i] = layer_settings[i]->clone();
-    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+    return constructResult(result, copy);
 }
 
 void SceneNodeRenderSettings::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {

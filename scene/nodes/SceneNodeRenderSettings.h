@@ -4,11 +4,31 @@
 #include "velmarvector.h"
 
 #include "scene/SceneNode.h"
-#include "scene/nodes/Optional.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace Velmar {
+
+/// A setting that may be absent: only what was set reaches a document. The value of one that wasn't is zero. Its layout
+/// is shared with the renderer library.
+template <class T>
+struct Optional {
+    T value{};
+    bool has_value = false;
+
+    void set(const T& new_value) {
+        value = new_value;
+        has_value = true;
+    }
+
+    bool operator==(const Optional&) const = default;
+};
+
+static_assert(sizeof(Optional<bool>) == 2 && offsetof(Optional<bool>, has_value) == 1);
+static_assert(sizeof(Optional<std::int32_t>) == 8 && offsetof(Optional<std::int32_t>, has_value) == 4);
+static_assert(sizeof(Optional<double>) == 16 && offsetof(Optional<double>, has_value) == 8);
+static_assert(sizeof(Optional<Vec3d>) == 32 && offsetof(Optional<Vec3d>, has_value) == 24);
 
 class ColourCurves;
 class DownsizeFilter;
@@ -16,7 +36,7 @@ class LayerSetting;
 class SplatFilter;
 class WhitePoint;
 
-/// A part of the image, in pixels. Its fields stand in another order than its elements.
+/// A part of the image, in pixels. Its fields have another order than its elements.
 struct RenderRegion {
     std::int32_t x1 = 0;
     std::int32_t x2 = 0;
@@ -25,6 +45,12 @@ struct RenderRegion {
 
     bool operator==(const RenderRegion&) const = default;
 };
+
+static_assert(offsetof(RenderRegion, x1) == 0);
+static_assert(offsetof(RenderRegion, x2) == 4);
+static_assert(offsetof(RenderRegion, y1) == 8);
+static_assert(offsetof(RenderRegion, y2) == 12);
+static_assert(sizeof(RenderRegion) == 16);
 
 /// Every option of a render. Only what is set reaches the document; what is absent falls to the renderer's defaults.
 /// The renderer library reads the fields by their offsets, and nothing checks their values.
@@ -120,5 +146,79 @@ class SceneNodeRenderSettings : public Destroyable<SceneNodeRenderSettings, Plai
     Vector<RenderRegion> render_regions;
     Vector<Reference<LayerSetting>> layer_settings;
 };
+
+static_assert(offsetof(SceneNodeRenderSettings, bidirectional) == 96);
+static_assert(offsetof(SceneNodeRenderSettings, verbose) == 98);
+static_assert(offsetof(SceneNodeRenderSettings, write_aperture_preview) == 100);
+static_assert(offsetof(SceneNodeRenderSettings, save_tonemapped_exr) == 102);
+static_assert(offsetof(SceneNodeRenderSettings, save_untonemapped_exr) == 104);
+static_assert(offsetof(SceneNodeRenderSettings, save_render_channels_exr) == 106);
+static_assert(offsetof(SceneNodeRenderSettings, save_vmi) == 108);
+static_assert(offsetof(SceneNodeRenderSettings, save_png) == 110);
+static_assert(offsetof(SceneNodeRenderSettings, auto_choose_num_threads) == 112);
+static_assert(offsetof(SceneNodeRenderSettings, metropolis) == 114);
+static_assert(offsetof(SceneNodeRenderSettings, logging) == 116);
+static_assert(offsetof(SceneNodeRenderSettings, watermark) == 118);
+static_assert(offsetof(SceneNodeRenderSettings, aperture_diffraction) == 120);
+static_assert(offsetof(SceneNodeRenderSettings, post_process_diffraction) == 122);
+static_assert(offsetof(SceneNodeRenderSettings, render_foreground_alpha) == 124);
+static_assert(offsetof(SceneNodeRenderSettings, shadow_pass) == 126);
+static_assert(offsetof(SceneNodeRenderSettings, info_overlay) == 128);
+static_assert(offsetof(SceneNodeRenderSettings, wait_for_slave_frames_on_stop) == 130);
+static_assert(offsetof(SceneNodeRenderSettings, close_gui_on_halt) == 132);
+static_assert(offsetof(SceneNodeRenderSettings, save_images_on_close) == 134);
+static_assert(offsetof(SceneNodeRenderSettings, vignetting) == 136);
+static_assert(offsetof(SceneNodeRenderSettings, merging) == 138);
+static_assert(offsetof(SceneNodeRenderSettings, dithering) == 140);
+static_assert(offsetof(SceneNodeRenderSettings, zero_alpha_outside_region) == 142);
+static_assert(offsetof(SceneNodeRenderSettings, receiver_quad) == 144);
+static_assert(offsetof(SceneNodeRenderSettings, far_field_receiver) == 146);
+static_assert(offsetof(SceneNodeRenderSettings, clamp_contributions) == 148);
+static_assert(offsetof(SceneNodeRenderSettings, gpu) == 150);
+static_assert(offsetof(SceneNodeRenderSettings, reserved_option_0) == 152);
+static_assert(offsetof(SceneNodeRenderSettings, reserved_option_1) == 154);
+static_assert(offsetof(SceneNodeRenderSettings, normals_channel) == 156);
+static_assert(offsetof(SceneNodeRenderSettings, normals_pre_bump_channel) == 158);
+static_assert(offsetof(SceneNodeRenderSettings, position_channel) == 160);
+static_assert(offsetof(SceneNodeRenderSettings, depth_channel) == 162);
+static_assert(offsetof(SceneNodeRenderSettings, material_id_channel) == 164);
+static_assert(offsetof(SceneNodeRenderSettings, object_id_channel) == 166);
+static_assert(offsetof(SceneNodeRenderSettings, foreground_channel) == 168);
+static_assert(offsetof(SceneNodeRenderSettings, material_masks) == 170);
+static_assert(offsetof(SceneNodeRenderSettings, object_masks) == 172);
+static_assert(offsetof(SceneNodeRenderSettings, direct_lighting_channel) == 174);
+static_assert(offsetof(SceneNodeRenderSettings, indirect_lighting_channel) == 176);
+static_assert(offsetof(SceneNodeRenderSettings, specular_reflection_lighting_channel) == 178);
+static_assert(offsetof(SceneNodeRenderSettings, refraction_lighting_channel) == 180);
+static_assert(offsetof(SceneNodeRenderSettings, transmission_lighting_channel) == 182);
+static_assert(offsetof(SceneNodeRenderSettings, emission_lighting_channel) == 184);
+static_assert(offsetof(SceneNodeRenderSettings, participating_media_lighting_channel) == 186);
+static_assert(offsetof(SceneNodeRenderSettings, sss_lighting_channel) == 188);
+static_assert(offsetof(SceneNodeRenderSettings, allow_high_quality_bvh) == 190);
+static_assert(offsetof(SceneNodeRenderSettings, save_subdivided_meshes) == 192);
+static_assert(offsetof(SceneNodeRenderSettings, max_depth) == 196);
+static_assert(offsetof(SceneNodeRenderSettings, gpu_max_depth) == 204);
+static_assert(offsetof(SceneNodeRenderSettings, max_num_consec_rejections) == 212);
+static_assert(offsetof(SceneNodeRenderSettings, num_threads) == 220);
+static_assert(offsetof(SceneNodeRenderSettings, width) == 228);
+static_assert(offsetof(SceneNodeRenderSettings, height) == 236);
+static_assert(offsetof(SceneNodeRenderSettings, super_sample_factor) == 244);
+static_assert(offsetof(SceneNodeRenderSettings, receiver_num_wavelength_buckets) == 252);
+static_assert(offsetof(SceneNodeRenderSettings, halt_time) == 264);
+static_assert(offsetof(SceneNodeRenderSettings, halt_samples_per_pixel) == 280);
+static_assert(offsetof(SceneNodeRenderSettings, large_mutation_prob) == 296);
+static_assert(offsetof(SceneNodeRenderSettings, max_change) == 312);
+static_assert(offsetof(SceneNodeRenderSettings, image_save_period) == 328);
+static_assert(offsetof(SceneNodeRenderSettings, max_contribution) == 344);
+static_assert(offsetof(SceneNodeRenderSettings, receiver_quad_pos) == 360);
+static_assert(offsetof(SceneNodeRenderSettings, receiver_quad_i) == 392);
+static_assert(offsetof(SceneNodeRenderSettings, receiver_quad_j) == 424);
+static_assert(offsetof(SceneNodeRenderSettings, splat_filter) == 456);
+static_assert(offsetof(SceneNodeRenderSettings, downsize_filter) == 464);
+static_assert(offsetof(SceneNodeRenderSettings, white_point) == 472);
+static_assert(offsetof(SceneNodeRenderSettings, colour_curves) == 480);
+static_assert(offsetof(SceneNodeRenderSettings, render_regions) == 488);
+static_assert(offsetof(SceneNodeRenderSettings, layer_settings) == 512);
+static_assert(sizeof(SceneNodeRenderSettings) == 536);
 
 } // namespace Velmar

@@ -2,21 +2,15 @@
 
 #include "velmarexceptions.h"
 
-#include "scene/ClassValuedSlot.h"
+#include "scene/ClassSupport.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/XMLPrimitives.h"
-#include "scene/nodes/WorldBounds.h"
+#include "scene/nodes/TransformPath.h"
 
-#include <cstddef>
+#include <utility>
 
 namespace Velmar {
-
-static_assert(offsetof(SceneNodeSphere, keyframes) == 96);
-static_assert(offsetof(SceneNodeSphere, radius) == 120);
-static_assert(offsetof(SceneNodeSphere, material) == 128);
-static_assert(offsetof(SceneNodeSphere, material_uid) == 136);
-static_assert(sizeof(SceneNodeSphere) == 144);
 
 SceneNodeSphere::SceneNodeSphere() : Destroyable(NodeType::Sphere) {
     name = "Sphere";
@@ -30,14 +24,13 @@ Reference<SceneNode>* SceneNodeSphere::cloneInto(Reference<SceneNode>* result) c
     copy->keyframes = keyframes;
     copy->radius = radius;
     copy->material_uid = material_uid;
-    return new (static_cast<void*>(result)) Reference<SceneNode>(copy);
+    return constructResult(result, copy);
 }
 
 void SceneNodeSphere::updateNodeReferences(const NodeUIDMap& map) {
     if (!material) return;
-    SceneNode* const* const found = map.find(material->getUID());
-    if (found != nullptr && *found != nullptr && (*found)->getType() == NodeType::Material)
-        material = static_cast<SceneNodeMaterial*>(*found);
+    if (SceneNode* const found = findNode(map, material->getUID(), NodeType::Material))
+        material = static_cast<SceneNodeMaterial*>(found);
 }
 
 void SceneNodeSphere::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
@@ -85,7 +78,7 @@ bool SceneNodeSphere::refersToNode(const SceneNode* node) const {
 Vector<UID>* SceneNodeSphere::getDependencyUIDsInto(Vector<UID>* result) const {
     Vector<UID> uids;
     uids.push_back(currentMaterialUID());
-    return moveIntoResult(uids, result);
+    return constructResult(result, std::move(uids));
 }
 
 UID SceneNodeSphere::currentMaterialUID() const {

@@ -3,7 +3,9 @@
 #include "velmarvector.h"
 
 #include "scene/SceneNode.h"
-#include "scene/nodes/KeyFrame.h"
+#include "scene/nodes/TransformPath.h"
+
+#include <cstddef>
 
 namespace Velmar {
 
@@ -19,7 +21,7 @@ class SceneNodeSphere : public Destroyable<SceneNodeSphere, PlainSceneNode> {
     Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
     void updateNodeReferences(const NodeUIDMap& map) override;
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
-    /// Binding needs a sphere that stands in a scene. Throws `VelmarException` when the material isn't found or is
+    /// Binding needs a sphere that is in a scene. Throws `VelmarException` when the material isn't found or is
     /// another kind of node, and for the bounds of a motion that makes no sense.
     void traverse(TraversalState& state) override;
     bool refersToNode(const SceneNode* node) const override;
@@ -37,5 +39,11 @@ class SceneNodeSphere : public Destroyable<SceneNodeSphere, PlainSceneNode> {
     /// That of the bound material, else the stored one.
     UID currentMaterialUID() const;
 };
+
+static_assert(offsetof(SceneNodeSphere, keyframes) == 96);
+static_assert(offsetof(SceneNodeSphere, radius) == 120);
+static_assert(offsetof(SceneNodeSphere, material) == 128);
+static_assert(offsetof(SceneNodeSphere, material_uid) == 136);
+static_assert(sizeof(SceneNodeSphere) == 144);
 
 } // namespace Velmar

@@ -2,8 +2,8 @@
 
 #include "api/Handles.h"
 #include "api/SharedFunctions.h"
-#include "scene/DiffuseMaterial.h"
-#include "scene/XMLWriteOptions.h"
+#include "scene/Material.h"
+#include "scene/XMLPrimitives.h"
 #include "tests/support/MemoryOStream.h"
 
 #include <gtest/gtest.h>

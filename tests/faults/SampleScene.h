@@ -1,11 +1,11 @@
 #pragma once
 
-#include "scene/ConstantWavelengthDependentParam.h"
-#include "scene/DiffuseMaterial.h"
-#include "scene/RGBSpectrum.h"
+#include "scene/Material.h"
+#include "scene/MaterialParams.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/SceneNodeTonemapping.h"
+#include "scene/Spectra.h"
 #include "scene/nodes/SceneNodeCamera.h"
 #include "scene/nodes/SceneNodeMesh.h"
 #include "scene/nodes/SceneNodeRenderSettings.h"

@@ -1,5 +1,4 @@
-#include "scene/nodes/ApertureShape.h"
-
+#include "scene/nodes/SceneNodeCamera.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MemoryOStream.h"
 #include "tests/support/Slots.h"

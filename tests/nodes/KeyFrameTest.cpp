@@ -1,7 +1,6 @@
-#include "scene/nodes/KeyFrame.h"
-
 #include "velmarvector.h"
 
+#include "scene/nodes/TransformPath.h"
 #include "tests/support/MemoryOStream.h"
 
 #include <cmath>

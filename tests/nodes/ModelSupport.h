@@ -1,7 +1,7 @@
 #pragma once
 
 #include "mesh/Mesh.h"
-#include "scene/MatrixRotation.h"
+#include "scene/Rotations.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/nodes/SceneNodeMesh.h"
 #include "scene/nodes/SceneNodeModel.h"

@@ -1,7 +1,6 @@
 #include "scene/nodes/SceneNodeBackgroundSettings.h"
 
-#include "scene/DiffuseMaterial.h"
-#include "scene/SunSkyMaterial.h"
+#include "scene/Material.h"
 #include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MaterialStandIns.h"

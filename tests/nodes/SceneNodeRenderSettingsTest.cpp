@@ -1,11 +1,8 @@
 #include "scene/nodes/SceneNodeRenderSettings.h"
 
 #include "scene/XMLPrimitives.h"
-#include "scene/nodes/ColourCurves.h"
-#include "scene/nodes/ImageFilters.h"
-#include "scene/nodes/LayerSetting.h"
+#include "scene/nodes/ImageSettings.h"
 #include "scene/nodes/SceneNodeCurve1D.h"
-#include "scene/nodes/WhitePoint.h"
 #include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/Slots.h"

@@ -1,5 +1,3 @@
-#include "renderer/RendererImpl.h"
-
 #include "renderer/Renderer.h"
 #include "scene/nodes/SceneNodeRenderSettings.h"
 #include "tests/renderer/FakeLibrary.h"

@@ -2,11 +2,10 @@
 
 #include "velmarexceptions.h"
 
-#include "scene/ConstantWavelengthDependentParam.h"
-#include "scene/DiffuseMaterial.h"
+#include "scene/Material.h"
+#include "scene/MaterialParams.h"
 #include "scene/SceneNodeRoot.h"
-#include "scene/SunSkyMaterial.h"
-#include "scene/UniformSpectrum.h"
+#include "scene/Spectra.h"
 #include "tests/support/Documents.h"
 #include "tests/support/Golden.h"
 #include "tests/support/MaterialStandIns.h"

@@ -2,7 +2,7 @@
 
 #include "scene/Material.h"
 #include "scene/SceneNode.h"
-#include "scene/XMLWriteOptions.h"
+#include "scene/XMLPrimitives.h"
 #include "tests/support/MemoryOStream.h"
 
 #include <string>

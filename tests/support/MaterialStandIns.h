@@ -1,7 +1,7 @@
 #pragma once
 
 #include "scene/Material.h"
-#include "scene/Rotation.h"
+#include "scene/Rotations.h"
 #include "scene/SceneNode.h"
 #include "scene/XMLPrimitives.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "scene/nodes/KeyFrame.h"
 #include "scene/nodes/Matrix4f.h"
+#include "scene/nodes/TransformPath.h"
 
 #include <Eigen/Dense>
 #include <array>

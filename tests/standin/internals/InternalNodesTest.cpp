@@ -3,7 +3,7 @@
 #include "api/Handles.h"
 #include "api/SharedFunctions.h"
 #include "scene/SceneNodeMaterial.h"
-#include "scene/nodes/LayerSetting.h"
+#include "scene/nodes/ImageSettings.h"
 #include "scene/nodes/SceneNodeCurve1D.h"
 #include "scene/nodes/SceneNodeRenderSettings.h"
 #include "scene/nodes/SceneNodeSphere.h"
