@@ -1,14 +1,16 @@
-"""Generates the files that list the exported functions from the table, api/functions/*.toml.
+"""Generates the files that list the exported functions from the table, api/functions/*.toml, and the layouts and slots in
+the documents from the headers.
 
 Usage: python3 scripts/generate [--check]
 
-With --check nothing is written: the files that differ from the table are listed, and the exit status is 1 if there are
+With --check nothing is written: the files that differ from their sources are listed, and the exit status is 1 if there are
 any. Each module that is imported below but table.py and text.py generates one output: its files(table) returns the text
 of each file by its path from the root.
 """
 import sys
 
 import c_interface
+import layouts
 import microsoft
 import pages
 import python_binding
@@ -22,7 +24,7 @@ GENERATED_FOLDERS = ["docs/api", "include/velmarapi"]
 def generated() -> dict[str, str]:
     table = load()
     files: dict[str, str] = {}
-    for output in (c_interface, microsoft, pages, python_binding, setting_defaults):
+    for output in (c_interface, layouts, microsoft, pages, python_binding, setting_defaults):
         files.update(output.files(table))
     return files
 
@@ -40,9 +42,9 @@ def main() -> int:
         for path in stale:
             print(f"{path.relative_to(ROOT).as_posix()} isn't generated from the table")
         for name in changed:
-            print(f"{name} differs from the table")
+            print(f"{name} differs from the table or the headers")
         wrong = bool(stale or changed)
-        print("Edit api/functions/ and run ./dev generate." if wrong else f"{len(files)} files are up to date")
+        print("Edit api/functions/ or the headers and run ./dev generate." if wrong else f"{len(files)} files are up to date")
         return int(wrong)
     for path in stale:
         path.unlink()
