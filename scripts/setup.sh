@@ -10,7 +10,7 @@ packages=(
     g++ clang lld libclang-rt-14-dev clang-format clang-tidy cmake ninja-build python3 git # compilers and checks
     g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
     libzstd-dev libxxhash-dev libdouble-conversion-dev                                     # the library
-    libcli11-dev libstb-dev                                                                # the command line tool
+    libcli11-dev libstb-dev libembree-dev                                                  # tool and preview renderer
     googletest libpugixml-dev libeigen3-dev pkgconf llvm locales                           # the tests
     libbenchmark-dev libfast-float-dev libtinyobjloader-dev libassimp-dev                  # benchmarks and comparisons
     python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package
@@ -42,6 +42,18 @@ if [ ${#missing[@]} != 0 ]; then
         quietly "${apt[@]}" install --no-install-recommends "${missing[@]}" || die "installing failed: ${missing[*]}"
     }
 fi
+
+# ---- Embree for Windows -------------------------------------------------------------------------------------------------
+
+# Takes some minutes, so it is built beside the rest, and whoever waits for this script waits for it too.
+scripts/embree-windows.sh &
+embree=$!
+finish() {
+    local status=$?
+    wait "$embree" || exit 1
+    exit "$status"
+}
+trap finish EXIT
 
 # ---- dependencies from source packages --------------------------------------------------------------------------------------
 

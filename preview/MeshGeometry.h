@@ -1,0 +1,109 @@
+#pragma once
+
+#include "preview/Vec.h"
+#include "mesh/Mesh.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <embree3/rtcore.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Preview {
+
+struct ReleaseDevice {
+    void operator()(RTCDevice device) const { rtcReleaseDevice(device); }
+};
+struct ReleaseScene {
+    void operator()(RTCScene scene) const { rtcReleaseScene(scene); }
+};
+using DeviceOwner = std::unique_ptr<RTCDeviceTy, ReleaseDevice>;
+using SceneOwner = std::unique_ptr<RTCSceneTy, ReleaseScene>;
+
+/// Makes an empty scene of the kind that all of the preview's scenes are: watertight.
+/// Throws `std::bad_alloc`.
+SceneOwner makeEmbreeScene(RTCDevice device);
+
+/// A mesh of the scene in the form of an Embree scene, which instances place. Vertices and faces are read where they
+/// are in the host's memory, so the mesh must outlive this object and stay as it is; only what Embree must not see, a
+/// face with an index out of range or an array that ends at the end of a page, is replaced by a copy.
+class MeshGeometry {
+  public:
+    /// The kinds of faces, as geometry IDs of the Embree scene.
+    enum FaceKind : unsigned { triangle_kind = 0, quad_kind = 1 };
+
+    /// Three corners of a face around a hit, with the weights of the second and the third.
+    struct Corners {
+        std::array<std::uint32_t, 3> vertices;
+        std::array<std::uint32_t, 3> uvs;
+        std::uint32_t material = 0;
+        float u = 0.0f;
+        float v = 0.0f;
+        /// Whether this is the second half of a quad.
+        bool second_half = false;
+    };
+
+    /// `smooth` asks for normals where the mesh has none. `name` is for messages. Throws `std::bad_alloc`.
+    MeshGeometry(RTCDevice device, const Velmar::Mesh& mesh_, bool smooth, const std::string& name);
+
+    RTCScene getScene() const { return scene.get(); }
+    const Velmar::Mesh& getMesh() const { return *mesh; }
+
+    /// Whether the arrays of the mesh are still those that this object was made of.
+    bool isMadeOf(const Velmar::Mesh& other, bool smooth) const;
+
+    std::size_t countFaces(FaceKind kind) const { return kind == triangle_kind ? triangle_count : quad_count; }
+
+    /// The corners of face `prim` around Embree's coordinates of a hit. Embree cuts a quad into the corners 0, 1, 3 and
+    /// 2, 3, 1, and counts u and v from corner 0 in both.
+    Corners cornersAt(unsigned kind, unsigned prim, float u, float v) const;
+
+    Vec3 vertex(std::uint32_t index) const {
+        const Velmar::Vec3f& at = mesh->verts.data()[index];
+        return {at.x, at.y, at.z};
+    }
+    bool hasNormals() const { return normals != nullptr; }
+    Vec3 normal(std::uint32_t index) const {
+        const Velmar::Vec3f& at = normals[index];
+        return {at.x, at.y, at.z};
+    }
+
+    /// The texture coordinates at the place that `corners` describe, or (0, 0) when the mesh has no such set.
+    Vec2 uvAt(const Corners& corners, std::uint32_t uv_set) const;
+
+  private:
+    struct Identity {
+        const void* verts;
+        const void* normals;
+        const void* triangles;
+        const void* quads;
+        std::uint64_t sizes[4];
+        bool smooth;
+        bool operator==(const Identity&) const = default;
+    };
+
+    static Identity identify(const Velmar::Mesh& mesh, bool smooth);
+
+    template <std::size_t corners, class Face>
+    void addFaces(RTCDevice device, const Face* faces, std::size_t count, FaceKind kind,
+                  std::vector<std::array<std::uint32_t, corners>>& copy, const std::string& name);
+    void attachVertices(RTCGeometry geometry);
+    void makeSmoothNormals();
+
+    const Velmar::Mesh* mesh;
+    Identity identity;
+    std::size_t triangle_count = 0;
+    std::size_t quad_count = 0;
+    /// Empty where the mesh's own arrays serve.
+    std::vector<Velmar::Vec3f> vertex_copy;
+    std::vector<std::array<std::uint32_t, 3>> triangle_copy;
+    std::vector<std::array<std::uint32_t, 4>> quad_copy;
+    std::vector<Velmar::Vec3f> smooth_normals;
+    const Velmar::Vec3f* normals = nullptr;
+    /// Last: it is released before what it reads.
+    SceneOwner scene;
+};
+
+} // namespace Preview

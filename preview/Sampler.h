@@ -1,0 +1,139 @@
+#pragma once
+
+#include "preview/Vec.h"
+
+#include <bit>
+#include <cstdint>
+
+namespace Preview {
+
+/// The random numbers of one sample of one pixel: points of Owen-scrambled Sobol sequences, shuffled anew for each pair
+/// of dimensions. They depend on seed, pixel and sample alone, so any number of threads gives the same picture, and
+/// they use integer operations alone, so any compiler does too.
+/// Burley, "Practical Hash-based Owen Scrambling", JCGT 9(4), 2020.
+class Sampler {
+  public:
+    Sampler(std::uint64_t seed, std::uint32_t pixel, std::uint32_t sample_)
+        : state(mixBits(mixBits(static_cast<std::uint32_t>(seed >> 32) ^ 0x9E3779B9u) ^
+                        mixBits(static_cast<std::uint32_t>(seed) + 0x85EBCA6Bu * pixel) ^ pixel)),
+          sample(sample_) {}
+
+    /// Two numbers in [0, 1) that belong together.
+    Vec2 next2() {
+        state = mixBits(state + 0x9E3779B9u);
+        const std::uint32_t index = owenScramble(sample, state);
+        return {toUnit(owenScramble(reverseBits(index), state ^ 0x68BC21EBu)),
+                toUnit(owenScramble(sobolOfSecondDimension(index), state ^ 0x02E5BE93u))};
+    }
+
+    float next1() {
+        state = mixBits(state + 0x9E3779B9u);
+        return toUnit(owenScramble(reverseBits(owenScramble(sample, state)), state ^ 0x68BC21EBu));
+    }
+
+  private:
+    static float toUnit(std::uint32_t bits) { return static_cast<float>(bits >> 8) * 0x1p-24f; }
+
+    /// A hash of 32 bits of good avalanche; the constants are those of "lowbias32" (Wellons, 2018).
+    static std::uint32_t mixBits(std::uint32_t v) {
+        v ^= v >> 16;
+        v *= 0x7FEB352Du;
+        v ^= v >> 15;
+        v *= 0x846CA68Bu;
+        return v ^ (v >> 16);
+    }
+
+    static std::uint32_t reverseBits(std::uint32_t v) {
+        v = ((v >> 1) & 0x55555555u) | ((v & 0x55555555u) << 1);
+        v = ((v >> 2) & 0x33333333u) | ((v & 0x33333333u) << 2);
+        v = ((v >> 4) & 0x0F0F0F0Fu) | ((v & 0x0F0F0F0Fu) << 4);
+        v = ((v >> 8) & 0x00FF00FFu) | ((v & 0x00FF00FFu) << 8);
+        return std::rotl(v, 16);
+    }
+
+    /// Owen's nested scrambling of the bits from the highest down, by the permutation of Laine and Karras.
+    static std::uint32_t owenScramble(std::uint32_t v, std::uint32_t seed) {
+        v = reverseBits(v);
+        v ^= v * 0x3D20ADEAu;
+        v += seed;
+        v *= (seed >> 16) | 1u;
+        v ^= v * 0x05526C56u;
+        v ^= v * 0x53A22864u;
+        return reverseBits(v);
+    }
+
+    /// The second dimension of Sobol's sequence, whose generator matrix is Pascal's triangle modulo 2: multiplied bit
+    /// by bit in five steps.
+    static std::uint32_t sobolOfSecondDimension(std::uint32_t index) {
+        std::uint32_t v = reverseBits(index);
+        v ^= v >> 16;
+        v ^= (v & 0xFF00FF00u) >> 8;
+        v ^= (v & 0xF0F0F0F0u) >> 4;
+        v ^= (v & 0xCCCCCCCCu) >> 2;
+        v ^= (v & 0xAAAAAAAAu) >> 1;
+        return v;
+    }
+
+    std::uint32_t state;
+    std::uint32_t sample;
+};
+
+/// Sine and cosine of 2 pi x for x in [0, 1), by polynomials of plain arithmetic: the libraries of different systems
+/// differ in the last bit. The error is below 4e-7.
+inline void sinCosOfTurn(float x, float& sine, float& cosine) {
+    const float quarter = x * 4.0f;
+    const int quadrant = static_cast<int>(quarter + 0.5f);
+    // Within half a quadrant of an axis: Taylor's series needs few terms there.
+    const float a = (quarter - static_cast<float>(quadrant)) * 1.57079632679f;
+    const float a2 = a * a;
+    const float s = a * (1.0f + a2 * (-1.0f / 6 + a2 * (1.0f / 120 + a2 * (-1.0f / 5040 + a2 / 362880))));
+    const float c = 1.0f + a2 * (-0.5f + a2 * (1.0f / 24 + a2 * (-1.0f / 720 + a2 / 40320)));
+    switch (quadrant & 3) {
+    case 0:
+        sine = s, cosine = c;
+        break;
+    case 1:
+        sine = c, cosine = -s;
+        break;
+    case 2:
+        sine = -s, cosine = -c;
+        break;
+    default:
+        sine = -c, cosine = s;
+        break;
+    }
+}
+
+/// A point of the unit disc, uniform by area.
+inline Vec2 sampleDisc(const Vec2& u) {
+    const float r = std::sqrt(u.x);
+    float s = 0.0f;
+    float c = 0.0f;
+    sinCosOfTurn(u.y, s, c);
+    return {r * c, r * s};
+}
+
+/// A direction of the hemisphere around the unit vector `n`, with the density cosine / pi (Malley's method).
+inline Vec3 sampleCosine(const Vec3& n, const Vec2& u) {
+    const Vec2 d = sampleDisc(u);
+    Vec3 s;
+    Vec3 t;
+    basisAround(n, s, t);
+    return s * d.x + t * d.y + n * std::sqrt(std::max(0.0f, 1.0f - u.x));
+}
+
+/// A direction uniform over the cap around the unit vector `axis` down to the cosine `cosine_of_edge`.
+inline Vec3 sampleCap(const Vec3& axis, float cosine_of_edge, const Vec2& u) {
+    // 1 - cosine is small for narrow caps and is kept apart, so that it keeps its digits.
+    const float drop = u.x * (1.0f - cosine_of_edge);
+    const float r = std::sqrt(std::max(0.0f, drop * (2.0f - drop)));
+    float sine = 0.0f;
+    float cosine = 0.0f;
+    sinCosOfTurn(u.y, sine, cosine);
+    Vec3 s;
+    Vec3 t;
+    basisAround(axis, s, t);
+    return s * (r * cosine) + t * (r * sine) + axis * (1.0f - drop);
+}
+
+} // namespace Preview

@@ -1,0 +1,163 @@
+#pragma once
+
+#include "preview/MeshGeometry.h"
+#include "preview/Motion.h"
+#include "preview/SceneNodes.h"
+#include "preview/Surface.h"
+#include "preview/Vec.h"
+
+#include <atomic>
+#include <cstdint>
+#include <embree3/rtcore.h>
+#include <limits>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Preview {
+
+/// A model's placement of a mesh.
+struct Instance {
+    /// For one that moves, its placement in the middle of the exposure.
+    Affine to_world;
+    const MeshGeometry* geometry = nullptr;
+    /// Where its list of surfaces begins; `surface_count` is 0 for a model without materials.
+    std::uint32_t first_surface = 0;
+    std::uint32_t surface_count = 0;
+    /// Index of its placements over the exposure, or -1 at rest.
+    std::int32_t path = -1;
+    std::uint32_t uid = 0;
+    /// Index of its mask channel, or -1.
+    std::int32_t mask = -1;
+    bool invisible_to_camera = false;
+};
+
+struct SphereShape {
+    Vec3 centre;
+    float radius = 0.0f;
+    std::uint32_t surface = 0;
+    std::uint32_t uid = 0;
+    Motion motion;
+
+    Vec3 centreAt(float time) const { return motion.isMoving() ? motion.at(double{time}).p : centre; }
+};
+
+/// Whose rays see what: models may be invisible to the camera, and what only catches shadows is invisible to all other
+/// rays.
+enum class RayKind { camera, other };
+
+/// A place on a surface.
+struct SurfacePoint {
+    Vec3 position;
+    /// Unit normals of the geometry and for shading, on the outer side. Outer is the side from which the corners of a
+    /// face appear counter-clockwise.
+    Vec3 normal;
+    Vec3 shading_normal;
+    const Surface* surface = nullptr;
+    /// How far from the surface a ray must begin so as not to meet it again through rounding.
+    float clearance = 0.0f;
+    /// Of the model or sphere.
+    std::uint32_t uid = 0;
+    std::int32_t mask = -1;
+    std::uint32_t face = 0;
+    /// For texture coordinates; null on spheres, whose `uv` counts.
+    const MeshGeometry* geometry = nullptr;
+    MeshGeometry::Corners corners;
+    Vec2 uv;
+    /// The area that a unit of area in the middle of the exposure has at this moment, if it moves.
+    float stretch = 1.0f;
+
+    Vec2 uvOf(std::uint32_t set) const { return geometry != nullptr ? geometry->uvAt(corners, set) : uv; }
+};
+
+/// A ray and what it hit.
+struct Ray {
+    Vec3 origin;
+    Vec3 direction;
+    float time = 0.0f;
+    float length = std::numeric_limits<float>::infinity();
+};
+
+/// The geometry of a scene, with its surfaces, ready for rays. Rays may be traced from any number of threads.
+class World {
+  public:
+    /// `threads` is the number of threads that build. Throws `std::bad_alloc`.
+    explicit World(unsigned threads);
+    ~World();
+    World(const World&) = delete;
+    World& operator=(const World&) = delete;
+
+    /// Reads the geometry of `nodes`. Meshes that are as they were at an earlier call keep what was built of them, and
+    /// if instances have only moved or changed their materials, the rest is kept too. What can't be rendered is
+    /// reported and left out. Returns false when `cancelled` became true meanwhile. Throws `std::bad_alloc`.
+    bool build(const SceneNodes& nodes, std::vector<std::string> material_masks,
+               const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled);
+
+    /// Returns whether the ray hits something; then `hit` is Embree's record of it.
+    bool intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const;
+    /// What `hit`, a record of `intersect`, stands for.
+    SurfacePoint pointAt(const RTCRayHit& hit) const;
+    /// Whether something is between the ray's origin and its length.
+    bool isOccluded(const Ray& ray) const;
+
+    const std::vector<Instance>& getInstances() const { return instances; }
+    const std::vector<SphereShape>& getSpheres() const { return spheres; }
+    const Surface& surfaceOf(const Instance& instance, std::uint32_t material) const {
+        return surfaces[surface_lists[material < instance.surface_count ? instance.first_surface + material : 0]];
+    }
+    const Surface& surfaceOf(const SphereShape& sphere) const { return surfaces[sphere.surface]; }
+    /// The placement of an instance at a moment of the exposure, as rays find it.
+    Affine placementAt(const Instance& instance, float time) const;
+
+    bool hasMotion() const { return has_motion; }
+    bool hasShadowCatchers() const { return has_shadow_catchers; }
+    RTCScene getScene() const { return scene.get(); }
+    /// Bytes that Embree has allocated.
+    std::int64_t getEmbreeBytes() const { return embree_bytes.load(std::memory_order_relaxed); }
+
+  private:
+    struct Query;
+
+    static bool countMemory(void* world, ssize_t bytes, bool post);
+    static bool continueBuild(void* world, double fraction);
+    static void filter(const RTCFilterFunctionNArguments* arguments);
+    static void boundSphere(const RTCBoundsFunctionArguments* arguments);
+    static void intersectSphere(const RTCIntersectFunctionNArguments* arguments);
+    static void occludeSphere(const RTCOccludedFunctionNArguments* arguments);
+    bool isSphereHit(unsigned index, const RTCRay& ray, float& t, Vec3& normal) const;
+
+    void readModel(const Velmar::SceneNodeModel& model, const std::vector<std::string>& object_masks);
+    void readSphere(const Velmar::SceneNodeSphere& sphere);
+    void readSurfaces(const Velmar::SceneNodeModel& model, Instance& instance);
+    double areaOf(const Instance& instance, std::uint32_t material) const;
+    const MeshGeometry* geometryOf(const Velmar::SceneNodeModel& model);
+    void attachInstances(const std::vector<Instance>& former);
+    void attachSpheres();
+    void throwIfFailed();
+
+    std::atomic<std::int64_t> embree_bytes{0};
+    const std::atomic<bool>* cancel = nullptr;
+    DeviceOwner device;
+    struct KnownGeometry {
+        std::unique_ptr<MeshGeometry> geometry;
+        bool used = false;
+    };
+    std::map<const Velmar::SceneNode*, KnownGeometry> geometries;
+    SurfaceTable surfaces{{}};
+    /// Lists of surfaces, one after the other; instances share equal ones that follow each other.
+    std::vector<std::uint32_t> surface_lists;
+    std::vector<const Velmar::SceneNodeMaterial*> last_materials;
+    std::vector<Instance> instances;
+    /// Placements at the ends of equal parts of the exposure.
+    std::vector<std::vector<Affine>> paths;
+    std::vector<SphereShape> spheres;
+    /// Equal parts of the exposure for which the moving spheres are bounded.
+    unsigned sphere_segments = 1;
+    bool has_motion = false;
+    bool has_shadow_catchers = false;
+    bool needs_filter = false;
+    SceneOwner scene;
+};
+
+} // namespace Preview

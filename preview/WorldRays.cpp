@@ -1,0 +1,233 @@
+// Rays in a world: what Embree calls for each hit and each sphere, and what a hit stands for.
+
+#include "preview/World.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+namespace Preview {
+
+/// What a query hands through Embree to the functions below. Embree's part comes first.
+struct World::Query {
+    RTCIntersectContext embree;
+    const World* world;
+    RayKind kind;
+};
+
+namespace {
+
+constexpr float min_distance = 0.0f;
+
+RTCRay embreeRay(const Ray& ray) {
+    RTCRay result;
+    result.org_x = ray.origin.x;
+    result.org_y = ray.origin.y;
+    result.org_z = ray.origin.z;
+    result.tnear = min_distance;
+    result.dir_x = ray.direction.x;
+    result.dir_y = ray.direction.y;
+    result.dir_z = ray.direction.z;
+    result.time = ray.time;
+    result.tfar = ray.length;
+    result.mask = 0xFFFFFFFFu;
+    result.id = 0;
+    result.flags = 0;
+    return result;
+}
+
+float sumOfMagnitudes(const Vec3& v) {
+    return std::abs(v.x) + std::abs(v.y) + std::abs(v.z);
+}
+
+} // namespace
+
+bool World::intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const {
+    Query query;
+    rtcInitIntersectContext(&query.embree);
+    query.world = this;
+    query.kind = kind;
+    if (needs_filter) query.embree.filter = filter;
+    hit.ray = embreeRay(ray);
+    hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+    rtcIntersect1(scene.get(), &query.embree, &hit);
+    return hit.hit.geomID != RTC_INVALID_GEOMETRY_ID;
+}
+
+bool World::isOccluded(const Ray& ray) const {
+    Query query;
+    rtcInitIntersectContext(&query.embree);
+    query.world = this;
+    query.kind = RayKind::other;
+    if (needs_filter) query.embree.filter = filter;
+    RTCRay shadow = embreeRay(ray);
+    rtcOccluded1(scene.get(), &query.embree, &shadow);
+    return shadow.tfar < 0.0f;
+}
+
+void World::filter(const RTCFilterFunctionNArguments* arguments) {
+    if (arguments->valid[0] == 0) return;
+    const Query& query = *reinterpret_cast<const Query*>(arguments->context);
+    const World& world = *query.world;
+    const RTCHit hit = rtcGetHitFromHitN(arguments->hit, arguments->N, 0);
+    const Surface* surface = nullptr;
+    bool invisible_to_camera = false;
+    if (hit.instID[0] == RTC_INVALID_GEOMETRY_ID) {
+        surface = &world.surfaceOf(world.spheres[hit.primID]);
+    } else {
+        const Instance& instance = world.instances[hit.instID[0]];
+        invisible_to_camera = instance.invisible_to_camera;
+        const MeshGeometry::Corners corners = instance.geometry->cornersAt(hit.geomID, hit.primID, hit.u, hit.v);
+        surface = &world.surfaceOf(instance, corners.material);
+    }
+    const bool seen = query.kind == RayKind::camera ? !invisible_to_camera : !surface->shadow_catcher;
+    if (!seen) arguments->valid[0] = 0;
+}
+
+void World::boundSphere(const RTCBoundsFunctionArguments* arguments) {
+    const World& world = *static_cast<const World*>(arguments->geometryUserPtr);
+    const SphereShape& sphere = world.spheres[arguments->primID];
+    // Embree mixes the boxes of neighbouring moments, so each is widened by what an arc leaves its chord.
+    const auto moment = [&](unsigned step) {
+        return sphere.centreAt(static_cast<float>(step) / static_cast<float>(world.sphere_segments));
+    };
+    const Vec3 centre = moment(arguments->timeStep);
+    const float widened = sphere.motion.isMoving() ? 0.001f * sumOfMagnitudes(moment(arguments->timeStep + 1) - centre) : 0;
+    const float radius = sphere.radius * 1.00001f + 1e-6f * sumOfMagnitudes(centre) + widened;
+    RTCBounds& box = *arguments->bounds_o;
+    box.lower_x = centre.x - radius;
+    box.lower_y = centre.y - radius;
+    box.lower_z = centre.z - radius;
+    box.upper_x = centre.x + radius;
+    box.upper_y = centre.y + radius;
+    box.upper_z = centre.z + radius;
+}
+
+/// The nearest hit beyond the ray's beginning, in double precision: spheres may be as large as a planet.
+bool World::isSphereHit(unsigned index, const RTCRay& ray, float& t, Vec3& normal) const {
+    const SphereShape& sphere = spheres[index];
+    const Vec3 centre = sphere.centreAt(ray.time);
+    const double ox = double{ray.org_x} - double{centre.x};
+    const double oy = double{ray.org_y} - double{centre.y};
+    const double oz = double{ray.org_z} - double{centre.z};
+    const double dx = double{ray.dir_x};
+    const double dy = double{ray.dir_y};
+    const double dz = double{ray.dir_z};
+    const double a = dx * dx + dy * dy + dz * dz;
+    const double b = ox * dx + oy * dy + oz * dz;
+    const double c = ox * ox + oy * oy + oz * oz - double{sphere.radius} * double{sphere.radius};
+    const double discriminant = b * b - a * c;
+    if (!(discriminant >= 0.0)) return false;
+    // The form without cancellation (Press et al., "Numerical Recipes", section 5.6).
+    const double q = -b - std::copysign(std::sqrt(discriminant), b);
+    double near = q / a;
+    double far = q == 0.0 ? near : c / q;
+    if (near > far) std::swap(near, far);
+    const auto isInside = [&](double distance) { return distance > double{ray.tnear} && distance < double{ray.tfar}; };
+    double found = near;
+    if (!isInside(found)) found = far;
+    if (!isInside(found)) return false;
+    t = static_cast<float>(found);
+    normal = {static_cast<float>(ox + found * dx), static_cast<float>(oy + found * dy),
+              static_cast<float>(oz + found * dz)};
+    return true;
+}
+
+void World::intersectSphere(const RTCIntersectFunctionNArguments* arguments) {
+    if (arguments->valid[0] == 0) return;
+    const World& world = *static_cast<const World*>(arguments->geometryUserPtr);
+    auto& ray_hit = *reinterpret_cast<RTCRayHit*>(arguments->rayhit);
+    float t = 0.0f;
+    Vec3 normal;
+    if (!world.isSphereHit(arguments->primID, ray_hit.ray, t, normal)) return;
+    RTCHit hit;
+    hit.Ng_x = normal.x;
+    hit.Ng_y = normal.y;
+    hit.Ng_z = normal.z;
+    hit.u = 0.0f;
+    hit.v = 0.0f;
+    hit.primID = arguments->primID;
+    hit.geomID = arguments->geomID;
+    hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+    int valid = -1;
+    const float former = ray_hit.ray.tfar;
+    ray_hit.ray.tfar = t;
+    RTCFilterFunctionNArguments filtered{&valid, arguments->geometryUserPtr, arguments->context,
+                                         reinterpret_cast<RTCRayN*>(&ray_hit.ray), reinterpret_cast<RTCHitN*>(&hit), 1};
+    if (arguments->context->filter != nullptr) filter(&filtered);
+    if (valid == 0)
+        ray_hit.ray.tfar = former;
+    else
+        ray_hit.hit = hit;
+}
+
+void World::occludeSphere(const RTCOccludedFunctionNArguments* arguments) {
+    if (arguments->valid[0] == 0) return;
+    const World& world = *static_cast<const World*>(arguments->geometryUserPtr);
+    auto& ray = *reinterpret_cast<RTCRay*>(arguments->ray);
+    float t = 0.0f;
+    Vec3 normal;
+    if (!world.isSphereHit(arguments->primID, ray, t, normal)) return;
+    if (world.needs_filter && world.surfaceOf(world.spheres[arguments->primID]).shadow_catcher) return;
+    ray.tfar = -std::numeric_limits<float>::infinity();
+}
+
+Affine World::placementAt(const Instance& instance, float time) const {
+    if (instance.path < 0) return instance.to_world;
+    const std::vector<Affine>& path = paths[static_cast<std::size_t>(instance.path)];
+    const float at = std::clamp(time, 0.0f, 1.0f) * static_cast<float>(path.size() - 1);
+    const std::size_t part = std::min(static_cast<std::size_t>(at), path.size() - 2);
+    return mix(path[part], path[part + 1], at - static_cast<float>(part));
+}
+
+SurfacePoint World::pointAt(const RTCRayHit& hit) const {
+    // A few times the rounding of one operation.
+    constexpr float rounding = 1e-6f;
+    SurfacePoint point;
+    point.face = hit.hit.primID;
+    if (hit.hit.instID[0] == RTC_INVALID_GEOMETRY_ID) {
+        const SphereShape& sphere = spheres[hit.hit.primID];
+        const Vec3 centre = sphere.centreAt(hit.ray.time);
+        point.normal = point.shading_normal = normalised({hit.hit.Ng_x, hit.hit.Ng_y, hit.hit.Ng_z});
+        point.position = centre + point.normal * sphere.radius;
+        point.clearance = rounding * (sumOfMagnitudes(centre) + sphere.radius);
+        point.surface = &surfaceOf(sphere);
+        point.uid = sphere.uid;
+        return point;
+    }
+    const Instance& instance = instances[hit.hit.instID[0]];
+    const MeshGeometry& geometry = *instance.geometry;
+    const Affine moved = instance.path < 0 ? Affine() : placementAt(instance, hit.ray.time);
+    const Affine& to_world = instance.path < 0 ? instance.to_world : moved;
+    const MeshGeometry::Corners corners = geometry.cornersAt(hit.hit.geomID, hit.hit.primID, hit.hit.u, hit.hit.v);
+    const Vec3 a = geometry.vertex(corners.vertices[0]);
+    const Vec3 ab = geometry.vertex(corners.vertices[1]) - a;
+    const Vec3 ac = geometry.vertex(corners.vertices[2]) - a;
+    const Vec3 inside = a + ab * corners.u + ac * corners.v;
+    point.position = to_world.point(inside);
+    const Vec3 size = {std::abs(inside.x), std::abs(inside.y), std::abs(inside.z)};
+    point.clearance = rounding * (sumOfMagnitudes(to_world.x) * size.x + sumOfMagnitudes(to_world.y) * size.y +
+                                  sumOfMagnitudes(to_world.z) * size.z + sumOfMagnitudes(to_world.p));
+    const Vec3 face_normal = cross(ab, ac);
+    point.normal = normalised(to_world.normal(face_normal));
+    point.shading_normal = point.normal;
+    if (geometry.hasNormals()) {
+        const Vec3 n = geometry.normal(corners.vertices[0]) * (1.0f - corners.u - corners.v) +
+                       geometry.normal(corners.vertices[1]) * corners.u +
+                       geometry.normal(corners.vertices[2]) * corners.v;
+        const Vec3 smooth = normalised(to_world.normal(n));
+        // Normals of a file may be zero, not finite, or on the other side of the face.
+        if (isFinite(smooth) && dot(smooth, point.normal) > 0.0f) point.shading_normal = smooth;
+    }
+    if (instance.path >= 0)
+        point.stretch = length(to_world.normal(face_normal)) / length(instance.to_world.normal(face_normal));
+    point.geometry = &geometry;
+    point.corners = corners;
+    point.surface = &surfaceOf(instance, corners.material);
+    point.uid = instance.uid;
+    point.mask = instance.mask;
+    return point;
+}
+
+} // namespace Preview

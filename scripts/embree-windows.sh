@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Builds Embree for Windows, once, from Debian's source package into deps/windows-embree: static, with one instruction set,
+# and with no more than the preview uses. Takes some minutes, so setup.sh runs it beside its own work.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+. scripts/source-packages.sh
+
+# A change of this file builds it anew.
+prefix=$PWD/deps/windows-embree
+stamp="$prefix/made-by-$(sha256sum scripts/embree-windows.sh | cut -c1-16)"
+if [ -e "$stamp" ]; then exit 0; fi
+mkdir -p deps
+exec 8>deps/lock-embree
+flock 8
+if [ -e "$stamp" ]; then exit 0; fi
+
+root=$PWD
+work=$root/deps/work-embree
+rm -rf "$work" "$prefix"
+mkdir -p "$work/source" "$prefix"
+
+say "fetching the source of Embree"
+source_archives "$work"
+cd "$work"
+# The archive alone: Debian's changes to it are about its own packages.
+fetch_sources --tar-only --download-only embree
+tar -xf embree_*.orig.tar.* --strip-components=1 -C source
+# The resource compiler of MinGW doesn't read UTF-16.
+sed -i '/embree\.rc/d' source/kernels/CMakeLists.txt
+# CMake before 3.26 leaves this empty for GCC, and Embree then takes the options of Microsoft's compiler.
+printf 'set(CMAKE_CXX_COMPILER_FRONTEND_VARIANT GNU)\n' >variant.cmake
+
+say "building Embree for Windows"
+features=()
+for feature in CURVE SUBDIVISION POINT GRID; do features+=("-DEMBREE_GEOMETRY_$feature=OFF"); done
+# SSE2, which every machine has: Embree has no code of its own for triangles between it and AVX.
+quietly cmake -S source -B build -G Ninja -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-windows.cmake" \
+    -DCMAKE_PROJECT_INCLUDE="$work/variant.cmake" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$prefix" \
+    -DCMAKE_INSTALL_LIBDIR=lib -DCMAKE_CXX_FLAGS="-w -ffile-prefix-map=$work/=" -DEMBREE_STATIC_LIB=ON \
+    -DEMBREE_TASKING_SYSTEM=INTERNAL -DEMBREE_ISPC_SUPPORT=OFF -DEMBREE_TUTORIALS=OFF -DEMBREE_MAX_ISA=SSE2 \
+    -DEMBREE_GEOMETRY_INSTANCE=ON -DEMBREE_RAY_PACKETS=OFF "${features[@]}" ||
+    die "configuring Embree for Windows failed"
+quietly nice cmake --build build --target install || die "building Embree for Windows failed"
+cp source/LICENSE.txt "$prefix/"
+
+cd "$root"
+rm -rf "$work"
+touch "$stamp"
