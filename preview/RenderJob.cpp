@@ -182,35 +182,49 @@ unsigned RenderJob::chooseThreads(const Velmar::SceneNodeRenderSettings* setting
     return std::clamp(count, 1u, max_threads);
 }
 
-/// Meshes that are known by their files alone are read by the host itself.
-void RenderJob::loadMeshes() {
-    bool missing = false;
-    for (const Velmar::Reference<Velmar::SceneNode>& child : scene.children())
-        if (child && child->getType() == Velmar::NodeType::Mesh) {
-            const auto* const node = static_cast<const Velmar::SceneNodeMesh*>(child.getPointer());
-            missing = missing || (!node->mesh && !node->path.empty());
+/// What a document knows by UIDs and file names alone: the host's own passes bind and load it.
+void RenderJob::bindAndLoad() {
+    bool unbound = false;
+    bool unloaded = false;
+    for (const Velmar::Reference<Velmar::SceneNode>& child : scene.children()) {
+        if (!child) continue;
+        const Velmar::SceneNode* const node = child.getPointer();
+        if (node->getType() == Velmar::NodeType::Mesh) {
+            const auto* const mesh = static_cast<const Velmar::SceneNodeMesh*>(node);
+            unloaded = unloaded || (!mesh->mesh && !mesh->path.empty());
+        } else if (node->getType() == Velmar::NodeType::Object) {
+            const auto* const model = static_cast<const Velmar::SceneNodeModel*>(node);
+            unbound = unbound || !model->geometry || (model->materials.empty() && !model->material_uids.empty());
+            for (const Velmar::Reference<Velmar::EmissionScale>& scale : model->emission_scales)
+                unbound = unbound || (scale && !scale->material);
+        } else if (node->getType() == Velmar::NodeType::Sphere) {
+            const auto* const sphere = static_cast<const Velmar::SceneNodeSphere*>(node);
+            unbound = unbound || (!sphere->material && sphere->material_uid != Velmar::invalid_uid);
         }
-    if (!missing) return;
+    }
+    if (unloaded) runPass(Velmar::TraversalKind::LoadMeshes, "a mesh can't be loaded");
+    if (unbound) runPass(Velmar::TraversalKind::BindReferences, "a node refers to nodes that aren't there");
+}
+
+void RenderJob::runPass(Velmar::TraversalKind kind, const char* complaint) {
     // By its table, as everything of the host's: the class itself would name the host's code.
     Velmar::SceneNode& root = const_cast<Velmar::SceneNodeRoot&>(scene);
     const Velmar::String nowhere("");
-    Velmar::TraversalState* const pass_state =
-        root.createTraversalState(Velmar::TraversalKind::LoadMeshes, nowhere, nowhere);
+    Velmar::TraversalState* const state_of_pass = root.createTraversalState(kind, nowhere, nowhere);
     for (const Velmar::Reference<Velmar::SceneNode>& child : scene.children()) {
         try {
-            if (child) child->traverse(*pass_state);
-        } catch (const std::bad_alloc&) {
-            root.destroyTraversalState(pass_state);
-            throw;
+            if (child) child->traverse(*state_of_pass);
+        } catch (const std::exception& exception) {
+            report(std::string(complaint) + ": " + exception.what());
         } catch (...) {
-            report("a mesh file can't be read; its mesh is left out");
+            report(complaint);
         }
     }
-    root.destroyTraversalState(pass_state);
+    root.destroyTraversalState(state_of_pass);
 }
 
 bool RenderJob::prepare() {
-    loadMeshes();
+    bindAndLoad();
     const SceneNodes nodes(scene);
     const auto made = std::make_shared<Parts>();
     std::string complaint;

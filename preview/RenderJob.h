@@ -8,6 +8,7 @@
 #include "preview/ToneMapping.h"
 #include "preview/World.h"
 #include "preview/velmarpreview.h"
+#include "scene/TraversalState.h"
 
 #include <atomic>
 #include <chrono>
@@ -77,7 +78,8 @@ class RenderJob {
     void run();
     bool prepare();
     void makeTiles();
-    void loadMeshes();
+    void bindAndLoad();
+    void runPass(Velmar::TraversalKind kind, const char* complaint);
     void renderAll();
     void work();
     void renderTile(const Ticket& ticket, std::vector<float>& values) const;

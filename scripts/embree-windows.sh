@@ -28,6 +28,8 @@ fetch_sources --tar-only --download-only embree
 tar -xf embree_*.orig.tar.* --strip-components=1 -C source
 # The resource compiler of MinGW doesn't read UTF-16.
 sed -i '/embree\.rc/d' source/kernels/CMakeLists.txt
+# Debian's archive leaves this document out, and the installation names it.
+touch source/readme.pdf
 # CMake before 3.26 leaves this empty for GCC, and Embree then takes the options of Microsoft's compiler.
 printf 'set(CMAKE_CXX_COMPILER_FRONTEND_VARIANT GNU)\n' >variant.cmake
 
