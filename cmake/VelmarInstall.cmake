@@ -9,6 +9,13 @@ if(TARGET velmar)
     install(TARGETS velmar RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 
+# The preview renderer, where the tool looks for it and hosts that are started in bin/ do.
+if(TARGET velmar_preview)
+    install(TARGETS velmar_preview RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}/vs2017_64"
+                                   LIBRARY DESTINATION "${CMAKE_INSTALL_BINDIR}/vs2017_64")
+    install(FILES preview/velmarpreview.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
+
 # The flat interface. For hosts in C++ also the exceptions, with the headers that they include.
 set(velmar_headers include/velmarapi.h include/velmarexceptions.h include/velmarstring.h include/velmarmemory.h
                    include/velmarcompiler.h)

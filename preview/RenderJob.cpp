@@ -52,6 +52,7 @@ bool RenderJob::start() {
     pass = 0;
     next_tile = outstanding = 0;
     pictures = 0;
+    last_saved = 0.0;
     paused_for = {};
     begun = Clock::now();
     state = VELMAR_PREVIEW_PREPARING;
@@ -389,10 +390,11 @@ std::optional<RenderJob::Ticket> RenderJob::nextTile() {
         next_tile = 0;
         ++pass;
         parts->store->setSampleCount(pass - 1);
-        const bool is_first_picture = pictures == 0 && !save_due && pass == 1;
-        const bool is_period_over =
-            save_period > 0.0 && activeSeconds() >= save_period * static_cast<double>(pictures + 1);
-        save_due = save_due || is_first_picture || is_period_over;
+        const double now = activeSeconds();
+        if (pass == 1 || (save_period > 0.0 && now >= last_saved + save_period)) {
+            save_due = true;
+            last_saved = now;
+        }
         halted = tiles.empty() || (pass > 0 && isHalted());
         changed.notify_all();
     }
@@ -459,9 +461,9 @@ void RenderJob::savePicture() {
             if (!holdsLinearLight(path)) bytes = parts->tone_mapping->apply(picture);
             const std::string complaint = writePicture(path, picture, bytes);
             if (!complaint.empty()) report("'" + path + "': " + complaint);
+            const std::lock_guard<std::mutex> lock(mutex);
+            if (complaint.empty()) ++pictures;
         }
-        const std::lock_guard<std::mutex> lock(mutex);
-        ++pictures;
     } catch (const std::bad_alloc&) {
         report("out of memory; a picture isn't written");
     }

@@ -124,6 +124,8 @@ class RenderJob {
     std::size_t next_tile = 0;
     std::size_t outstanding = 0;
     std::uint64_t pictures = 0;
+    /// Seconds after the beginning.
+    double last_saved = 0.0;
     Clock::time_point begun;
     Clock::time_point pause_begun;
     Clock::time_point ended;

@@ -189,7 +189,7 @@ Vec3 ToneMapping::displayOf(Vec3 light, float mean) const {
     Vec3 shown;
     switch (kind) {
     case reinhard: {
-        const float key = 0.09f * pre_scale / mean;
+        const float key = 0.18f * pre_scale / mean;
         const float size = key * luminance(light);
         const float factor = key * post_scale * (1.0f + size / (burn * burn)) / (1.0f + size);
         shown = light * factor;

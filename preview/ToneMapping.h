@@ -40,7 +40,7 @@ class ResponseCurve {
 ///
 /// - linear: scale times light.
 /// - Reinhard ("Photographic Tone Reproduction for Digital Images", SIGGRAPH 2002, equations 1 and 4): the luminance L
-///   is 0.09 pre_scale / (the geometric mean of the picture's luminance) times light, its display value post_scale L
+///   is 0.18 pre_scale / (the geometric mean of the picture's luminance) times light, its display value post_scale L
 ///   (1 + L / burn^2) / (1 + L). Black pixels don't count for the mean.
 /// - camera: the exposure H = pi/4 luminance t / N^2 in lux seconds, with t the exposure duration and N the distance
 ///   from lens to sensor divided by the lens's diameter, relative to 78 / ISO, the exposure that saturates the film

@@ -25,6 +25,7 @@ LICENCES = {
     "double-conversion": "libdouble-conversion-dev",
     "CLI11": "libcli11-dev",
     "stb": "libstb-dev",
+    "Embree": "libembree-dev",
 }
 # Of these the command line tool alone, which isn't in the package for Microsoft's compiler.
 LICENCES_OF_TOOL = ["CLI11", "stb"]
@@ -32,7 +33,7 @@ LICENCES_OF_TOOL = ["CLI11", "stb"]
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
 # For authors of hosts and renderer libraries; the other documents are about the sources.
-DOCUMENTS = ["api", "errors.md", "ownership.md", "renderer-layouts.md", "renderer-seam.md",
+DOCUMENTS = ["api", "errors.md", "ownership.md", "preview.md", "renderer-layouts.md", "renderer-seam.md",
              "scene-document.md", "threads.md", "vmmesh-format.md"]
 
 # The earliest time that a zip file can store.
@@ -71,6 +72,9 @@ def add_licences(package, tree):
         if not terms.is_file():
             sys.exit(f"{terms} is missing; it comes with Debian's package {origin}")
         shutil.copyfile(terms, folder / f"{name}.txt")
+    # Debian's file refers to the licence by its path there.
+    with open(folder / "Embree.txt", "a", encoding="utf-8") as terms:
+        terms.write("\n" + pathlib.Path("/usr/share/common-licenses/Apache-2.0").read_text(encoding="utf-8"))
     # RPly has no package; its licence is at the end of its header.
     notice = re.search(r"/\* -+\n( \* Copyright.*?) \* -+ ?\*/\s*$",
                        pathlib.Path(package["rply_header"]).read_text(encoding="utf-8"), re.S)

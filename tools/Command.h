@@ -15,6 +15,8 @@ struct Command {
 
 /// `velmar export`: mesh files become a scene.
 Command addExportCommand(CLI::App& tool);
+/// `velmar render`: mesh files become a picture.
+Command addRenderCommand(CLI::App& tool);
 /// `velmar info`: the content of a mesh file or a scene, and a picture of a mesh.
 Command addInfoCommand(CLI::App& tool);
 /// `velmar convert`: a mesh file becomes a vmmesh file, or all in a folder do.

@@ -20,6 +20,8 @@
 struct SceneSettings {
     std::int32_t width = 1280;
     std::int32_t height = 720;
+    /// 0: the document leaves it to the renderer.
+    std::int32_t super_sample_factor = 0;
     /// 0: no limit.
     double halt_samples = 500;
     /// Seconds; 0: no limit.
@@ -107,6 +109,9 @@ class SceneBuilder {
     /// Writes the document, and the mesh files that don't exist yet. That a document couldn't be written isn't
     /// reported.
     void write(const std::string& path) const;
+
+    /// Gives the scene away, as a renderer takes it. The builder has none afterwards.
+    VelmarScene* release() { return scene.release(); }
 
   private:
     struct DeleteScene {

@@ -50,6 +50,15 @@ std::string getAbsolutePath(std::string_view path);
 /// Makes `path` the directory that relative paths begin at. Returns whether that worked.
 bool enterDirectory(std::string_view path);
 
+/// The directory of this program's file, with a separator at its end; empty if it isn't known.
+std::string getProgramFolder();
+
+/// The address of a name that a library exports which this process has loaded from `path`, or null.
+void* findLoadedFunction(std::string_view path, const char* name);
+
+/// Of the files of shared libraries: ".dll" or ".so".
+extern const char* const library_suffix;
+
 bool isDirectory(std::string_view path);
 
 /// What tells a file or directory from every other one, whatever names lead to it: its volume and its number there.

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
@@ -49,6 +50,24 @@ SilentOutput::~SilentOutput() {
     std::fflush(stdout);
     dup2(saved, STDOUT_FILENO);
     close(saved);
+}
+
+const char* const library_suffix = ".so";
+
+std::string getProgramFolder() {
+    const std::unique_ptr<char, decltype(&std::free)> file(realpath("/proc/self/exe", nullptr), std::free);
+    if (file == nullptr) return {};
+    const std::string path = file.get();
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+void* findLoadedFunction(std::string_view path, const char* name) {
+    void* const library = dlopen(toSystemPath(path).c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (library == nullptr) return nullptr;
+    void* const function = dlsym(library, name);
+    // Only the count that this call has added.
+    dlclose(library);
+    return function;
 }
 
 bool isTerminal(std::FILE* file) {

@@ -80,6 +80,21 @@ bool enterDirectory(std::string_view path) {
     return SetCurrentDirectoryW(utf8ToWide(path).c_str()) != 0;
 }
 
+const char* const library_suffix = ".dll";
+
+std::string getProgramFolder() {
+    constexpr DWORD max_length = 32768;
+    std::wstring file(max_length, L'\0');
+    file.resize(GetModuleFileNameW(nullptr, file.data(), max_length));
+    file.resize(file.rfind(L'\\') + 1);
+    return wideToUtf8(file);
+}
+
+void* findLoadedFunction(std::string_view path, const char* name) {
+    const HMODULE library = GetModuleHandleW(toSystemPath(path).c_str());
+    return library == nullptr ? nullptr : reinterpret_cast<void*>(GetProcAddress(library, name));
+}
+
 bool isDirectory(std::string_view path) {
     const DWORD attributes = GetFileAttributesW(toSystemPath(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

@@ -19,7 +19,7 @@ int refuseUsage(const std::string& message, const std::string& command) {
 }
 
 int runTool(std::vector<std::string> arguments) {
-    CLI::App tool("Makes scenes for the renderer from mesh files.", "velmar");
+    CLI::App tool("Makes scenes and pictures of mesh files.", "velmar");
     // Else a path that begins with a slash is taken for an option.
     tool.allow_windows_style_options(false);
     tool.require_subcommand(1);
@@ -27,7 +27,8 @@ int runTool(std::vector<std::string> arguments) {
     tool.set_help_flag("-h,--help", "Print this help");
     tool.set_version_flag("--version", "velmar " VELMAR_VERSION, "Print the version");
     tool.footer("'velmar COMMAND --help' tells about a command. Exit codes: 0 done, 1 failed, 2 wrong usage.");
-    const Command commands[] = {addExportCommand(tool), addInfoCommand(tool), addConvertCommand(tool)};
+    const Command commands[] = {addExportCommand(tool), addRenderCommand(tool), addInfoCommand(tool),
+                                addConvertCommand(tool)};
     const auto chosen = [&] {
         return std::find_if(std::begin(commands), std::end(commands),
                             [](const Command& c) { return c.parser->parsed(); });

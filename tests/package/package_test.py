@@ -214,8 +214,16 @@ class Package(unittest.TestCase):
         self.assert_is_document(folder / "waves.xml")
         self.assertEqual(len(list(folder.glob("waves_meshes/*.vmmesh"))), 1)
 
+    def test_the_tool_draws_a_picture(self):
+        folder = self.room()
+        (folder / "square.obj").write_text("v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3 4\n")
+        run_program(program_of(TREE / "bin", "velmar"), "render", "square.obj", "square.png", "--width", "32",
+                    "--height", "24", "--samples", "4", folder=folder)
+        self.assertEqual((folder / "square.png").read_bytes()[:4], b"\x89PNG")
+
     def test_binaries_are_stripped(self):
         files = [TREE / "bin" / "VelmarAPI.dll"] if WINDOWS else [TREE / "lib" / "libVelmarAPI.so"]
+        files.append(TREE / "bin" / "vs2017_64" / f"velmar_rt_sdk.{'dll' if WINDOWS else 'so'}")
         for file in files + [program_of(TREE / "bin", "velmar")]:
             # No names of debug sections, and an empty symbol table.
             self.assertNotIn(b".debug_info", file.read_bytes())
@@ -225,7 +233,7 @@ class Package(unittest.TestCase):
         self.assertIn("documents", run(sys.executable, SOURCE / "tests" / "tree" / "links.py", TREE))
 
     def test_terms_of_all_that_is_linked_are_in_it(self):
-        linked = {"zstd", "xxHash", "double-conversion", "CLI11", "stb", "RPly"}
+        linked = {"zstd", "xxHash", "double-conversion", "CLI11", "stb", "RPly", "Embree"}
         if WINDOWS:
             linked |= {"gcc", "mingw-w64"}
         licences = {path.stem: path.read_text(encoding="utf-8") for path in (TREE / "licences").iterdir()}

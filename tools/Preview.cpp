@@ -1,0 +1,74 @@
+#include "tools/Preview.h"
+
+#include "tools/Console.h"
+#include "tools/System.h"
+
+#include <memory>
+
+namespace {
+
+struct DeleteScene {
+    void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
+};
+
+} // namespace
+
+Preview::Preview(VelmarScene* scene, const PreviewSettings& settings) {
+    std::unique_ptr<VelmarScene, DeleteScene> owner(scene);
+    load();
+    renderer = VelmarRenderer_Create(context);
+    try {
+        VelmarRenderer_InitializeWithScene(renderer, context, owner.get());
+        static_cast<void>(owner.release());
+        get<decltype(VelmarPreview_SetImagePath)>("VelmarPreview_SetImagePath")(renderer, settings.image.c_str());
+        auto* const set = get<decltype(VelmarPreview_SetOption)>("VelmarPreview_SetOption");
+        set(renderer, VELMAR_PREVIEW_SEED, settings.seed);
+        set(renderer, VELMAR_PREVIEW_THREADS, settings.threads);
+    } catch (...) {
+        VelmarRenderer_Delete(renderer);
+        throw;
+    }
+}
+
+Preview::~Preview() {
+    VelmarRenderer_Delete(renderer);
+}
+
+void Preview::load() {
+    const std::string folder = System::getProgramFolder();
+    const std::string here = System::getAbsolutePath(".");
+    int result = 0;
+    {
+        const System::SilentOutput silence;
+        context = VelmarContext_Create();
+        // Libraries are looked for in the working directory.
+        if (!folder.empty()) System::enterDirectory(folder);
+        result = VelmarContext_Initialize(context);
+        if (!folder.empty()) System::enterDirectory(here);
+    }
+    library = folder + "vs2017_64/velmar_rt_sdk" + System::library_suffix;
+    if (result == 0 && System::findLoadedFunction(library, "VelmarPreview_Wait") != nullptr) return;
+    VelmarContext_Delete(context);
+    throw Failure(library + ": the preview renderer can't be loaded");
+}
+
+template <class Function>
+Function* Preview::get(const char* name) const {
+    void* const function = System::findLoadedFunction(library, name);
+    if (function == nullptr) throw Failure(library + ": another version than this program's");
+    return reinterpret_cast<Function*>(function);
+}
+
+void Preview::render(const std::function<void(const VelmarPreviewProgress&)>& show) const {
+    auto* const wait = get<decltype(VelmarPreview_Wait)>("VelmarPreview_Wait");
+    constexpr double period = 0.25;
+    VelmarRenderer_Start(renderer);
+    while (wait(renderer, period) == 0)
+        show(getProgress());
+}
+
+VelmarPreviewProgress Preview::getProgress() const {
+    VelmarPreviewProgress progress{};
+    get<decltype(VelmarPreview_GetProgress)>("VelmarPreview_GetProgress")(renderer, &progress);
+    return progress;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "preview/velmarpreview.h"
+#include "velmarapi.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+struct PreviewSettings {
+    /// 0: one for each processor.
+    std::uint32_t threads = 0;
+    std::uint32_t seed = 0;
+    /// Absolute.
+    std::string image;
+};
+
+/// A render by the preview library in the folder `vs2017_64` beside this program.
+class Preview {
+  public:
+    /// Takes the scene, also when it throws. Throws `Failure` when the library can't be loaded or is another one.
+    Preview(VelmarScene* scene, const PreviewSettings& settings);
+    ~Preview();
+    Preview(const Preview&) = delete;
+    Preview& operator=(const Preview&) = delete;
+
+    /// Renders to the end, and calls `show` several times a second.
+    void render(const std::function<void(const VelmarPreviewProgress&)>& show) const;
+
+    VelmarPreviewProgress getProgress() const;
+
+  private:
+    template <class Function>
+    Function* get(const char* name) const;
+    void load();
+
+    VelmarContext* context = nullptr;
+    VelmarRenderer* renderer = nullptr;
+    std::string library;
+};
