@@ -91,7 +91,8 @@ Ray Camera::makeRay(const Frame& frame, float x, float y, const Vec2& lens, floa
         sinCosOfTurn(longitude - std::floor(longitude), sine, cosine);
         sinCosOfTurn(latitude - std::floor(latitude), height, width);
         ray.origin = frame.position;
-        ray.direction = normalised(frame.right * (sine * width) + frame.forwards * (cosine * width) + frame.up * height);
+        ray.direction =
+            normalised(frame.right * (sine * width) + frame.forwards * (cosine * width) + frame.up * height);
         break;
     }
     default: {
@@ -106,7 +107,8 @@ Ray Camera::makeRay(const Frame& frame, float x, float y, const Vec2& lens, floa
         ray.direction = normalised(frame.right * (across / size) + frame.up * (along / size) +
                                    frame.forwards * (focus_distance / size));
         if (vignetting) {
-            const float cosine2 = lens_sensor_dist * lens_sensor_dist / (lens_sensor_dist * lens_sensor_dist + s * s + t * t);
+            const float cosine2 =
+                lens_sensor_dist * lens_sensor_dist / (lens_sensor_dist * lens_sensor_dist + s * s + t * t);
             weight = cosine2 * cosine2;
         }
     }
@@ -116,8 +118,7 @@ Ray Camera::makeRay(const Frame& frame, float x, float y, const Vec2& lens, floa
 
 Ray Camera::sampleRay(float x, float y, bool moving, Sampler& sampler, float& weight) const {
     const float time = moving || motion.isMoving() ? sampler.next1() : 0.5f;
-    const Vec2 lens =
-        type == Node::thin_lens_perspective && lens_radius > 0.0f ? sampleDisc(sampler.next2()) : Vec2{};
+    const Vec2 lens = type == Node::thin_lens_perspective && lens_radius > 0.0f ? sampleDisc(sampler.next2()) : Vec2{};
     if (motion.isMoving()) return makeRay(frameAt(time), x, y, lens, time, weight);
     return makeRay(at_rest, x, y, lens, time, weight);
 }

@@ -3,6 +3,7 @@
 #include "preview/Motion.h"
 #include "preview/Sampler.h"
 #include "preview/World.h"
+
 #include "scene/nodes/SceneNodeCamera.h"
 
 #include <cstdint>

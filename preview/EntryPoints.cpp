@@ -35,7 +35,8 @@ VELMAR_PREVIEW_CALL std::int32_t velmarGlobalLibraryInit(const Velmar::String*, 
 /// Nothing of the preview's is freed by the host.
 VELMAR_PREVIEW_CALL void setMemAllocFunctions(const void*) {}
 
-VELMAR_PREVIEW_CALL std::int32_t velmarCreateInstance(const Velmar::String* class_name, Velmar::LibraryObject** object) {
+VELMAR_PREVIEW_CALL std::int32_t velmarCreateInstance(const Velmar::String* class_name,
+                                                      Velmar::LibraryObject** object) {
     *object = makeObject(class_name->view());
     return *object == nullptr ? 1 : 0;
 }

@@ -93,9 +93,8 @@ void ImageStore::readChannels(const Velmar::ChannelBlock& block) {
 
     std::size_t begin = channels.floats_per_pixel;
     std::size_t end = 0;
-    for (const Velmar::ChannelDescriptor* const channel :
-         {&block.normals, &block.normals_pre_bump, &block.depth, &block.position, &block.material_id,
-          &block.object_id}) {
+    for (const Velmar::ChannelDescriptor* const channel : {&block.normals, &block.normals_pre_bump, &block.depth,
+                                                           &block.position, &block.material_id, &block.object_id}) {
         if (!channel->isPresent()) continue;
         const auto offset = static_cast<std::size_t>(channel->offset);
         begin = std::min(begin, offset);

@@ -58,7 +58,7 @@ struct HostRenderer {
         void* operations;
         void* context;
         Velmar::LibraryObject* interface_object;
-    }* bridge;
+    } * bridge;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "preview/RenderJob.h"
+
 #include "renderer/DataManager.h"
 #include "renderer/LibraryObject.h"
 #include "renderer/RenderBuffer.h"

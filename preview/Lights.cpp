@@ -2,6 +2,7 @@
 
 #include "preview/Messages.h"
 #include "preview/Sampler.h"
+
 #include "scene/DiffuseMaterial.h"
 #include "scene/SunSkyMaterial.h"
 

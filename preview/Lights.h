@@ -2,6 +2,7 @@
 
 #include "preview/Sky.h"
 #include "preview/World.h"
+
 #include "scene/nodes/SceneNodeBackgroundSettings.h"
 
 #include <cstdint>

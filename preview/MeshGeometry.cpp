@@ -26,8 +26,8 @@ struct ReleaseGeometry {
 SceneOwner makeEmbreeScene(RTCDevice device) {
     SceneOwner scene(rtcNewScene(device));
     if (scene == nullptr) throw std::bad_alloc();
-    rtcSetSceneFlags(scene.get(), static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST |
-                                                             RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
+    rtcSetSceneFlags(scene.get(),
+                     static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
     return scene;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "preview/Vec.h"
+
 #include "mesh/Mesh.h"
 
 #include <array>

@@ -1,6 +1,7 @@
 #include "preview/Motion.h"
 
 #include "preview/Messages.h"
+
 #include "scene/MatrixRotation.h"
 
 #include <cmath>

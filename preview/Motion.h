@@ -1,6 +1,7 @@
 #pragma once
 
 #include "preview/Vec.h"
+
 #include "scene/Rotation.h"
 #include "scene/nodes/KeyFrame.h"
 

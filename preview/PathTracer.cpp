@@ -85,9 +85,9 @@ void PathTracer::trace(std::uint32_t x, std::uint32_t y, std::uint32_t sample, s
     Sampler sampler(settings.seed, y * layer_width + x, sample);
     const Vec2 inside = sampler.next2();
     float weight = 0.0f;
-    const Ray ray = camera.sampleRay((static_cast<float>(x) + inside.x) * scale - margin,
-                                     (static_cast<float>(y) + inside.y) * scale - margin, world.hasMotion(), sampler,
-                                     weight);
+    const Ray ray =
+        camera.sampleRay((static_cast<float>(x) + inside.x) * scale - margin,
+                         (static_cast<float>(y) + inside.y) * scale - margin, world.hasMotion(), sampler, weight);
     follow(ray, weight, sampler, pixel);
     if (sample == 0 && channels.hasAuxiliary())
         traceAuxiliary((static_cast<float>(x) + 0.5f) * scale - margin, (static_cast<float>(y) + 0.5f) * scale - margin,
@@ -191,8 +191,7 @@ bool PathTracer::passShadowCatcher(const SurfacePoint& point, Path& path) const 
 
 void PathTracer::addSun(const SurfacePoint& point, const Vec3& side, const Vec3& reflected, Path& path) const {
     const Sky& sky = background.getSky();
-    const Vec3 direction =
-        normalised(sampleCap(sky.getSunDirection(), Sky::cosineOfSunEdge(), path.sampler.next2()));
+    const Vec3 direction = normalised(sampleCap(sky.getSunDirection(), Sky::cosineOfSunEdge(), path.sampler.next2()));
     const Vec3 shading = dot(point.shading_normal, side) < 0.0f ? -point.shading_normal : point.shading_normal;
     const float cosine = dot(shading, direction);
     if (!(cosine > 0.0f) || !(dot(side, direction) > 0.0f)) return;

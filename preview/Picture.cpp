@@ -4,6 +4,7 @@
 #include "preview/SceneNodes.h"
 #include "preview/Surface.h"
 #include "preview/System.h"
+
 #include "scene/nodes/ImageFilters.h"
 #include "scene/nodes/LayerSetting.h"
 
@@ -29,7 +30,8 @@ struct Taps {
     std::vector<float> weights;
 };
 
-std::vector<Taps> makeTaps(const PictureSettings& settings, std::uint32_t size, std::uint32_t margin, std::uint32_t factor) {
+std::vector<Taps> makeTaps(const PictureSettings& settings, std::uint32_t size, std::uint32_t margin,
+                           std::uint32_t factor) {
     std::vector<Taps> all(size);
     const std::uint32_t layer_size = (size + 2 * margin) * factor;
     for (std::uint32_t i = 0; i < size; ++i) {
@@ -41,8 +43,8 @@ std::vector<Taps> makeTaps(const PictureSettings& settings, std::uint32_t size, 
         const float middle = (static_cast<float>(i + margin) + 0.5f) * static_cast<float>(factor);
         const float reach = settings.radius * static_cast<float>(factor);
         taps.first = static_cast<std::uint32_t>(std::max(0.0f, std::floor(middle - reach)));
-        const auto end = static_cast<std::uint32_t>(
-            std::min(static_cast<float>(layer_size), std::ceil(middle + reach)));
+        const auto end =
+            static_cast<std::uint32_t>(std::min(static_cast<float>(layer_size), std::ceil(middle + reach)));
         float sum = 0.0f;
         for (std::uint32_t at = taps.first; at < end; ++at) {
             taps.weights.push_back(

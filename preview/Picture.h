@@ -2,6 +2,7 @@
 
 #include "preview/ImageStore.h"
 #include "preview/Vec.h"
+
 #include "scene/nodes/SceneNodeRenderSettings.h"
 
 #include <cstdint>

@@ -2,6 +2,7 @@
 
 #include "preview/Messages.h"
 #include "preview/System.h"
+
 #include "scene/nodes/SceneNodeMesh.h"
 
 #include <algorithm>
@@ -265,8 +266,8 @@ bool RenderJob::prepare() {
     }
     made->camera = std::make_unique<Camera>(*nodes.camera, store.getWidth(), store.getHeight(), vignetting);
     made->camera->focusOn(*world);
-    made->tracer = std::make_unique<PathTracer>(*world, *made->camera, made->lights, made->background, store,
-                                                path_settings);
+    made->tracer =
+        std::make_unique<PathTracer>(*world, *made->camera, made->lights, made->background, store, path_settings);
     made->tone_mapping = std::make_unique<ToneMapping>(nodes.tone_mapping, nodes.camera, nodes.settings);
     made->picture = std::make_unique<PictureSettings>(nodes.settings, store.getChannels().layers.size());
 
@@ -281,8 +282,7 @@ bool RenderJob::prepare() {
     }
     parts = made;
     makeTiles();
-    const bool coarse =
-        std::uint64_t{store.getWidth()} * store.getHeight() > max_pixels_without_coarse_pass;
+    const bool coarse = std::uint64_t{store.getWidth()} * store.getHeight() > max_pixels_without_coarse_pass;
     block = coarse ? coarse_block * store.getFactor() : 1;
     pass = coarse ? 0 : 1;
     return true;
@@ -300,8 +300,8 @@ void RenderJob::makeTiles() {
         const auto high = [&](std::uint32_t at, std::uint32_t size) {
             return std::min(at + margin + reach, size + 2 * margin) * factor;
         };
-        needed.push_back({low(region.x1), low(region.y1), high(region.x2, store.getWidth()),
-                          high(region.y2, store.getHeight())});
+        needed.push_back(
+            {low(region.x1), low(region.y1), high(region.x2, store.getWidth()), high(region.y2, store.getHeight())});
     }
     tiles.clear();
     for (std::uint32_t y = 0; y < store.getLayerHeight(); y += tile_edge) {
@@ -483,7 +483,8 @@ VelmarPreviewProgress RenderJob::getProgress() const {
     progress.height = parts->store->getHeight();
     const double factor = parts->store->getFactor();
     progress.samples = pass == 0 ? 0.0 : static_cast<double>(pass - 1) * factor * factor;
-    if (state != VELMAR_PREVIEW_PREPARING) progress.memory = static_cast<std::uint64_t>(std::max<std::int64_t>(world->getEmbreeBytes(), 0));
+    if (state != VELMAR_PREVIEW_PREPARING)
+        progress.memory = static_cast<std::uint64_t>(std::max<std::int64_t>(world->getEmbreeBytes(), 0));
     return progress;
 }
 

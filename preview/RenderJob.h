@@ -8,6 +8,7 @@
 #include "preview/ToneMapping.h"
 #include "preview/World.h"
 #include "preview/velmarpreview.h"
+
 #include "scene/TraversalState.h"
 
 #include <atomic>

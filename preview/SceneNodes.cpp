@@ -55,8 +55,7 @@ SceneNodes::SceneNodes(const Velmar::SceneNodeRoot& root) {
             report("section planes aren't rendered");
             break;
         default:
-            report("nodes of kind " + std::to_string(static_cast<std::uint32_t>(node->getType())) +
-                   " aren't rendered");
+            report("nodes of kind " + std::to_string(static_cast<std::uint32_t>(node->getType())) + " aren't rendered");
         }
     }
 }

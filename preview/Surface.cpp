@@ -2,6 +2,7 @@
 
 #include "preview/Messages.h"
 #include "preview/Sky.h"
+
 #include "scene/ConstantWavelengthDependentParam.h"
 #include "scene/DiffuseMaterial.h"
 #include "scene/RGBSpectrum.h"

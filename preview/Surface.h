@@ -2,6 +2,7 @@
 
 #include "preview/ImageTexture.h"
 #include "preview/Vec.h"
+
 #include "scene/Material.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/Spectrum.h"

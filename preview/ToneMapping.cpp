@@ -3,6 +3,7 @@
 #include "preview/Messages.h"
 #include "preview/Sky.h"
 #include "preview/System.h"
+
 #include "scene/nodes/ColourCurves.h"
 #include "scene/nodes/WhitePoint.h"
 
@@ -171,7 +172,7 @@ ToneMapping::ToneMapping(const Velmar::SceneNodeTonemapping* node, const Velmar:
     if (settings->colour_curves) {
         const Velmar::ColourCurves& all = *settings->colour_curves;
         const Velmar::SceneNodeCurve1D* const nodes[4] = {all.overall.getPointer(), all.red.getPointer(),
-                                                         all.green.getPointer(), all.blue.getPointer()};
+                                                          all.green.getPointer(), all.blue.getPointer()};
         for (std::size_t i = 0; i < 4; ++i) {
             if (nodes[i] == nullptr || nodes[i]->knots.empty()) continue;
             Curve curve{{nodes[i]->knots.begin(), nodes[i]->knots.end()},
@@ -223,8 +224,7 @@ std::vector<unsigned char> ToneMapping::apply(const Picture& picture) const {
     std::vector<unsigned char> bytes;
     bytes.reserve(pixels * (with_alpha ? 4 : 3));
     for (std::size_t i = 0; i < pixels; ++i) {
-        const Vec3 shown =
-            displayOf({picture.light[3 * i], picture.light[3 * i + 1], picture.light[3 * i + 2]}, mean);
+        const Vec3 shown = displayOf({picture.light[3 * i], picture.light[3 * i + 1], picture.light[3 * i + 2]}, mean);
         bytes.push_back(byteOf(shown.x, 0));
         bytes.push_back(byteOf(shown.y, 1));
         bytes.push_back(byteOf(shown.z, 2));

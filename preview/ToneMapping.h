@@ -2,6 +2,7 @@
 
 #include "preview/Picture.h"
 #include "preview/Vec.h"
+
 #include "scene/SceneNodeTonemapping.h"
 #include "scene/nodes/SceneNodeCamera.h"
 #include "scene/nodes/SceneNodeCurve1D.h"

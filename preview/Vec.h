@@ -85,9 +85,7 @@ struct Affine {
         return determinant() < 0.0f ? -cofactors : cofactors;
     }
 
-    bool operator==(const Affine& other) const {
-        return x == other.x && y == other.y && z == other.z && p == other.p;
-    }
+    bool operator==(const Affine& other) const { return x == other.x && y == other.y && z == other.z && p == other.p; }
 };
 
 inline bool isFinite(const Affine& m) {

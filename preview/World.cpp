@@ -2,6 +2,7 @@
 
 #include "preview/Messages.h"
 #include "preview/System.h"
+
 #include "scene/nodes/SceneNodeMesh.h"
 
 #include <algorithm>
@@ -36,8 +37,8 @@ bool isUsable(const Affine& m) {
 World::World(unsigned threads) {
     // One instruction set, where results must be the same on different machines.
     const std::string isa = System::getEnvironment("VELMAR_PREVIEW_ISA");
-    const std::string settings = "threads=" + std::to_string(threads) + ",set_affinity=0" +
-                                 (isa.empty() ? std::string() : ",max_isa=" + isa);
+    const std::string settings =
+        "threads=" + std::to_string(threads) + ",set_affinity=0" + (isa.empty() ? std::string() : ",max_isa=" + isa);
     device.reset(rtcNewDevice(settings.c_str()));
     if (device == nullptr) throw std::bad_alloc();
     rtcSetDeviceMemoryMonitorFunction(device.get(), countMemory, this);
@@ -182,9 +183,10 @@ void World::readModel(const Velmar::SceneNodeModel& model, const std::vector<std
 void World::readSurfaces(const Velmar::SceneNodeModel& model, Instance& instance) {
     const Velmar::Reference<Velmar::SceneNodeMaterial>* const materials = model.materials.data();
     const std::size_t count = model.materials.size();
-    const bool same = model.emission_scales.empty() && !instances.empty() && last_materials.size() == count &&
-                      std::equal(last_materials.begin(), last_materials.end(), materials,
-                                 [](const auto* known, const auto& reference) { return known == reference.getPointer(); });
+    const bool same =
+        model.emission_scales.empty() && !instances.empty() && last_materials.size() == count &&
+        std::equal(last_materials.begin(), last_materials.end(), materials,
+                   [](const auto* known, const auto& reference) { return known == reference.getPointer(); });
     if (same) {
         instance.first_surface = instances.back().first_surface;
         instance.surface_count = instances.back().surface_count;

@@ -93,7 +93,8 @@ void World::boundSphere(const RTCBoundsFunctionArguments* arguments) {
         return sphere.centreAt(static_cast<float>(step) / static_cast<float>(world.sphere_segments));
     };
     const Vec3 centre = moment(arguments->timeStep);
-    const float widened = sphere.motion.isMoving() ? 0.001f * sumOfMagnitudes(moment(arguments->timeStep + 1) - centre) : 0;
+    const float widened =
+        sphere.motion.isMoving() ? 0.001f * sumOfMagnitudes(moment(arguments->timeStep + 1) - centre) : 0;
     const float radius = sphere.radius * 1.00001f + 1e-6f * sumOfMagnitudes(centre) + widened;
     RTCBounds& box = *arguments->bounds_o;
     box.lower_x = centre.x - radius;
@@ -153,8 +154,12 @@ void World::intersectSphere(const RTCIntersectFunctionNArguments* arguments) {
     int valid = -1;
     const float former = ray_hit.ray.tfar;
     ray_hit.ray.tfar = t;
-    RTCFilterFunctionNArguments filtered{&valid, arguments->geometryUserPtr, arguments->context,
-                                         reinterpret_cast<RTCRayN*>(&ray_hit.ray), reinterpret_cast<RTCHitN*>(&hit), 1};
+    RTCFilterFunctionNArguments filtered{&valid,
+                                         arguments->geometryUserPtr,
+                                         arguments->context,
+                                         reinterpret_cast<RTCRayN*>(&ray_hit.ray),
+                                         reinterpret_cast<RTCHitN*>(&hit),
+                                         1};
     if (arguments->context->filter != nullptr) filter(&filtered);
     if (valid == 0)
         ray_hit.ray.tfar = former;

@@ -6,9 +6,9 @@
  * the library `velmar_rt_sdk` and not of VelmarAPI: a host looks them up in the loaded library, by dlsym or
  * GetProcAddress, after VelmarContext_Initialize has loaded it.
  *
- * `renderer` is what VelmarRenderer_Create returned. Each function returns 0, or VELMAR_PREVIEW_ERROR if the renderer is
- * null, has no scene yet or belongs to another renderer library. None throws. They may be called from any thread while
- * the renderer isn't being deleted.
+ * `renderer` is what VelmarRenderer_Create returned. Each function returns 0, or VELMAR_PREVIEW_ERROR if the renderer
+ * is null, has no scene yet or belongs to another renderer library. None throws. They may be called from any thread
+ * while the renderer isn't being deleted.
  */
 
 #include <stddef.h>

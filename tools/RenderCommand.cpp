@@ -1,4 +1,5 @@
 #include "preview/velmarpreview.h"
+
 #include "tools/Command.h"
 #include "tools/Console.h"
 #include "tools/MeshFile.h"
@@ -68,7 +69,8 @@ void render(RenderOptions options) {
         last = preview.getProgress();
     }
     progress.clear();
-    if (last.state != VELMAR_PREVIEW_FINISHED || last.pictures == 0) throw Failure(image + ": the picture wasn't rendered");
+    if (last.state != VELMAR_PREVIEW_FINISHED || last.pictures == 0)
+        throw Failure(image + ": the picture wasn't rendered");
     if (options.quiet) return;
     for (const std::string& model : descriptions)
         std::printf("%s\n", model.c_str());

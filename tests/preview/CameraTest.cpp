@@ -1,8 +1,7 @@
 // Where and when things appear in a picture, against the geometry of each camera.
 
-#include "tests/preview/PreviewRender.h"
-
 #include "scene/MatrixRotation.h"
+#include "tests/preview/PreviewRender.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,8 +1,5 @@
 // From light to pictures: channels, regions, filter, tone mapping and files.
 
-#include "tests/preview/PreviewRender.h"
-#include "tests/support/FileBytes.h"
-
 #include "scene/ConstantWavelengthDependentParam.h"
 #include "scene/RGBSpectrum.h"
 #include "scene/nodes/ColourCurves.h"
@@ -10,6 +7,8 @@
 #include "scene/nodes/LayerSetting.h"
 #include "scene/nodes/SceneNodeCurve1D.h"
 #include "scene/nodes/WhitePoint.h"
+#include "tests/preview/PreviewRender.h"
+#include "tests/support/FileBytes.h"
 
 #include <cmath>
 #include <cstring>
@@ -79,7 +78,8 @@ TEST_F(PreviewChannels, NormalsAndPositionsAreThoseOfTheSurface) {
 TEST_F(PreviewChannels, NumbersOfMaterialAndObjectAreTheirUIDs) {
     scene.settings->material_id_channel.set(true);
     scene.settings->object_id_channel.set(true);
-    EXPECT_EQ(std::lround(255 * render("material_id", 3)[3 * middle]), static_cast<long>(model->materials[0]->getUID()));
+    EXPECT_EQ(std::lround(255 * render("material_id", 3)[3 * middle]),
+              static_cast<long>(model->materials[0]->getUID()));
     EXPECT_EQ(std::lround(255 * render("object_id", 3)[3 * middle]), static_cast<long>(model->getUID()));
     EXPECT_EQ(render("object_id", 3)[0], 0.0f);
 }
@@ -115,9 +115,9 @@ TEST_F(PreviewChannels, AlphaIsTheCoverageAndTheBackgroundIsLeftOut) {
 }
 
 TEST_F(PreviewChannels, LightingPassesAddUpToThePicture) {
-    for (Optional<bool>* const option : {&scene.settings->direct_lighting_channel,
-                                         &scene.settings->indirect_lighting_channel,
-                                         &scene.settings->emission_lighting_channel})
+    for (Optional<bool>* const option :
+         {&scene.settings->direct_lighting_channel, &scene.settings->indirect_lighting_channel,
+          &scene.settings->emission_lighting_channel})
         option->set(true);
     scene.addFloor(0, 4, -1, 4, model->materials[0].getPointer());
     const std::vector<float> direct = render("direct_lighting", 3);

@@ -24,8 +24,9 @@ class Quiet {
 } // namespace
 
 PreviewFolder::PreviewFolder() : former(std::filesystem::current_path()) {
-    // The build's folder as seen from the drive on which the test was started.
-    const std::filesystem::path built = former.root_path() / std::filesystem::path(VELMAR_PREVIEW_LIBRARY).relative_path();
+    // The build's folder as seen from the drive on which the test was started; there may be a folder already.
+    static const std::filesystem::path drive = former.root_path();
+    const std::filesystem::path built = drive / std::filesystem::path(VELMAR_PREVIEW_LIBRARY).relative_path();
     std::filesystem::create_directories(path("vs2017_64"));
     std::filesystem::copy_file(built, path("vs2017_64") / built.filename());
     // One instruction set, so that both builds see the same hits.
@@ -82,7 +83,8 @@ PreviewRenderer::PreviewRenderer(const PreviewFolder& folder_, const PreviewScen
     EXPECT_EQ(VelmarContext_Initialize(context), 0);
     renderer = VelmarRenderer_Create(context);
     VelmarRenderer_InitializeWithScene(renderer, context, Velmar::toHandle<VelmarScene>(scene.root.getPointer()));
-    EXPECT_EQ(folder.get<decltype(VelmarPreview_SetImagePath)>("VelmarPreview_SetImagePath")(renderer, image.c_str()), 0);
+    EXPECT_EQ(folder.get<decltype(VelmarPreview_SetImagePath)>("VelmarPreview_SetImagePath")(renderer, image.c_str()),
+              0);
 }
 
 void deleteRenderer(VelmarRenderer* renderer) {
@@ -117,10 +119,12 @@ RenderedPicture PreviewRenderer::picture() const {
     const std::size_t count = std::size_t{3} * now.width * now.height;
     result.light.resize(count);
     result.bytes.resize(count);
-    EXPECT_EQ(folder.get<decltype(VelmarPreview_GetPixels)>("VelmarPreview_GetPixels")(renderer, result.light.data(), count),
-              0);
-    EXPECT_EQ(folder.get<decltype(VelmarPreview_GetBytes)>("VelmarPreview_GetBytes")(renderer, result.bytes.data(), count),
-              0);
+    EXPECT_EQ(
+        folder.get<decltype(VelmarPreview_GetPixels)>("VelmarPreview_GetPixels")(renderer, result.light.data(), count),
+        0);
+    EXPECT_EQ(
+        folder.get<decltype(VelmarPreview_GetBytes)>("VelmarPreview_GetBytes")(renderer, result.bytes.data(), count),
+        0);
     return result;
 }
 

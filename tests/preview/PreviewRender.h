@@ -1,8 +1,8 @@
 #pragma once
 
+#include "preview/velmarpreview.h"
 #include "velmarapi.h"
 
-#include "preview/velmarpreview.h"
 #include "tests/preview/PreviewScene.h"
 #include "tests/support/TempDir.h"
 

@@ -24,8 +24,8 @@ namespace TestSupport {
 
 /// A scene for the preview, built of the nodes themselves: what no export makes is here too.
 ///
-/// The camera is a pinhole at the origin that looks along y, z up, without autofocus and vignetting; the picture's width
-/// is seen at 2 atan(0.5). There is one sample for each pixel of the picture in a pass.
+/// The camera is a pinhole at the origin that looks along y, z up, without autofocus and vignetting; the picture's
+/// width is seen at 2 atan(0.5). There is one sample for each pixel of the picture in a pass.
 class PreviewScene {
   public:
     explicit PreviewScene(std::int32_t width = 16, std::int32_t height = 16);

@@ -1,8 +1,7 @@
 // Light against what is known by formula.
 
-#include "tests/preview/PreviewRender.h"
-
 #include "scene/nodes/EmissionScale.h"
+#include "tests/preview/PreviewRender.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -25,9 +24,11 @@ void lookDown(const PreviewScene& scene, double edge) {
 
 /// A box of walls that all face inwards, with the camera inside.
 void addClosedBox(PreviewScene& scene, SceneNodeMaterial* material) {
-    scene.addModel(scene.addMesh({{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {-1, -1, 1}, {1, -1, 1}, {1, 1, 1}, {-1, 1, 1}},
-                                 {{0, 1, 2, 3}, {7, 6, 5, 4}, {4, 5, 1, 0}, {5, 6, 2, 1}, {6, 7, 3, 2}, {7, 4, 0, 3}}),
-                   material);
+    scene.addModel(
+        scene.addMesh(
+            {{-1, -1, -1}, {1, -1, -1}, {1, 1, -1}, {-1, 1, -1}, {-1, -1, 1}, {1, -1, 1}, {1, 1, 1}, {-1, 1, 1}},
+            {{0, 1, 2, 3}, {7, 6, 5, 4}, {4, 5, 1, 0}, {5, 6, 2, 1}, {6, 7, 3, 2}, {7, 4, 0, 3}}),
+        material);
 }
 
 } // namespace
@@ -108,7 +109,8 @@ TEST(PreviewShading, LightOfADiscIsItsFormFactor) {
     std::vector<std::vector<std::uint32_t>> faces;
     for (std::uint32_t i = 0; i < corners; ++i) {
         const double angle = 2 * pi * i / corners;
-        vertices.push_back({static_cast<float>(radius * std::cos(angle)), static_cast<float>(radius * std::sin(angle)), 2});
+        vertices.push_back(
+            {static_cast<float>(radius * std::cos(angle)), static_cast<float>(radius * std::sin(angle)), 2});
         faces.push_back({0, (i + 1) % corners + 1, i + 1});
     }
     scene.addModel(scene.addMesh(vertices, faces), scene.addEmitter(1.0));
@@ -124,8 +126,8 @@ TEST(PreviewShading, EmissionScaleGivesThePhotometricAmountOfItsMeasure) {
         scene.camera->setPosition({0, 0, 0.1});
         scene.addFloor(0, 0, 0, 4, scene.addMaterial(1.0));
         SceneNodeMaterial* const emitter = scene.addEmitter(0.1);
-        SceneNodeModel* const model =
-            scene.addQuad({-0.005f, 0.005f, 2}, {0.005f, 0.005f, 2}, {0.005f, -0.005f, 2}, {-0.005f, -0.005f, 2}, emitter);
+        SceneNodeModel* const model = scene.addQuad({-0.005f, 0.005f, 2}, {0.005f, 0.005f, 2}, {0.005f, -0.005f, 2},
+                                                    {-0.005f, -0.005f, 2}, emitter);
         auto* const scale = new EmissionScale;
         scale->measure = measure;
         scale->value = value;

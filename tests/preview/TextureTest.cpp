@@ -1,9 +1,9 @@
 // Colours that come from images.
 
+#include "scene/Texture.h"
+
 #include "tests/preview/PreviewRender.h"
 #include "tests/support/FileBytes.h"
-
-#include "scene/Texture.h"
 
 #include <array>
 #include <cmath>
