@@ -28,7 +28,7 @@ LICENCES = {
     "Embree": "libembree-dev",
 }
 # Of these the command line tool alone, which isn't in the package for Microsoft's compiler.
-LICENCES_OF_TOOL = ["CLI11", "stb"]
+LICENCES_OF_TOOL = ["CLI11", "stb", "Embree"]
 # The runtime in a DLL made by MinGW.
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
@@ -73,8 +73,9 @@ def add_licences(package, tree):
             sys.exit(f"{terms} is missing; it comes with Debian's package {origin}")
         shutil.copyfile(terms, folder / f"{name}.txt")
     # Debian's file refers to the licence by its path there.
-    with open(folder / "Embree.txt", "a", encoding="utf-8") as terms:
-        terms.write("\n" + pathlib.Path("/usr/share/common-licenses/Apache-2.0").read_text(encoding="utf-8"))
+    if "Embree" in origins:
+        with open(folder / "Embree.txt", "a", encoding="utf-8") as terms:
+            terms.write("\n" + pathlib.Path("/usr/share/common-licenses/Apache-2.0").read_text(encoding="utf-8"))
     # RPly has no package; its licence is at the end of its header.
     notice = re.search(r"/\* -+\n( \* Copyright.*?) \* -+ ?\*/\s*$",
                        pathlib.Path(package["rply_header"]).read_text(encoding="utf-8"), re.S)
