@@ -1,6 +1,7 @@
 // Scenes that make no sense: each is reported or drawn as far as it can be, and the host goes on.
 
 #include "tests/preview/PreviewRender.h"
+#include "tests/support/PlainNode.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -206,16 +207,9 @@ TEST_F(PreviewBadInput, LightThatIsNotFiniteIsLeftOut) {
 }
 
 TEST_F(PreviewBadInput, NodesOfKindsThatAreNotRenderedAreReportedOnce) {
-    struct Unknown final : Destroyable<Unknown, PlainSceneNode> {
-        explicit Unknown(NodeType kind) : Destroyable(kind) {}
-        Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override {
-            return new (result) Reference<SceneNode>;
-        }
-        void writeXML(OStream&, std::uint32_t, const XMLWriteOptions&) const override {}
-    };
     for (int i = 0; i < 2; ++i) {
-        scene.add(new Unknown(NodeType::Medium));
-        scene.add(new Unknown(NodeType::SectionPlane));
+        scene.add(new PlainNode(NodeType::Medium));
+        scene.add(new PlainNode(NodeType::SectionPlane));
     }
     const Outcome outcome = renderBad(scene);
     EXPECT_EQ(outcome.report, "velmar preview: participating media aren't rendered\n"

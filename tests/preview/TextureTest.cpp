@@ -16,7 +16,7 @@ using namespace Velmar;
 namespace {
 
 /// A parameter of the renderer library's kind that is backed by an image.
-class TextureParam final : public Destroyable<TextureParam, WavelengthDependentParam> {
+class TextureParam : public Destroyable<TextureParam, WavelengthDependentParam> {
   public:
     void writeXML(OStream&, std::uint32_t, const XMLWriteOptions&) const override {}
     std::uint32_t getType() const override { return 2; }
