@@ -1,14 +1,18 @@
 #include "api/Handles.h"
 #include "renderer/LibraryCall.h"
 #include "renderer/VelmarContext.h"
+#include "utils/Lines.h"
 #include "utils/PlatformUtils.h"
 
 #include <exception>
-#include <iostream>
 #include <new>
+#include <string>
 #include <typeinfo>
 
 namespace {
+
+using Velmar::LineStream;
+using Velmar::printLine;
 
 constexpr const char* sdk_dir = "vs2017_64";
 
@@ -26,18 +30,18 @@ const char* textOf(const std::exception& exception) {
 int initialize(VelmarContext* context) {
     try {
         Velmar::String error;
-        std::cout << "This is where it stops." << std::endl;
+        printLine(LineStream::output, {"This is where it stops."});
         const Velmar::String appdata_dir = Velmar::toVelmarString(PlatformUtils::getAppDataDirectory());
         const std::uint32_t code = Velmar::fromHandle(context)->loadSDK(sdk_dir, appdata_dir, error);
         if (code != Velmar::VelmarContext::loaded) {
-            std::cerr << "Failed to initialise Velmar context, " << code << " error description: " << error.view()
-                      << std::endl;
+            printLine(LineStream::error, {"Failed to initialise Velmar context, ", std::to_string(code),
+                                          " error description: ", error.view()});
             return -1;
         }
     } catch (const std::exception& exception) {
-        std::cerr << "This failed: " << textOf(exception) << std::endl;
+        printLine(LineStream::error, {"This failed: ", textOf(exception)});
     }
-    std::cout << "Initialized Velmar context." << std::endl;
+    printLine(LineStream::output, {"Initialized Velmar context."});
     return 0;
 }
 
@@ -49,7 +53,7 @@ VelmarContext* VelmarContext_Create() {
 
 int VelmarContext_Initialize(VelmarContext* context) {
     if (context == nullptr) {
-        std::cerr << "Context doesn't exist! Did you forget to create it?" << std::endl;
+        printLine(LineStream::error, {"Context doesn't exist! Did you forget to create it?"});
         return -1;
     }
     return Velmar::passOnLibraryExceptions([context] { return initialize(context); });

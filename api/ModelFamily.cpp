@@ -1,9 +1,9 @@
 #include "api/Handles.h"
 #include "api/NewObject.h"
 #include "scene/Rotations.h"
+#include "utils/Lines.h"
 
 #include <algorithm>
-#include <iostream>
 #include <span>
 #include <string>
 
@@ -21,7 +21,7 @@ VelmarModel* VelmarModel_Create(const char* name, VelmarMesh* geometry) {
 
 void VelmarModel_SetMaterials(VelmarModel* model, int32_t count, VelmarMaterialNode** materials) {
     // A text, because a host's locale may group the digits of numbers.
-    std::cout << "Num materials: " << std::to_string(count) << std::endl;
+    printLine(LineStream::output, {"Num materials: ", std::to_string(count)});
     const std::span<VelmarMaterialNode* const> handles(materials, count > 0 ? static_cast<std::size_t>(count) : 0);
     const AllHeldForCall held(handles);
     Vector<Reference<SceneNodeMaterial>> nodes;

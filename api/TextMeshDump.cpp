@@ -1,3 +1,5 @@
+#include "api/TextMeshDump.h"
+
 #include "api/Handles.h"
 
 #include <cstddef>
@@ -9,7 +11,7 @@ using namespace Velmar;
 namespace {
 
 template <std::size_t count>
-void writeIndices(std::ofstream& file, const char* indent, const std::uint32_t (&indices)[count]) {
+void writeIndices(std::ostream& file, const char* indent, const std::uint32_t (&indices)[count]) {
     file << indent;
     for (const std::uint32_t index : indices)
         file << index << ' ';
@@ -17,7 +19,7 @@ void writeIndices(std::ofstream& file, const char* indent, const std::uint32_t (
 }
 
 template <class Face>
-void writeFaces(std::ofstream& file, const char* header, const Vector<Face>& faces) {
+void writeFaces(std::ostream& file, const char* header, const Vector<Face>& faces) {
     file << header << '\n';
     for (std::size_t i = 0; i < faces.size(); ++i) {
         writeIndices(file, "  ", faces[i].vertex_indices);
@@ -27,16 +29,10 @@ void writeFaces(std::ofstream& file, const char* header, const Vector<Face>& fac
 
 } // namespace
 
-void velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path) {
-    const SceneNodeMesh& mesh_node = *fromHandle(mesh);
-    const Reference<Mesh> kept(mesh_node.mesh);
+void Velmar::writeMeshText(std::ostream& file, const SceneNodeMesh& node) {
+    const Reference<Mesh> kept(node.mesh);
     const Mesh& data = *kept;
-
-    std::ofstream file;
-    // Numbers don't depend on the host's locale.
-    file.imbue(std::locale::classic());
-    file.open(path);
-    file << mesh_node.getName().view() << '\n';
+    file << node.getName().view() << '\n';
     file << "vertices\n";
     for (const Vec3f& vertex : data.verts)
         file << "  " << vertex.x << ' ' << vertex.y << ' ' << vertex.z << '\n';
@@ -45,4 +41,12 @@ void velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path) {
         file << "  " << uv.x << ' ' << uv.y << '\n';
     writeFaces(file, "triangles", data.triangles);
     writeFaces(file, "quads", data.quads);
+}
+
+void velmar_write_mesh_to_file(VelmarMesh* mesh, const char* path) {
+    std::ofstream file;
+    // Numbers don't depend on the host's locale.
+    file.imbue(std::locale::classic());
+    file.open(path);
+    writeMeshText(file, *fromHandle(mesh));
 }

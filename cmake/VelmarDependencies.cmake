@@ -7,15 +7,25 @@ find_package(RPly REQUIRED)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 
-# A DLL is one file, so its zstd is the static one; elsewhere the system's shared library is shared with the host.
-if(NOT WIN32 AND TARGET zstd::libzstd_shared)
+# A library of ours is one file that runs wherever the compiler's runtime does: what it depends on is linked in where the
+# static library is there. The linker keeps its symbols inside.
+set(velmar_zstd zstd::libzstd_static)
+if(NOT TARGET zstd::libzstd_static)
     set(velmar_zstd zstd::libzstd_shared)
-else()
-    set(velmar_zstd zstd::libzstd_static)
+endif()
+find_library(VELMAR_DOUBLE_CONVERSION NAMES libdouble-conversion.a)
+mark_as_advanced(VELMAR_DOUBLE_CONVERSION)
+set(velmar_double_conversion double-conversion::double-conversion)
+if(VELMAR_DOUBLE_CONVERSION AND NOT WIN32)
+    get_target_property(velmar_double_conversion_headers double-conversion::double-conversion INTERFACE_INCLUDE_DIRECTORIES)
+    add_library(velmar_double_conversion STATIC IMPORTED)
+    set_target_properties(velmar_double_conversion PROPERTIES IMPORTED_LOCATION "${VELMAR_DOUBLE_CONVERSION}"
+                          INTERFACE_INCLUDE_DIRECTORIES "${velmar_double_conversion_headers}")
+    set(velmar_double_conversion velmar_double_conversion)
 endif()
 
 add_library(velmar_dependencies INTERFACE)
-target_link_libraries(velmar_dependencies INTERFACE ${velmar_zstd} xxHash::xxhash double-conversion::double-conversion
+target_link_libraries(velmar_dependencies INTERFACE ${velmar_zstd} xxHash::xxhash ${velmar_double_conversion}
                                                     RPly::rply Threads::Threads)
 if(NOT WIN32)
     target_link_libraries(velmar_dependencies INTERFACE ${CMAKE_DL_LIBS})

@@ -1,7 +1,7 @@
 # The install tree: library, public headers, tool, and the files for CMake and pkg-config.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS VelmarAPI EXPORT VelmarAPI
+install(TARGETS VelmarAPI velmarkit EXPORT VelmarAPI
         RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
         LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
         ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
@@ -21,6 +21,9 @@ set(velmar_headers include/velmarapi.h include/velmarexceptions.h include/velmar
                    include/velmarcompiler.h)
 install(FILES ${velmar_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+# Its companion.
+install(FILES kit/velmarkit.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(DIRECTORY kit/velmarkit DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
 
 # The Python package finds the library from there; the files next to it are for pip.
 install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" FILES_MATCHING
@@ -48,18 +51,23 @@ if(WIN32)
     velmar_names(api/VelmarAPI.def velmar_def_names)
     file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" @ONLY
          CONTENT "LIBRARY VelmarAPI.dll\nEXPORTS\n@velmar_def_names@\n")
-    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+    velmar_names(kit/VelmarKit.def velmar_def_names)
+    file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/velmarkit.def" @ONLY
+         CONTENT "LIBRARY velmarkit.dll\nEXPORTS\n@velmar_def_names@\n")
+    install(FILES "${CMAKE_CURRENT_BINARY_DIR}/VelmarAPI.def" "${CMAKE_CURRENT_BINARY_DIR}/velmarkit.def"
+            DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 endif()
 
 # ---- the tree for Microsoft's compiler, a component of its own ----------------------------------------------------------
 
 if(TARGET VelmarAPI_msvc)
     set(velmar_msvc COMPONENT msvc EXCLUDE_FROM_ALL)
-    install(TARGETS VelmarAPI_msvc RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" ${velmar_msvc})
+    install(TARGETS VelmarAPI_msvc velmarkit RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" ${velmar_msvc})
     install(FILES "${CMAKE_CURRENT_BINARY_DIR}/msvc/VelmarAPI.lib" "${CMAKE_CURRENT_BINARY_DIR}/msvc/VelmarAPI.def"
+                  "${CMAKE_CURRENT_BINARY_DIR}/msvc/velmarkit.lib" "${CMAKE_CURRENT_BINARY_DIR}/msvc/velmarkit.def"
             DESTINATION "${CMAKE_INSTALL_LIBDIR}" ${velmar_msvc})
-    install(FILES ${velmar_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc})
-    install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc}
+    install(FILES ${velmar_headers} kit/velmarkit.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc})
+    install(DIRECTORY include/velmarapi kit/velmarkit DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc}
             FILES_MATCHING PATTERN "*.h")
     install(DIRECTORY api/functions DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar" ${velmar_msvc}
             FILES_MATCHING PATTERN "*.toml")

@@ -30,3 +30,5 @@ endfunction()
 
 velmar_import_library(VelmarAPI_msvc_import VelmarAPI api/VelmarAPI.def)
 add_dependencies(VelmarAPI_msvc VelmarAPI_msvc_import)
+velmar_import_library(velmarkit_msvc_import velmarkit kit/VelmarKit.def)
+add_dependencies(velmarkit velmarkit_msvc_import)

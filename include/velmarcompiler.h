@@ -23,10 +23,15 @@ extern "C" [[gnu::noreturn]] void __assert_fail(const char* text, const char* fi
 
 namespace Velmar {
 
+/// If set, receives the text of a failed assertion in place of the runtime's report. It may throw; libraries that report
+/// failures by a status do.
+inline void (*failed_assertion_handler)(const char* text) = nullptr;
+
 /// Hands a failed assertion to the runtime's own report, which by its usual rules prints the text, the file and the
 /// line and ends the process. Active in release builds too: hosts rely on the report of a broken invariant.
 [[gnu::cold]] inline void reportFailedAssertion(const char* text, const char* file, unsigned line,
                                                 [[maybe_unused]] const char* function) {
+    if (failed_assertion_handler != nullptr) failed_assertion_handler(text);
 #ifdef _WIN32
     constexpr std::size_t max_length = 511;
     wchar_t wide_text[max_length + 1] = {};

@@ -1,6 +1,7 @@
 #include "renderer/Renderer.h"
 
-#include <iostream>
+#include "utils/Lines.h"
+
 #include <utility>
 
 // Each replaces the RendererImpl, which is the first argument, by its library object and jumps to an operation of that
@@ -50,11 +51,11 @@ const RendererImpl::Operation RendererImpl::operation_table[slot_count] = {
 
 RendererImpl::RendererImpl(const Reference<VelmarContext>& context_) : context(context_) {
     if (context->createObject("VelmarInterface", interface) != 0)
-        std::cout << "Failed to create Instance of 'VelmarInterface'" << std::endl;
+        printLine(LineStream::output, {"Failed to create Instance of 'VelmarInterface'"});
     const VelmarContext& bound = *context;
     if (callSlot<std::int32_t>(interface.getPointer(), LibrarySlot::initialise, &bound.sdk_dir, &bound.appdata_dir) !=
         0)
-        std::cout << "Failed to initialise 'VelmarInterface'" << std::endl;
+        printLine(LineStream::output, {"Failed to initialise 'VelmarInterface'"});
 }
 
 RendererImpl::~RendererImpl() {

@@ -45,6 +45,9 @@ class RendererImpl final : public SdkAllocated {
     /// the context, which may unload the library, goes last.
     void* destroy(unsigned flags);
 
+    /// The library's object.
+    LibraryObject* getLibraryObject() const { return interface.getPointer(); }
+
     /// Slot 1. Holds all four and hands them to the library. Returns the library's result. What the library throws
     /// passes through, and what was held before is held again.
     std::uint64_t initialise(const Reference<SceneNodeRoot>& new_scene,

@@ -45,6 +45,24 @@ void SceneNodeRoot::reserveNewChildren(std::size_t count) {
     growChildList(count);
 }
 
+bool SceneNodeRoot::removeChildNode(SceneNode& node) {
+    const auto is_node = [&](const Reference<SceneNode>& child) { return child.getPointer() == &node; };
+    Reference<SceneNode>* const found = std::find_if(child_nodes.begin(), child_nodes.end(), is_node);
+    if (found == child_nodes.end()) return false;
+    const Reference<SceneNode> held(&node);
+    std::copy(found + 1, child_nodes.end(), found);
+    child_nodes.resize(child_nodes.size() - 1);
+    child_nodes_end = child_nodes.end();
+    if (std::any_of(child_nodes.begin(), child_nodes.end(), is_node)) return true;
+
+    SceneNode** const known = uid_to_node.find(node.getUID());
+    if (known != nullptr && *known == &node) uid_to_node.erase(node.getUID());
+    changed_nodes.erase(held);
+    node.setParent(nullptr);
+    node.setUID(invalid_uid);
+    return true;
+}
+
 /// Makes room for `count` more children.
 void SceneNodeRoot::growChildList(std::size_t count) {
     child_nodes.growFor(count);

@@ -31,6 +31,9 @@ class ProgressListener {
 
 /// What nodes need to know of the document that they write themselves into. Made once a document.
 struct XMLWriteOptions {
+    /// The mode in which mesh files are named by the last directory of `meshes_dir`, for a document next to that.
+    static constexpr std::uint32_t mesh_paths_next_to_document = 0x100;
+
     /// The path given to the writer.
     String scene_path;
     /// `scene_path` up to its last slash or backslash, without it; empty if it has none.
@@ -40,6 +43,7 @@ struct XMLWriteOptions {
     /// Whether relative paths are written joined to `scene_dir`.
     bool resolve_relative_paths = true;
     bool write_material_uids = true;
+    /// 0, `mesh_paths_next_to_document`, or a mode of the renderer library.
     std::uint32_t write_mode = 0;
     /// Not owned; null for none.
     ProgressListener* progress_listener = nullptr;

@@ -11,4 +11,11 @@ if(NOT TARGET VelmarAPI::VelmarAPI)
     set_property(TARGET VelmarAPI::VelmarAPI PROPERTY INTERFACE_COMPILE_OPTIONS
         "$<$<AND:$<COMPILE_LANGUAGE:CXX>,$<BOOL:${MSVC}>>:/EHs;/EHc->")
 endif()
+if(NOT TARGET VelmarAPI::velmarkit)
+    add_library(VelmarAPI::velmarkit SHARED IMPORTED)
+    set_target_properties(VelmarAPI::velmarkit PROPERTIES
+        IMPORTED_LOCATION "${velmar_prefix}/bin/velmarkit.dll"
+        IMPORTED_IMPLIB "${velmar_prefix}/lib/velmarkit.lib"
+        INTERFACE_INCLUDE_DIRECTORIES "${velmar_prefix}/include")
+endif()
 unset(velmar_prefix)

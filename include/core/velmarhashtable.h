@@ -51,6 +51,18 @@ class HashTable {
         }
     }
 
+    /// Removes the entry of `key`, if there is one. The last entry of its bucket takes its place.
+    void erase(const Key& key) {
+        Vector<Entry>& bucket = buckets[bucketOf(key)];
+        for (std::size_t i = 0; i < bucket.size(); ++i) {
+            if (!Traits::equal(bucket[i].key, key)) continue;
+            bucket[i] = Entry(bucket[bucket.size() - 1]);
+            bucket.resize(bucket.size() - 1);
+            --entry_count;
+            return;
+        }
+    }
+
     std::uint64_t size() const { return entry_count; }
     std::uint64_t bucketCount() const { return buckets.size(); }
 

@@ -31,6 +31,13 @@ void ensureDirectory(const std::string& path) {
     }
 }
 
+/// The path of a mesh file as a document has it.
+std::string nameInDocument(const std::string& file_path, const XMLWriteOptions& options) {
+    if (options.write_mode != XMLWriteOptions::mesh_paths_next_to_document) return file_path;
+    const auto nameOf = [](std::string_view path) { return path.substr(path.find_last_of("/\\") + 1); };
+    return FileUtils::join(nameOf(options.meshes_dir.view()), nameOf(file_path));
+}
+
 } // namespace
 
 SceneNodeMesh::SceneNodeMesh() : Destroyable(NodeType::Mesh) {
@@ -55,7 +62,7 @@ void SceneNodeMesh::writeXML(OStream& stream, std::uint32_t depth, const XMLWrit
         throw VelmarException(toVelmarString(exception.getMessage()));
     }
     writeOpenTag(stream, depth + 1, "external");
-    writePathElement(stream, depth + 2, "path", file_path, options);
+    writePathElement(stream, depth + 2, "path", nameInDocument(file_path, options), options);
     writeCloseTag(stream, depth + 1, "external");
     writeCloseTag(stream, depth, "mesh");
 }

@@ -25,6 +25,9 @@ WINDOWS = PACKAGE["archive"] == "zip"
 ROOM = WORK / "a room of its own"
 TREE = ROOM / PACKAGE["name"]
 
+LIBRARIES = [TREE / "bin" / name for name in ("VelmarAPI.dll", "velmarkit.dll")] if WINDOWS else [
+    TREE / "lib" / name for name in ("libVelmarAPI.so", "libvelmarkit.so")]
+
 
 def run(*command, folder=None, variables=None):
     done = subprocess.run([str(part) for part in command], cwd=folder or WORK, stdin=subprocess.DEVNULL,
@@ -179,7 +182,7 @@ class Package(unittest.TestCase):
         for library in ["GLIBC", "GLIBCXX"]:
             pattern = rf"\b{library}_([\d.]+\d)"
             greatest = re.search(pattern, told).group(1)
-            symbols = "".join(run("nm", "-D", file) for file in [TREE / "bin" / "velmar", TREE / "lib" / "libVelmarAPI.so"])
+            symbols = "".join(run("nm", "-D", file) for file in [TREE / "bin" / "velmar", *LIBRARIES])
             needed = {tuple(map(int, version.split("."))) for version in re.findall(pattern, symbols)}
             self.assertLessEqual(max(needed), tuple(map(int, greatest.split("."))), library)
 
@@ -222,9 +225,8 @@ class Package(unittest.TestCase):
         self.assertEqual((folder / "square.png").read_bytes()[:4], b"\x89PNG")
 
     def test_binaries_are_stripped(self):
-        files = [TREE / "bin" / "VelmarAPI.dll"] if WINDOWS else [TREE / "lib" / "libVelmarAPI.so"]
-        files.append(TREE / "bin" / "vs2017_64" / f"velmar_rt_sdk.{'dll' if WINDOWS else 'so'}")
-        for file in files + [program_of(TREE / "bin", "velmar")]:
+        preview = TREE / "bin" / "vs2017_64" / f"velmar_rt_sdk.{'dll' if WINDOWS else 'so'}"
+        for file in LIBRARIES + [preview, program_of(TREE / "bin", "velmar")]:
             # No names of debug sections, and an empty symbol table.
             self.assertNotIn(b".debug_info", file.read_bytes())
             self.assertIn("no symbols", run("nm", file), file)

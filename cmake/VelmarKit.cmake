@@ -1,0 +1,27 @@
+# VelmarKit: the same code once more, with statuses in place of exceptions. It needs no VelmarAPI.
+velmar_sources(kit_sources kit/*.cpp kit/*${assembly})
+add_library(velmarkit SHARED ${kit_sources} $<TARGET_OBJECTS:velmar_exports>)
+add_library(VelmarAPI::velmarkit ALIAS velmarkit)
+velmar_own_code(velmarkit)
+velmar_exports(velmarkit kit/VelmarKit.def)
+velmar_link_aliases(velmarkit api/VelmarAPI.def)
+target_include_directories(velmarkit
+    PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>" "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/kit>"
+           "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+target_compile_definitions(velmarkit PRIVATE VELMAR_VERSION="${PROJECT_VERSION}")
+target_link_libraries(velmarkit PRIVATE $<BUILD_INTERFACE:velmar_import> $<BUILD_INTERFACE:velmar_core>)
+velmar_hardened(velmarkit)
+set_target_properties(velmarkit PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+if(WIN32)
+    set_target_properties(velmarkit PROPERTIES PREFIX "")
+endif()
+# velmar_static_kit(<program>): links the kit statically, with tests/faults/FailingAllocation.h.
+function(velmar_static_kit target)
+    velmar_failing_allocations(${target})
+    target_sources(${target} PRIVATE ${kit_sources})
+    target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/kit")
+    target_compile_definitions(${target} PRIVATE VELMAR_VERSION="${PROJECT_VERSION}")
+    target_link_libraries(${target} PRIVATE velmar_import)
+endfunction()
+
+velmar_version_resource(velmarkit velmarkit.dll "VelmarAPI with statuses, and more")

@@ -1,0 +1,165 @@
+#include "kit/Checks.h"
+#include "kit/Failures.h"
+#include "kit/velmarkit.h"
+
+#include "scene/Rotations.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+using namespace Velmar;
+using namespace Velmar::Kit;
+
+namespace {
+
+void lend(const String& text, const char** bytes, uint64_t* size) {
+    store(bytes, text.data());
+    store(size, text.size());
+}
+
+double lengthOf(const Vec3d& v) {
+    return std::hypot(v.x, v.y, v.z);
+}
+
+Vec3d scaled(const Vec3d& v, double factor) {
+    return {v.x * factor, v.y * factor, v.z * factor};
+}
+
+Vec3d cross(const Vec3d& a, const Vec3d& b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+/// Unit length, or a refusal of a vector without a direction.
+Vec3d directionOf(const Vec3d& v, const char* what, const char* text) {
+    const double length = lengthOf(v);
+    if (!(length > 0) || !std::isfinite(length)) refuse(what, text);
+    return scaled(v, 1 / length);
+}
+
+Vec3d positionOf(const SceneNodeCamera& camera) {
+    return camera.keyframes.empty() ? Vec3d{} : camera.keyframes.data()[0].pos;
+}
+
+} // namespace
+
+extern "C" {
+
+int32_t VelmarKit_Node_GetName(const void* node, const char** name, uint64_t* size) {
+    return guarded(Subject::scene, [&] { lend(nodeOf(node, "node").getName(), name, size); });
+}
+
+int32_t VelmarKit_Scene_RemoveNode(VelmarScene* scene, void* node) {
+    return guarded(Subject::scene, [&] {
+        SceneNodeRoot& root = objectOf(scene, "scene");
+        SceneNode& child = nodeOf(node, "node");
+        // With no other holder it goes back to the host, alive.
+        const HeldForCall held(&child);
+        if (!root.removeChildNode(child)) refuse("node", " isn't in this scene");
+    });
+}
+
+int32_t VelmarKit_Scene_GetNodeCount(const VelmarScene* scene, uint64_t* count) {
+    return guarded(Subject::scene, [&] { store(count, objectOf(scene, "scene").children().size()); });
+}
+
+int32_t VelmarKit_Node_Delete(void* node) {
+    return guarded(Subject::scene, [&] {
+        if (node == nullptr) return;
+        SceneNode& object = nodeOf(node, "node");
+        if (object.getRefCount() != 0) refuse("node", " belongs to another object, which destroys it");
+        object.destroy(1);
+    });
+}
+
+int32_t VelmarKit_Background_Delete(void* background) {
+    return guarded(Subject::background, [&] {
+        const auto* const handle = static_cast<VelmarBackground*>(background);
+        checkUnowned(handle);
+        if (background != nullptr) fromHandle(static_cast<VelmarBackground*>(background))->destroy(1);
+    });
+}
+
+int32_t VelmarKit_Camera_LookAt(VelmarCamera* camera, double x, double y, double z, double up_x, double up_y,
+                                double up_z) {
+    return guarded(Subject::camera, [&] {
+        SceneNodeCamera& node = objectOf(camera, "camera");
+        const Vec3d from = positionOf(node);
+        const Vec3d forwards =
+            directionOf({x - from.x, y - from.y, z - from.z}, "the target", " has no direction from the camera");
+        const Vec3d up = directionOf({up_x, up_y, up_z}, "up", " has no direction");
+        const Vec3d right = directionOf(cross(forwards, up), "up", " is parallel to the view");
+        node.forwards = forwards;
+        node.up = cross(right, forwards);
+    });
+}
+
+// The half of the sensor, seen from the lens, is the half of the field of view.
+
+int32_t VelmarKit_Camera_SetFieldOfView(VelmarCamera* camera, double radians) {
+    return guarded(Subject::camera, [&] {
+        SceneNodeCamera& node = objectOf(camera, "camera");
+        if (!(radians > 0 && radians < std::numbers::pi)) refuse("radians", " isn't between 0 and pi");
+        node.lens_sensor_dist = 0.5 * node.sensor_width / std::tan(0.5 * radians);
+    });
+}
+
+int32_t VelmarKit_Camera_GetFieldOfView(const VelmarCamera* camera, double* radians) {
+    return guarded(Subject::camera, [&] {
+        const SceneNodeCamera& node = objectOf(camera, "camera");
+        store(radians, 2 * std::atan2(0.5 * node.sensor_width, node.lens_sensor_dist));
+    });
+}
+
+int32_t VelmarKit_Camera_GetPosition(const VelmarCamera* camera, double* x, double* y, double* z) {
+    return guarded(Subject::camera, [&] {
+        const Vec3d position = positionOf(objectOf(camera, "camera"));
+        store(x, position.x);
+        store(y, position.y);
+        store(z, position.z);
+    });
+}
+
+int32_t VelmarKit_Tonemapping_GetResponseFunctionPath(const VelmarTonemapping* tonemapping, const char** path,
+                                                      uint64_t* size) {
+    return guarded(Subject::tonemapping,
+                   [&] { lend(objectOf(tonemapping, "tonemapping").response_function_path, path, size); });
+}
+
+int32_t VelmarKit_Model_GetGeometry(const VelmarModel* model, VelmarMesh** mesh, uint64_t* num_materials) {
+    return guarded(Subject::model, [&] {
+        const SceneNodeModel& node = objectOf(model, "model");
+        SceneNode* const geometry = node.geometry.getPointer();
+        const bool is_mesh = geometry != nullptr && geometry->getType() == NodeType::Mesh;
+        store(mesh, is_mesh ? reinterpret_cast<VelmarMesh*>(geometry) : nullptr);
+        store(num_materials, node.materials.size());
+    });
+}
+
+int32_t VelmarKit_Model_GetMaterial(const VelmarModel* model, uint64_t index, VelmarMaterialNode** material) {
+    return guarded(Subject::model, [&] {
+        const SceneNodeModel& node = objectOf(model, "model");
+        const bool is_there = index < node.materials.size();
+        store(material, is_there ? toHandle<VelmarMaterialNode>(node.materials[index].getPointer()) : nullptr);
+    });
+}
+
+int32_t VelmarKit_Model_GetTransformation(const VelmarModel* model, double* rotation, double* position, int32_t index) {
+    return guarded(Subject::model, [&] {
+        const SceneNodeModel& node = objectOf(model, "model");
+        if (index < 0 || static_cast<uint64_t>(index) >= node.keyframes.size())
+            refuse("index", " names a key frame that the model doesn't have");
+        if (position != nullptr) {
+            const Vec3d& pos = node.keyframes[static_cast<uint64_t>(index)].pos;
+            position[0] = pos.x;
+            position[1] = pos.y;
+            position[2] = pos.z;
+        }
+        if (rotation == nullptr) return;
+        if (!node.rotation || node.rotation->getType() != Rotation::matrix_kind)
+            refuse("model", " has a rotation that isn't a matrix");
+        std::copy_n(static_cast<const MatrixRotation&>(*node.rotation).matrix, 9, rotation);
+    });
+}
+
+} // extern "C"
