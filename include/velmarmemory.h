@@ -9,8 +9,8 @@
 #include <limits>
 #include <new>
 
-/// The allocation entry points of the SDK side. They are handed to the renderer library too, so that either side may
-/// free what the other allocated.
+/// The allocation functions of the SDK side. The renderer library gets them too, so that either side may free memory of
+/// the other.
 
 namespace Velmar {
 

@@ -39,7 +39,7 @@ class String {
         if (this == &other) return *this;
         if (other.size_ > capacity_) {
             assertThat(other.size_ > BUFSIZE, "other.size_ > BUFSIZE");
-            // Allocated before the old block goes, so that exhausted memory leaves the old text in place.
+            // Allocated before the old block is freed, so that the old text is kept if out of memory.
             char* const block = static_cast<char*>(sdkMalloc(other.size_));
             freeHeapBlock();
             data_ = block;

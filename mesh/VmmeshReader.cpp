@@ -46,7 +46,7 @@ std::uint32_t checkedUVLayout(std::uint32_t value) {
     return value;
 }
 
-/// A cursor over the bytes of the file. Whatever lies beyond them throws.
+/// A cursor over the bytes of the file. Access past their end throws.
 class FileReader {
   public:
     explicit FileReader(std::span<const std::uint8_t> bytes) : rest(bytes) {}

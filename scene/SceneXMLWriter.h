@@ -17,13 +17,13 @@ struct SceneWriteRequest {
     ProgressListener* progress_listener = nullptr;
 };
 
-/// Writes the scene as an XML document, replacing the file, with its meshes as vmmesh files beside it. The memory used
-/// doesn't depend on the size of the scene.
+/// Writes the scene as an XML document and its meshes as vmmesh files. An existing document is overwritten. The memory
+/// used doesn't depend on the size of the scene.
 /// A document that can't be opened or written isn't reported. Throws `VelmarException` with the message of a node that
 /// failed to write itself; what was written till then stays in the file.
 void writeSceneFile(const SceneNodeRoot& root, const SceneWriteRequest& request);
 
-/// `writeSceneFile` with the meshes in the folder beside the scene.
+/// `writeSceneFile` with the meshes in the folder next to the document.
 void writeSceneXML(const SceneNodeRoot& root, const String& path, bool resolve_relative_paths,
                    ProgressListener* progress_listener);
 

@@ -48,7 +48,7 @@ struct TraversalState final : SdkAllocated {
     bool mesh_dependencies_as_paths = true;
     float bounds_min[3] = {infinity, infinity, infinity};
     float bounds_max[3] = {-infinity, -infinity, -infinity};
-    /// To be set by whoever asks for `OffsetUIDs`.
+    /// To be set by the caller of `OffsetUIDs`.
     std::uint32_t uid_offset = 0;
     /// Owned; made by the first mesh node that loads.
     MeshCache* mesh_cache = nullptr;

@@ -29,7 +29,7 @@ class ByteVector {
     /// of them next. Throws as `reserve` does, with the old contents in place.
     std::uint8_t* extendUninitialized(std::size_t count);
 
-    /// Copies `count` bytes, which must not lie in this vector, behind the present ones. Throws as `reserve` does.
+    /// Appends a copy of `count` bytes, which must not be part of this vector. Throws like `reserve`.
     void append(const void* src, std::size_t count);
 
     std::uint8_t* data() { return first; }

@@ -17,7 +17,7 @@ class OStream : public SdkAllocated {
 
     /// Slot 0: runs the destructor and, with bit 0 of `flags` set, frees the memory.
     virtual void* destroy(unsigned flags) = 0;
-    /// Slot 1: the bytes of `text` as they stand.
+    /// Slot 1: the bytes of `text` unchanged.
     virtual void writeString(const String& text) = 0;
     /// Slot 2: the standard formatted output of a double, six significant digits.
     virtual void writeDouble(double value) = 0;

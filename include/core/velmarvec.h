@@ -11,14 +11,14 @@ struct Vec3d {
     bool operator==(const Vec3d&) const = default;
 };
 
-/// A position or normal of a mesh, as it stands in memory and in mesh files.
+/// A position or normal of a mesh, in memory and in mesh files.
 struct Vec3f {
     float x;
     float y;
     float z;
 };
 
-/// A texture coordinate pair of a mesh, as it stands in memory and in mesh files.
+/// A texture coordinate pair of a mesh, in memory and in mesh files.
 struct Vec2f {
     float x;
     float y;

@@ -153,9 +153,9 @@ Vec4f slerp(const Vec4f& a, const Vec4f& b, float t) {
 
 bool orthogonalFactor(const Matrix4f& m, float tolerance, Matrix4f& out) {
     Matrix4f iterate = m;
-    // An iteration that never settles must come back to an iterate that it had before, as there are finitely many.
-    // Comparing each with one earlier iterate, taken anew after 1, 2, 4, 8... steps, finds a circle of any length and
-    // leaves every iteration that settles alone.
+    // An iteration that doesn't converge must repeat an earlier iterate, since there are finitely many. Comparing each
+    // with one earlier iterate, replaced after 1, 2, 4, 8... steps, finds a cycle of any length and never stops an
+    // iteration that converges (Brent's cycle detection).
     Matrix4f remembered = m;
     std::uint64_t steps = 0;
     std::uint64_t remember_after = 1;

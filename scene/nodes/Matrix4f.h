@@ -122,8 +122,8 @@ float upperDeterminant(const Matrix4f& m);
 /// matrix that is nearly singular succeeds, though its inverse may not be finite.
 bool inverseAffine(const Matrix4f& m, Matrix4f& out);
 
-/// As `inverseAffine`, but leaves the translation out: column 3 of `out` is (0, 0, 0, 1). The determinant goes to
-/// `det_out` on failure too.
+/// As `inverseAffine`, but without the translation: column 3 of `out` is (0, 0, 0, 1). `det_out` is set to the
+/// determinant on failure too.
 bool inverseUpperLeft(const Matrix4f& m, Matrix4f& out, float& det_out);
 
 /// The rotation matrix of the quaternion `q`, which isn't normalised first.

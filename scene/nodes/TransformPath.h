@@ -109,7 +109,7 @@ struct Box4f {
     Vec4f max;
 };
 
-/// Fills `frames` with the single-precision form of `keyframes`, in their order. The quaternion of a frame stands for
+/// Fills `frames` with the single-precision form of `keyframes`, in their order. The quaternion of a frame is
 /// the rotation by minus its angle. An axis of length 0 gives NaN; nothing refuses it.
 /// Throws `BadAlloc`.
 void convertKeyFrames(const Vector<KeyFrame>& keyframes, TransformFrames& frames);
@@ -127,8 +127,8 @@ class TransformPath {
     /// Throws `TransformPathExcep`, after which the path is not to be used, and `BadAlloc`.
     void build(const Matrix4f& base, std::span<const TransformFrame> all);
 
-    /// The box that encloses the given box, with w 1 in both corners, over the whole exposure. A path that moves is
-    /// sampled, and a small margin makes up for what lies between the samples.
+    /// The box that encloses the given box, with w 1 in both corners, over the whole exposure. A moving path is
+    /// sampled; a small margin covers the parts between the samples.
     Box4f getBounds(const Vec4f& box_min, const Vec4f& box_max) const;
 
     /// These two are written only for a path that doesn't move.

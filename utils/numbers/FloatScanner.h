@@ -104,7 +104,7 @@ inline const char* scan(const char* p, float& result) {
     if (exponent < min_exponent || exponent > max_exponent) return nullptr;
 
     // Three roundings, of mantissa, power and product, put this at most 3 units of its last place off the true value.
-    // It rounds to the same float as the true value unless it lies that near to the middle of two floats. The bounds
+    // It rounds to the same float as the true value unless it is that near to the midpoint of two floats. The bounds
     // above keep it in the range of normal floats, or 0.
     const double value =
         static_cast<double>(mantissa) * powers_of_ten[static_cast<std::size_t>(exponent - min_exponent)];
