@@ -163,7 +163,7 @@ function(velmar_exports target def)
     set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
 endfunction()
 
-# velmar_names(<file.def> <names>): the exported names of a definition file, without what is behind them.
+# velmar_names(<file.def> <names>): the exported names of a definition file, without the functions that implement them.
 function(velmar_names def out)
     file(STRINGS "${def}" lines REGEX "^[ \t]*[A-Za-z_]")
     list(FILTER lines EXCLUDE REGEX "^[ \t]*(LIBRARY|EXPORTS)([ \t]|$)")

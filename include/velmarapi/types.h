@@ -21,7 +21,7 @@ typedef struct VelmarMesh VelmarMesh;
 /** A model node: places geometry in a scene. */
 typedef struct VelmarModel VelmarModel;
 
-/** A material node: holds a material of a scene. */
+/** A material node: a material of a scene. */
 typedef struct VelmarMaterialNode VelmarMaterialNode;
 
 /** A material, the content of a material node. */

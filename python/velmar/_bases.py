@@ -48,7 +48,7 @@ class ModelBase(Object):
 
 
 class MaterialBase(Object):
-    """A material node: holds a material of a scene."""
+    """A material node: a material of a scene."""
 
     _add = "VelmarScene_AddMaterial"
     _delete = "VelmarMaterial_Delete"

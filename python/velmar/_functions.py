@@ -25,7 +25,7 @@ class VelmarModel(c_void_p):
 
 
 class VelmarMaterialNode(c_void_p):
-    """A material node: holds a material of a scene."""
+    """A material node: a material of a scene."""
 
 
 class VelmarMaterial(c_void_p):
