@@ -9,12 +9,9 @@
 #include "utils/FileUtils.h"
 #include "utils/OFStream.h"
 #include "utils/PlatformUtils.h"
-#include "utils/System.h"
 
-#include <filesystem>
 #include <fstream>
 #include <string>
-#include <system_error>
 
 using namespace Velmar;
 using namespace Velmar::Kit;
@@ -28,36 +25,27 @@ namespace {
 /// A file that is written under another name next to its own, so that the old file stays until the new one is whole.
 class NewFile {
   public:
-    explicit NewFile(std::string path_) : path(std::move(path_)), part(path + ".part") {}
-    ~NewFile() {
-        std::error_code ignored;
-        if (!is_done) std::filesystem::remove(FileUtils::toSystemPath(part), ignored);
-    }
-    NewFile(const NewFile&) = delete;
-    NewFile& operator=(const NewFile&) = delete;
+    explicit NewFile(std::string path_) : path(std::move(path_)), part(path) {}
 
     /// Where to write.
-    const std::string& partPath() const { return part; }
+    const std::string& partPath() const { return part.path(); }
 
     [[noreturn]] void failToOpen() const {
-        failFile("Failed to open file '" + path + "' for writing: " + systemText());
+        failFile("Failed to open file '" + path + "' for writing: " + PlatformUtils::getLastErrorText());
     }
-    [[noreturn]] void failToWrite() const { failFile("Error while writing to '" + path + "': " + systemText()); }
+    [[noreturn]] void failToWrite() const {
+        failFile("Error while writing to '" + path + "': " + PlatformUtils::getLastErrorText());
+    }
 
     /// Gives the whole file its name.
     void finish() {
-        std::error_code error;
-        std::filesystem::rename(FileUtils::toSystemPath(part), FileUtils::toSystemPath(path), error);
-        if (error) failFile("Failed to replace file '" + path + "': " + error.message());
-        is_done = true;
+        if (!part.moveToFinalPath())
+            failFile("Failed to replace file '" + path + "': " + PlatformUtils::getLastErrorText());
     }
 
   private:
-    static std::string systemText() { return PlatformUtils::getLastErrorText(); }
-
     std::string path;
-    std::string part;
-    bool is_done = false;
+    FileUtils::TemporaryFile part;
 };
 
 /// Passes on what a document can hold, and refuses other text.

@@ -2,22 +2,17 @@
 
 #include "velmarexceptions.h"
 
-#include "utils/FileUtils.h"
+#include "mesh/PlyInput.h"
+#include "utils/MappedFile.h"
 #include "utils/System.h"
 
 #include <cmath>
 #include <exception>
-#include <memory>
 #include <rply.h>
 
 namespace Velmar::Kit {
 
 namespace {
-
-struct CloseFile {
-    void operator()(p_ply file) const { ply_close(file); }
-};
-using PlyFile = std::unique_ptr<std::remove_pointer_t<p_ply>, CloseFile>;
 
 /// Numbers of a vertex, as they are stored until all have come.
 enum Component : long { x, y, z, normal_x, normal_y, normal_z, u, v, component_count };
@@ -169,10 +164,13 @@ void checkIndices(const Vector<Face>& faces, std::size_t count) {
 Reference<Mesh> readPlyPolygons(const std::string& path, float scale) {
     const Reference<Mesh> mesh(new Mesh);
     const PlainNumericLocale locale;
-    const std::string name = FileUtils::toCLibraryPath(path);
-    const PlyFile file(name.empty() ? nullptr : ply_open(name.c_str(), reportToNobody, 0, nullptr));
-    if (!file) throw Exception("could not open file '" + path + "' for reading.");
-    if (ply_read_header(file.get()) == 0) throw Exception("could not read header.");
+    const MappedFile bytes(path);
+    const PlyHeader header = parsePlyHeader(bytes.getText());
+    if (!header.complete) throw Exception("could not read header.");
+    PlyFileStream stream(header, bytes.getText());
+    const PlyHandle file = openPly(stream, reportToNobody, nullptr);
+    if (!file) throw BadAlloc();
+    if (!readPlyHeader(file.get())) throw Exception("could not read header.");
 
     Reading reading{*mesh};
     askForVertices(file.get(), reading);

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "renderer/ImageBuffers.h"
 #include "renderer/MasterBuffer.h"
-#include "renderer/RenderBuffer.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,10 +2,9 @@
 
 #include "preview/RenderJob.h"
 
-#include "renderer/DataManager.h"
+#include "renderer/ImageBuffers.h"
 #include "renderer/LibraryObject.h"
-#include "renderer/RenderBuffer.h"
-#include "renderer/ToneMapper.h"
+#include "renderer/LibraryServices.h"
 #include "scene/SceneNodeRoot.h"
 
 #include <cstdint>

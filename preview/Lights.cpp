@@ -3,8 +3,7 @@
 #include "preview/Messages.h"
 #include "preview/Sampler.h"
 
-#include "scene/DiffuseMaterial.h"
-#include "scene/SunSkyMaterial.h"
+#include "scene/Material.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include "preview/Messages.h"
 
-#include "scene/MatrixRotation.h"
+#include "scene/Rotations.h"
 
 #include <cmath>
 

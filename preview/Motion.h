@@ -2,8 +2,8 @@
 
 #include "preview/Vec.h"
 
-#include "scene/Rotation.h"
-#include "scene/nodes/KeyFrame.h"
+#include "scene/Rotations.h"
+#include "scene/nodes/TransformPath.h"
 
 #include <array>
 #include <span>

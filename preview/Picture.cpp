@@ -5,8 +5,7 @@
 #include "preview/Surface.h"
 #include "preview/System.h"
 
-#include "scene/nodes/ImageFilters.h"
-#include "scene/nodes/LayerSetting.h"
+#include "scene/nodes/ImageSettings.h"
 
 #include <algorithm>
 #include <bit>

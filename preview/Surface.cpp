@@ -3,11 +3,10 @@
 #include "preview/Messages.h"
 #include "preview/Sky.h"
 
-#include "scene/ConstantWavelengthDependentParam.h"
-#include "scene/DiffuseMaterial.h"
-#include "scene/RGBSpectrum.h"
-#include "scene/Texture.h"
-#include "scene/UniformSpectrum.h"
+#include "scene/Material.h"
+#include "scene/MaterialParams.h"
+#include "scene/SharedShaderInfo.h"
+#include "scene/Spectra.h"
 
 #include <algorithm>
 #include <cmath>

@@ -4,10 +4,10 @@
 #include "preview/Vec.h"
 
 #include "scene/Material.h"
+#include "scene/MaterialParams.h"
 #include "scene/SceneNodeMaterial.h"
-#include "scene/Spectrum.h"
-#include "scene/WavelengthDependentParam.h"
-#include "scene/nodes/EmissionScale.h"
+#include "scene/Spectra.h"
+#include "scene/nodes/LightRecords.h"
 
 #include <array>
 #include <cstdint>

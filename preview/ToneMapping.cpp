@@ -4,8 +4,8 @@
 #include "preview/Sky.h"
 #include "preview/System.h"
 
-#include "scene/nodes/ColourCurves.h"
-#include "scene/nodes/WhitePoint.h"
+#include "scene/nodes/ImageSettings.h"
+#include "scene/nodes/SceneNodeCurve1D.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,9 @@
 #include "velmarexceptions.h"
 
 #include "tests/kit/Support.h"
+#include "tests/support/TempDir.h"
 
+#include <filesystem>
 #include <thread>
 
 using namespace TestSupport;
@@ -105,6 +107,9 @@ TEST(KitCalls, EachThreadHasItsOwnText) {
 }
 
 TEST(KitCalls, ContextWithoutALibraryFailsWithItsText) {
+    const TestSupport::TempDir without_library;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(TestSupport::systemPath(without_library.path()));
     VelmarContext* context = nullptr;
     EXPECT_SUCCESS(VelmarKit_Context_Create(&context));
     int result = 5;
@@ -115,6 +120,7 @@ TEST(KitCalls, ContextWithoutALibraryFailsWithItsText) {
     expectRefused(VelmarKit_Renderer_Create(context, &renderer), "context has no renderer library");
     expectRefused(VelmarKit_Renderer_UpdateScene(nullptr, 1, 2.0), "renderer is null");
     EXPECT_SUCCESS(VelmarKit_Context_Delete(context));
+    std::filesystem::current_path(before);
 }
 
 TEST(KitCalls, LinesReachTheCallback) {

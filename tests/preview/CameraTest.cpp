@@ -1,6 +1,6 @@
 // Where and when things appear in a picture, against the geometry of each camera.
 
-#include "scene/MatrixRotation.h"
+#include "scene/Rotations.h"
 #include "tests/preview/PreviewRender.h"
 
 #include <cmath>

@@ -1,12 +1,9 @@
 // From light to pictures: channels, regions, filter, tone mapping and files.
 
-#include "scene/ConstantWavelengthDependentParam.h"
-#include "scene/RGBSpectrum.h"
-#include "scene/nodes/ColourCurves.h"
-#include "scene/nodes/ImageFilters.h"
-#include "scene/nodes/LayerSetting.h"
+#include "scene/MaterialParams.h"
+#include "scene/Spectra.h"
+#include "scene/nodes/ImageSettings.h"
 #include "scene/nodes/SceneNodeCurve1D.h"
-#include "scene/nodes/WhitePoint.h"
 #include "tests/preview/PreviewRender.h"
 #include "tests/support/FileBytes.h"
 

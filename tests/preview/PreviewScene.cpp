@@ -1,8 +1,8 @@
 #include "tests/preview/PreviewScene.h"
 
-#include "scene/ConstantWavelengthDependentParam.h"
-#include "scene/MatrixRotation.h"
-#include "scene/UniformSpectrum.h"
+#include "scene/MaterialParams.h"
+#include "scene/Rotations.h"
+#include "scene/Spectra.h"
 
 #include <stdexcept>
 

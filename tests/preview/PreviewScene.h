@@ -3,11 +3,10 @@
 #include "reference.h"
 #include "velmarvec.h"
 
-#include "scene/DiffuseMaterial.h"
+#include "scene/Material.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/SceneNodeRoot.h"
 #include "scene/SceneNodeTonemapping.h"
-#include "scene/SunSkyMaterial.h"
 #include "scene/nodes/SceneNodeBackgroundSettings.h"
 #include "scene/nodes/SceneNodeCamera.h"
 #include "scene/nodes/SceneNodeMesh.h"

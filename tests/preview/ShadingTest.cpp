@@ -1,6 +1,6 @@
 // Light against what is known by formula.
 
-#include "scene/nodes/EmissionScale.h"
+#include "scene/nodes/LightRecords.h"
 #include "tests/preview/PreviewRender.h"
 
 #include <cmath>

@@ -1,7 +1,6 @@
 // Colours that come from images.
 
-#include "scene/Texture.h"
-
+#include "scene/SharedShaderInfo.h"
 #include "tests/preview/PreviewRender.h"
 #include "tests/support/FileBytes.h"
 
