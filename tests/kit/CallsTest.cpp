@@ -1,6 +1,7 @@
 #include "velmarexceptions.h"
 
 #include "tests/kit/Support.h"
+#include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
 
 #include <filesystem>
