@@ -141,7 +141,7 @@ TEST(KitCalls, LinesReachTheCallback) {
 TEST(KitCalls, StatusesHaveNames) {
     EXPECT_STREQ(VelmarKit_StatusName(VELMARKIT_OUT_OF_MEMORY), "out of memory");
     EXPECT_STREQ(VelmarKit_StatusName(1000), "unknown status");
-    EXPECT_THAT(VelmarKit_Version(), testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+"));
+    EXPECT_STREQ(VelmarKit_Version(), VELMAR_VERSION);
 }
 
 // ---- with VelmarAPI in the same process ----
