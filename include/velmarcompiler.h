@@ -23,8 +23,8 @@ extern "C" [[gnu::noreturn]] void __assert_fail(const char* text, const char* fi
 
 namespace Velmar {
 
-/// If set, receives the text of a failed assertion in place of the runtime's report. It may throw; libraries that report
-/// failures by a status do.
+/// If set, receives the text of a failed assertion in place of the runtime's report. It may throw; libraries that
+/// report failures by a status do.
 inline void (*failed_assertion_handler)(const char* text) = nullptr;
 
 /// Hands a failed assertion to the runtime's own report, which by its usual rules prints the text, the file and the

@@ -6,7 +6,8 @@
 #include <utility>
 
 /// What the library throws. Each class stands alone: none derives from another or from `std::exception`, so a host that
-/// wants to see them catches them by type. On Windows, use the library made for the host's compiler; with Microsoft's, compile with /EHs. The names tell the layer that failed; the message tells the rest.
+/// wants to see them catches them by type. On Windows, use the library made for the host's compiler; with Microsoft's,
+/// compile with /EHs. The names tell the layer that failed; the message tells the rest.
 
 namespace Velmar {
 

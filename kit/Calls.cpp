@@ -3,6 +3,7 @@
 #include "kit/Checks.h"
 #include "kit/Failures.h"
 #include "kit/velmarkit.h"
+
 #include "renderer/LibraryCall.h"
 
 using Velmar::callLibrary;

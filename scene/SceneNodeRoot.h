@@ -23,8 +23,8 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     /// Makes room for `count` nodes without UIDs: adding them next can't fail. Throws `BadAlloc`.
     void reserveNewChildren(std::size_t count);
 
-    /// Removes the first child that is `node`, which loses its UID if it was the only one. Returns whether there was one.
-    /// Without another holder the node is destroyed.
+    /// Removes the first child that is `node`, which loses its UID if it was the only one. Returns whether there was
+    /// one. Without another holder the node is destroyed.
     bool removeChildNode(SceneNode& node);
 
     /// The node, the root itself for its own UID, or null.

@@ -145,8 +145,7 @@ void SceneBuilder::addRenderSettings(const SceneSettings& settings) {
     VelmarScene_AddRenderSettings(scene.get(), node);
     VelmarRenderSettings_Width(node, settings.width);
     VelmarRenderSettings_Height(node, settings.height);
-    if (settings.super_sample_factor > 0)
-        VelmarRenderSettings_SuperSampleFactor(node, settings.super_sample_factor);
+    if (settings.super_sample_factor > 0) VelmarRenderSettings_SuperSampleFactor(node, settings.super_sample_factor);
     if (settings.halt_time > 0) VelmarRenderSettings_HaltTime(node, settings.halt_time);
     if (settings.halt_samples > 0) VelmarRenderSettings_HaltSamplesPerPixel(node, settings.halt_samples);
 }

@@ -44,54 +44,53 @@ VELMARKIT_API int32_t VelmarKit_Camera_GetForwards(const VelmarCamera* camera, d
 /** Gets the direction that is up in the image, of any length. */
 VELMARKIT_API int32_t VelmarKit_Camera_GetUp(const VelmarCamera* camera, double* x, double* y, double* z);
 
-/** Gets the width of the image, in pixels. Zero if it isn't set. */
+/** Gets the width of the image, in pixels. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetWidth(const VelmarRenderSettings* settings, int32_t* width);
 
-/** Gets the height of the image, in pixels. Zero if it isn't set. */
+/** Gets the height of the image, in pixels. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetHeight(const VelmarRenderSettings* settings, int32_t* height);
 
-/** Gets the number of samples along each axis of a pixel before the image is reduced to its size. Zero if it isn't set.
-    */
+/** Gets the number of samples along each axis of a pixel before the image is reduced to its size. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetSuperSampleFactor(const VelmarRenderSettings* settings,
                                                                     int32_t* factor);
 
-/** Gets the time after which the render halts, in seconds. Zero if it isn't set. */
+/** Gets the time after which the render halts, in seconds. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetHaltTime(const VelmarRenderSettings* settings, double* seconds);
 
-/** Gets the number of samples per pixel after which the render halts. Zero if it isn't set. */
+/** Gets the number of samples per pixel after which the render halts. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetHaltSamplesPerPixel(const VelmarRenderSettings* settings,
                                                                       double* samples);
 
-/** Gets the time between saves of the image while it renders, in seconds. Zero if it isn't set. */
+/** Gets the time between saves of the image while it renders, in seconds. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetImageSavePeriod(const VelmarRenderSettings* settings,
                                                                   double* seconds);
 
-/** Gets whether light is sampled by Metropolis light transport. Zero if it isn't set. */
+/** Gets whether light is sampled by Metropolis light transport. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetMetropolis(const VelmarRenderSettings* settings, VelmarBool* on);
 
-/** Gets whether paths are traced from the lights too. Zero if it isn't set. */
+/** Gets whether paths are traced from the lights too. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetBidirectional(const VelmarRenderSettings* settings, VelmarBool* on);
 
-/** Gets whether the image is dithered. Zero if it isn't set. */
+/** Gets whether the image is dithered. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetDithering(const VelmarRenderSettings* settings, VelmarBool* on);
 
-/** Gets whether the image darkens towards its edges, as that of a real camera does. Zero if it isn't set. */
+/** Gets whether the image darkens towards its edges, as that of a real camera does. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetVignetting(const VelmarRenderSettings* settings, VelmarBool* on);
 
-/** Gets whether a shadow pass is rendered. Zero if it isn't set. */
+/** Gets whether a shadow pass is rendered. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetShadowPass(const VelmarRenderSettings* settings, VelmarBool* on);
 
-/** Gets whether the alpha of the foreground is rendered. Zero if it isn't set. */
+/** Gets whether the alpha of the foreground is rendered. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetRenderForegroundAlpha(const VelmarRenderSettings* settings,
                                                                         VelmarBool* on);
 
-/** Gets whether information about the render is drawn over the image. Zero if it isn't set. */
+/** Gets whether information about the render is drawn over the image. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetInfoOverlay(const VelmarRenderSettings* settings, VelmarBool* on);
 
-/** Gets whether a depth channel is rendered: the element `depth_channel`. Zero if it isn't set. */
+/** Gets whether a depth channel is rendered: the element `depth_channel`. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetDepthPass(const VelmarRenderSettings* settings, VelmarBool* on);
 
-/** Gets whether a channel of material IDs is rendered: the element `material_id_channel`. Zero if it isn't set. */
+/** Gets whether a channel of material IDs is rendered: the element `material_id_channel`. Zero if unset. */
 VELMARKIT_API int32_t VelmarKit_RenderSettings_GetMaterialIdTracer(const VelmarRenderSettings* settings,
                                                                    VelmarBool* on);
 

@@ -133,7 +133,7 @@ def guarded(function: Function, statements: list[str]) -> list[str]:
 
 def calls_source(table: Table) -> str:
     lines = [f"// {notice()}", "", '#include "kit/Checks.h"', '#include "kit/Failures.h"', '#include "kit/velmarkit.h"',
-             '#include "renderer/LibraryCall.h"', "", "using Velmar::callLibrary;", "using namespace Velmar::Kit;", "",
+             "", '#include "renderer/LibraryCall.h"', "", "using Velmar::callLibrary;", "using namespace Velmar::Kit;", "",
              'extern "C" {', ""]
     for function in table.functions:
         if function.name in OWN:
@@ -160,7 +160,7 @@ def getters_header(table: Table) -> str:
         if function.name in FIELDS and not function.same_as:
             text = f"Gets {sentence(function.sets)}"
             if function.family.name == "rendersettings":
-                text += " Zero if it isn't set."
+                text += " Zero if unset."
             lines += ["", *[line for line in wrapped(f"{text} */", "/** ", "    ")]]
             lines += listed(getter_arguments(function), f"VELMARKIT_API int32_t {getter_name(function)}(", ");")
     return "\n".join(lines) + "\n"

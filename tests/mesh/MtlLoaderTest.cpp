@@ -1,7 +1,6 @@
-#include "mesh/MeshReaders.h"
-
 #include "velmarexceptions.h"
 
+#include "mesh/MeshReaders.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"
 

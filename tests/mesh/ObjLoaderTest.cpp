@@ -1,8 +1,7 @@
-#include "mesh/MeshReaders.h"
-
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/MeshReaders.h"
 #include "tests/mesh/ObjText.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/MeshSupport.h"

@@ -1,8 +1,7 @@
-#include "mesh/MeshReaders.h"
-
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/MeshReaders.h"
 #include "tests/support/Environment.h"
 #include "tests/support/MeshSupport.h"
 #include "tests/support/TextFile.h"

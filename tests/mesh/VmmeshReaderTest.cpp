@@ -1,8 +1,7 @@
-#include "mesh/VmmeshFile.h"
-
 #include "velmarexceptions.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/VmmeshFile.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/MeshSupport.h"
 #include "tests/support/TempDir.h"
