@@ -22,7 +22,7 @@ class DataManagerObject final : public HostObject {
     virtual void initialise(const Velmar::String*) {}
 
   private:
-    /// The host follows this word, right behind the head, and hands the sixth word to the texture manager.
+    /// The host follows this word, directly after the head, and hands the sixth word to the texture manager.
     [[maybe_unused]] std::uint64_t* link = shared;
     std::uint64_t shared[6]{};
 };

@@ -89,7 +89,7 @@ auto passOnLibraryExceptions(const Call& call) -> decltype(call()) {
     } catch (LibraryException& exception) {
         carried = exception.release();
     }
-    // Behind the handler: this compiler's exception is gone before the other begins.
+    // After the handler: this compiler's exception is destroyed before the other is thrown.
     throwOriginal(carried);
 }
 

@@ -35,7 +35,7 @@ class RendererImpl final : public SdkAllocated {
         slot_count = 11,
     };
 
-    /// Has the library make and initialise its object. A failure of either is told on the standard output, and the
+    /// Has the library make and initialise its object. A failure of either is printed on the standard output, and the
     /// object is used nonetheless. The context must be loaded.
     explicit RendererImpl(const Reference<VelmarContext>& context_);
     RendererImpl(const RendererImpl&) = delete;

@@ -99,7 +99,7 @@ void initializing(const char* place) {
         const bool is_standard = strcmp(each.caught, "no licence today") == 0 ||
                                  strcmp(each.caught, "bad allocation") == 0 ||
                                  strcmp(each.caught, "a tag before") == 0 || strcmp(each.caught, "a virtual base") == 0;
-        // Standard exceptions are told and taken for success.
+        // Standard exceptions are printed, and the call succeeds.
         CHECK(strcmp(caught, is_standard ? "nothing" : each.caught) == 0, place_and_kind);
         CHECK(result == (is_standard ? 0 : -5), place_and_kind);
         throwAt("");
@@ -151,7 +151,7 @@ void initializingWithScene(const char* place) {
               place_and_kind);
         CHECK(countOf(context) == 1, place_and_kind);
         throwAt("");
-        // What the renderer holds of a failed call goes with it.
+        // What the renderer holds of a failed call is freed with it.
         if (strcmp(place, "scene") != 0) {
             CHECK(countOf(scene) == 0, place_and_kind);
             CHECK(liveBlocks() == blocks, place_and_kind);

@@ -112,7 +112,7 @@ struct Object {
 
     int32_t refcount;
     void (*destroyed)(Object* object);
-    // Right behind the head, where hosts look for it.
+    // Directly after the head, where hosts look for it.
     uint64_t* link = shared;
     uint64_t shared[6]{};
     const char* name;
