@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <oneapi/tbb/global_control.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -63,6 +64,13 @@ void enterCriticalSection(void* section) {
 
 void leaveCriticalSection(void* section) {
     pthread_mutex_unlock(static_cast<pthread_mutex_t*>(section));
+}
+
+BuilderThreads::BuilderThreads() : handle(new tbb::task_scheduler_handle(tbb::attach())) {}
+
+BuilderThreads::~BuilderThreads() {
+    const std::unique_ptr<tbb::task_scheduler_handle> owner(static_cast<tbb::task_scheduler_handle*>(handle));
+    tbb::finalize(*owner, std::nothrow);
 }
 
 } // namespace Preview::System

@@ -4,6 +4,7 @@
 #include "preview/Motion.h"
 #include "preview/SceneNodes.h"
 #include "preview/Surface.h"
+#include "preview/System.h"
 #include "preview/Vec.h"
 
 #include <atomic>
@@ -138,6 +139,7 @@ class World {
 
     std::atomic<std::int64_t> embree_bytes{0};
     const std::atomic<bool>* cancel = nullptr;
+    System::BuilderThreads builders;
     DeviceOwner device;
     struct KnownGeometry {
         std::unique_ptr<MeshGeometry> geometry;

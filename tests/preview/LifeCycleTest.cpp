@@ -1,4 +1,5 @@
 #include "tests/preview/PreviewRender.h"
+#include "tests/preview/ThreadCount.h"
 #include "tests/support/FileBytes.h"
 
 #include <gtest/gtest.h>
@@ -114,6 +115,19 @@ TEST_F(PreviewLifeCycle, DeleteEndsARunningRender) {
     scene.settings->halt_samples_per_pixel.has_value = false;
     const PreviewRenderer renderer(folder, scene);
     renderer.start();
+}
+
+TEST_F(PreviewLifeCycle, DeleteEndsAllThreadsOfTheRender) {
+    PreviewScene scene = makeLitSquare();
+    scene.addSphere({0, 3, 0}, 0.5, scene.addMaterial(0.5));
+    const std::size_t before = countThreads();
+    {
+        const PreviewRenderer renderer(folder, scene);
+        renderer.setOption(VELMAR_PREVIEW_THREADS, 4);
+        renderer.start();
+        EXPECT_TRUE(renderer.wait());
+    }
+    EXPECT_EQ(countThreads(), before);
 }
 
 TEST_F(PreviewLifeCycle, StopRightAfterTheStartReturns) {
