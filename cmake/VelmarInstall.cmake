@@ -7,6 +7,16 @@ install(TARGETS VelmarAPI velmarkit EXPORT VelmarAPI
         ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 if(TARGET velmar)
     install(TARGETS velmar RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+    # The tool itself makes them of its help texts.
+    if(NOT CMAKE_CROSSCOMPILING)
+        install(CODE "
+            set(share \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}\")
+            file(MAKE_DIRECTORY \"\${share}/man/man1\" \"\${share}/bash-completion/completions\")
+            execute_process(COMMAND \"$<TARGET_FILE:velmar>\" manual OUTPUT_FILE \"\${share}/man/man1/velmar.1\"
+                            COMMAND_ERROR_IS_FATAL ANY)
+            execute_process(COMMAND \"$<TARGET_FILE:velmar>\" completion
+                            OUTPUT_FILE \"\${share}/bash-completion/completions/velmar\" COMMAND_ERROR_IS_FATAL ANY)")
+    endif()
 endif()
 
 # The preview renderer, where the tool looks for it and hosts that are started in bin/ do.

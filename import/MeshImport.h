@@ -21,15 +21,18 @@ struct MaterialColour {
 
 /// A mesh file in memory.
 struct ImportedMesh {
-    /// Built. Face indices of vmmesh files aren't checked.
+    /// Built. Its names are valid text (see `toValidText`). Face indices of vmmesh files aren't checked.
     Reference<Mesh> mesh;
     /// From the material libraries that an OBJ file names, as far as they exist; empty for other formats.
     std::vector<MaterialColour> colours;
+    /// What was left out or read otherwise than it is written, a sentence each.
+    std::vector<std::string> notes;
 };
 
 /// Reads the mesh file `path` (UTF-8) of any format that the library knows, by its extension, and the material
-/// libraries that it names. `scale` multiplies the positions of all but vmmesh files. Throws an exception of the
-/// library; of a material library that can't be read `Velmar::Exception` with its path.
+/// libraries that it names. A byte order mark is passed over, and PLY files are read whole. `scale` multiplies the
+/// positions of all but vmmesh files. Throws an exception of the library; of a material library that can't be read
+/// `Velmar::Exception` with its path.
 ImportedMesh importMesh(const std::string& path, float scale);
 
 /// The extension in lower case: it alone decides the format.

@@ -38,6 +38,9 @@ struct MTLLibrary {
 /// value comes before the first material.
 void loadMTL(std::string_view path, MTLLibrary& library);
 
+/// As `loadMTL`, from the text of a file. The path of `library` isn't changed.
+void readMTL(std::string_view text, MTLLibrary& library);
+
 /// Reads the Wavefront OBJ file `path` (UTF-8) into `mesh`, normally a new one, and builds it. Positions are multiplied
 /// by `scale`. A vertex is made for each pair of position and normal that a face uses, in the order of first use; faces
 /// of more than four corners become fans of triangles. With `parse_mtllib` the libraries that the file names and that

@@ -85,7 +85,12 @@ void loadMTL(std::string_view path, MTLLibrary& library) {
     library.path = path;
     library.materials.clear();
     const MappedFile file(path);
-    MtlReader(parserOver(file), library.materials).read();
+    readMTL(file.getText(), library);
+}
+
+void readMTL(std::string_view text, MTLLibrary& library) {
+    library.materials.clear();
+    MtlReader(parserOver(text), library.materials).read();
 }
 
 } // namespace Velmar

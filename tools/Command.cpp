@@ -1,11 +1,18 @@
 #include "tools/Command.h"
 
-#include "import/MeshImport.h"
+#include "tools/Placement.h"
 
 #include <cmath>
 #include <sstream>
 
 namespace CommandOptions {
+
+namespace {
+
+constexpr double min_scale = 1e-9;
+constexpr double max_scale = 1e9;
+
+} // namespace
 
 CLI::Option* addChoice(CLI::App& app, const char* name, std::string& value, const std::vector<std::string>& words,
                        const char* description) {
@@ -27,14 +34,12 @@ CLI::Validator inRange(double low, double high) {
     return (CLI::Range(low, high) & number).description("");
 }
 
-CLI::Option* addUp(CLI::App& app, std::string& up) {
-    return addChoice(app, "--up", up, {"auto", "y", "z"},
-                     "Which axis of a mesh file is its height; auto takes y for .obj and z for the others.");
+CLI::Option* addUp(CLI::App& app, std::string& up, const char* description) {
+    return addChoice(app, "--up", up, getUpAxes(), description);
 }
 
-// Programs that write OBJ files mostly turn the height to y.
-bool isYUp(const std::string& up, const std::string& path) {
-    return up == "y" || (up == "auto" && Velmar::getMeshFormat(path) == "obj");
+CLI::Option* addScale(CLI::App& app, float& scale, const char* description) {
+    return addValue(app, "--scale", scale, "FACTOR", description)->check(inRange(min_scale, max_scale));
 }
 
 } // namespace CommandOptions

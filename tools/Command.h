@@ -37,11 +37,11 @@ CLI::Option* addChoice(CLI::App& app, const char* name, std::string& value, cons
 /// A range without words of its own in the help.
 CLI::Validator inRange(double low, double high);
 
-/// The option `--up`.
-CLI::Option* addUp(CLI::App& app, std::string& up);
+/// The option `--up`, as `makeUpright` takes it.
+CLI::Option* addUp(CLI::App& app, std::string& up, const char* description);
 
-/// Whether `--up` makes y the height of the mesh file `path`, else z.
-bool isYUp(const std::string& up, const std::string& path);
+/// The option `--scale`.
+CLI::Option* addScale(CLI::App& app, float& scale, const char* description);
 
 } // namespace CommandOptions
 

@@ -18,6 +18,10 @@ void printError(const std::string& message) {
     std::fprintf(stderr, "velmar: %s\n", Text::printable(message).c_str());
 }
 
+void printNote(const std::string& message) {
+    std::fprintf(stderr, "velmar: note: %s\n", Text::printable(message).c_str());
+}
+
 // The library's exceptions have no common base.
 std::string getCurrentMessage() {
     try {
@@ -65,7 +69,7 @@ Failure makeFailureOf(const std::string& path) {
 namespace {
 
 // A longer line would wrap, and a wrapped line can't be taken back by a carriage return.
-constexpr std::size_t max_text_width = 66;
+constexpr std::size_t max_text_width = 48;
 
 bool isContinuation(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
@@ -103,9 +107,10 @@ Progress::~Progress() {
     erase();
 }
 
-void Progress::show(std::string_view step) {
+void Progress::show(std::string_view step, double done) {
     if (!shown) return;
     const std::lock_guard lock(mutex);
+    fraction = done;
     text = shorten(Text::printable(step));
     start = Clock::now();
     draw();
@@ -128,12 +133,23 @@ void Progress::draw() {
     if (text.empty()) return;
     const auto tenths = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count() / 100;
     std::string line = text + "  " + std::to_string(tenths / 10) + '.' + std::to_string(tenths % 10) + " s";
+    line += describeRest();
     const std::size_t width = getWidth(line);
     // What the line before leaves over is blanked.
     if (width < drawn_width) line.append(drawn_width - width, ' ');
     drawn_width = width;
     std::fprintf(stderr, "\r%s", line.c_str());
     std::fflush(stderr);
+}
+
+/// Only of long work: at first the estimate is a guess.
+std::string Progress::describeRest() const {
+    const double elapsed = std::chrono::duration<double>(Clock::now() - begin).count();
+    constexpr double long_work = 2;
+    if (elapsed < long_work || fraction <= 0) return {};
+    const auto percent = static_cast<int>(fraction * 100);
+    const auto rest = static_cast<long>(std::ceil(elapsed * (1 - fraction) / fraction));
+    return "  " + std::to_string(percent) + " %, about " + std::to_string(rest) + " s left";
 }
 
 void Progress::run() {

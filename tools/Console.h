@@ -32,6 +32,9 @@ class ReportedFailure : public std::exception {};
 /// Prints a line on the standard error output.
 void printError(const std::string& message);
 
+/// Prints a line about something that the user may not expect, but that doesn't keep the work from being done.
+void printNote(const std::string& message);
+
 /// The text of the exception being handled, of whatever class. Only to be called in a handler.
 std::string getCurrentMessage();
 
@@ -49,8 +52,9 @@ class Progress {
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Shows the next step from now on.
-    void show(std::string_view step);
+    /// Shows the next step from now on. `done` of the whole work, from 0 to 1, is complete then: from that follow the
+    /// percentage and the remaining time of long work.
+    void show(std::string_view step, double done = 0);
 
     /// Erases the line until the next step, so that something else can be printed.
     void clear();
@@ -61,11 +65,14 @@ class Progress {
     void draw();
     void erase();
     void run();
+    std::string describeRest() const;
 
     bool shown;
     bool ended = false;
     std::string text;
     std::size_t drawn_width = 0;
+    double fraction = 0;
+    const Clock::time_point begin = Clock::now();
     Clock::time_point start;
     std::mutex mutex;
     std::condition_variable wake;

@@ -2,6 +2,7 @@
 
 #include "tools/Console.h"
 #include "tools/MeshFile.h"
+#include "tools/Placement.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
@@ -124,9 +125,10 @@ class FolderConversion {
             fail(failure);
         for (const std::string& file : search.files)
             protect(Text::joinPaths(input, file), Text::joinPaths(input, file));
-        const std::vector<std::string> names = nameConverted(search.files);
+        const std::vector<std::string> names = nameConverted(search.files, '.' + settings.format);
         for (std::size_t i = 0; i < names.size(); ++i) {
-            progress.show('[' + std::to_string(i + 1) + '/' + std::to_string(names.size()) + "] " + search.files[i]);
+            progress.show('[' + std::to_string(i + 1) + '/' + std::to_string(names.size()) + "] " + search.files[i],
+                          static_cast<double>(i) / static_cast<double>(names.size()));
             try {
                 convert(Text::joinPaths(input, search.files[i]), Text::joinPaths(output, names[i]));
             } catch (...) {
@@ -148,7 +150,9 @@ class FolderConversion {
     }
 
     void convert(const std::string& from, const std::string& to) {
-        const auto mesh = readMesh(from, settings.scale).mesh;
+        const Velmar::ImportedMesh imported = readForConversion(from, settings);
+        if (!imported.notes.empty()) progress.clear();
+        printNotes(from, imported, settings.quiet);
         const std::uint64_t size = MappedFile(from).getSize();
         // Links and file systems that don't tell letters apart make one file of two names.
         if (const auto identity = System::getIdentity(to)) {
@@ -158,7 +162,8 @@ class FolderConversion {
         try {
             makeFolders(FileUtils::getDirectory(to));
             OutputFile file(to);
-            bytes_out += writeMesh(*mesh, file, !settings.plain);
+            writeMeshAs(settings.format, *imported.mesh, file, settings.write);
+            bytes_out += file.commit();
         } catch (...) {
             throw makeFailureOf(to);
         }
@@ -198,21 +203,25 @@ class FolderConversion {
     std::uint64_t bytes_out = 0;
 };
 
-constexpr const char* new_extension = ".vmmesh";
-
-std::string replaceExtension(const std::string& path) {
-    const std::string name = Text::fileName(path);
-    return path.substr(0, path.size() - name.size()) + Text::fileStem(name) + new_extension;
+std::string replaceExtension(const std::string& path, const std::string& extension) {
+    return Text::folderOf(path) + Text::fileStem(path) + extension;
 }
 
 } // namespace
 
-std::vector<std::string> nameConverted(const std::vector<std::string>& files) {
+Velmar::ImportedMesh readForConversion(const std::string& path, const ConversionSettings& settings) {
+    Velmar::ImportedMesh imported = readMesh(path, settings.scale);
+    requireUsable(path, *imported.mesh);
+    turnMesh(*imported.mesh, makeUpright(settings.up, path));
+    return imported;
+}
+
+std::vector<std::string> nameConverted(const std::vector<std::string>& files, const std::string& extension) {
     std::map<std::string, std::vector<std::size_t>> claims;
     std::vector<std::string> names;
     std::vector<std::size_t> clashing;
     for (std::size_t i = 0; i < files.size(); ++i) {
-        names.push_back(replaceExtension(files[i]));
+        names.push_back(replaceExtension(files[i], extension));
         claims[FileUtils::toLowerCase(names[i])].push_back(i);
     }
     for (const auto& [name, claimants] : claims)
@@ -220,7 +229,7 @@ std::vector<std::string> nameConverted(const std::vector<std::string>& files) {
     // A longer name may be one that another file was to get, which then gets a longer one too.
     for (std::size_t done = 0; done < clashing.size(); ++done) {
         const std::size_t file = clashing[done];
-        names[file] = files[file] + new_extension;
+        names[file] = files[file] + extension;
         const auto other = claims.find(FileUtils::toLowerCase(names[file]));
         if (other != claims.end() && other->second.size() == 1) clashing.push_back(other->second.front());
     }

@@ -2,49 +2,16 @@
 
 #include "mesh/VmmeshFile.h"
 #include "scene/nodes/SceneNodeMesh.h"
-#include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
-#include "utils/PlatformUtils.h"
 
 #include <algorithm>
-#include <fstream>
+#include <cmath>
 #include <set>
-#include <utility>
 
 using Velmar::Mesh;
 using Velmar::Reference;
 using Velmar::SceneNodeMesh;
-
-// ---- output files ------------------------------------------------------------------------------------------------
-
-OutputFile::OutputFile(std::string path)
-    : given_path(std::move(path)), final_path(System::getAbsolutePath(given_path)),
-      partial_path(final_path + "-partial") {
-    if (System::isDirectory(final_path)) throw Failure(given_path + ": is a directory");
-    std::ofstream file;
-    if (!FileUtils::openOutputFile(file, partial_path, false))
-        throw Failure(given_path + ": can't be written: " + PlatformUtils::getLastErrorText());
-}
-
-OutputFile::~OutputFile() {
-    if (!partial_path.empty()) System::removeFile(partial_path);
-}
-
-Failure OutputFile::makeFailure() const {
-    std::string message = getCurrentMessage();
-    const std::size_t at = message.find(partial_path);
-    if (at != std::string::npos) return Failure(message.replace(at, partial_path.size(), given_path));
-    return Failure(given_path + ": " + message);
-}
-
-std::uint64_t OutputFile::commit() {
-    const std::uint64_t size = MappedFile(partial_path).getSize();
-    if (!System::moveFile(partial_path, final_path))
-        throw Failure(given_path + ": can't be replaced: " + PlatformUtils::getLastErrorText());
-    partial_path.clear();
-    return size;
-}
 
 // ---- reading and writing meshes ----------------------------------------------------------------------------------
 
@@ -56,16 +23,18 @@ Velmar::ImportedMesh readMesh(const std::string& path, float scale) {
     }
 }
 
-std::uint64_t writeMesh(const Velmar::Mesh& mesh, OutputFile& output, bool compressed) {
+void printNotes(const std::string& path, const Velmar::ImportedMesh& imported, bool quiet) {
+    if (quiet) return;
+    for (const std::string& note : imported.notes)
+        printNote(path + ": " + note);
+}
+
+void writeMesh(const Velmar::Mesh& mesh, const OutputFile& output, bool compressed) {
     try {
         Velmar::writeToFile(Velmar::String(output.getPartialPath()), mesh, compressed);
-        // The writer doesn't see a failure of the last bytes, which the system may hold back until the file is closed.
-        if (!System::syncFile(output.getPartialPath()))
-            throw Failure("wasn't written whole: " + PlatformUtils::getLastErrorText());
     } catch (...) {
         throw output.makeFailure();
     }
-    return output.commit();
 }
 
 Velmar::VmmeshHeader readVmmeshHeader(const std::string& path) {
@@ -139,4 +108,21 @@ bool hasDistinctNames(const Mesh& mesh) {
     for (const Velmar::String& name : mesh.used_materials)
         if (name.view().find('\0') != std::string_view::npos || !names.insert(name.view()).second) return false;
     return true;
+}
+
+std::string findFaultyVertex(const Mesh& mesh) {
+    for (std::size_t i = 0; i < mesh.verts.size(); ++i) {
+        const Velmar::Vec3f& v = mesh.verts[i];
+        if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
+            return "vertex " + std::to_string(i) + " isn't finite";
+    }
+    return {};
+}
+
+void requireUsable(const std::string& path, const Mesh& mesh) {
+    if (mesh.triangles.empty() && mesh.quads.empty())
+        throw Failure(path + ": has no faces" +
+                      (mesh.verts.empty() ? "" : ", or only triangles of an area below 1e-20, which are left out"));
+    const std::string fault = findFaultyVertex(mesh);
+    if (!fault.empty()) throw Failure(path + ": " + fault);
 }

@@ -1,117 +1,169 @@
 #include "tools/ModelScene.h"
 
+#include "import/ValidText.h"
+
 #include "tools/MeshFile.h"
+#include "tools/SceneImport.h"
+#include "utils/MappedFile.h"
 
-#include <cmath>
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
 
-using CommandOptions::addChoice;
-using CommandOptions::addUp;
-using CommandOptions::addValue;
-using CommandOptions::inRange;
 using Velmar::Mesh;
 
 namespace {
-
-/// Refuses what a scene can't express.
-void requireUsable(const std::string& path, const Mesh& mesh) {
-    if (mesh.triangles.empty() && mesh.quads.empty()) throw Failure(path + ": holds no faces");
-    const std::string fault = findFaultyFace(mesh);
-    if (!fault.empty()) throw Failure(path + ": " + fault);
-    if (!hasDistinctNames(mesh)) throw Failure(path + ": two materials have one name");
-    const Velmar::Vec3f& low = mesh.aabb_min;
-    const Velmar::Vec3f& high = mesh.aabb_max;
-    for (const float bound : {low.x, low.y, low.z, high.x, high.y, high.z})
-        if (!std::isfinite(bound)) throw Failure(path + ": a vertex isn't finite");
-}
-
-InputModel readModel(const std::string& path, const ModelSceneOptions& options) {
-    Velmar::ImportedMesh imported = readMesh(path, options.scale);
-    Mesh& mesh = *imported.mesh;
-    requireUsable(path, mesh);
-    InputModel model;
-    model.name = Text::fileStem(path);
-    model.mesh = imported.mesh;
-    model.colours = std::move(imported.colours);
-    model.y_up = CommandOptions::isYUp(options.up, path);
-    // Scenes of hosts have no vertex normals.
-    model.smooth_normals = !mesh.normals.empty();
-    mesh.normals.clear();
-    mesh.uv_layout = 0;
-    if (mesh.num_uv_mappings == 0) mesh.uv_pairs.clear();
-    return model;
-}
 
 std::string describe(const std::string& path, const Mesh& mesh) {
     return path + ": " + Text::faceCounts(mesh.verts.size(), mesh.triangles.size(), mesh.quads.size()) + ", " +
            Text::count(mesh.used_materials.size(), "material", "materials");
 }
 
-void addModelOptions(CLI::App& app, ModelSceneOptions& options) {
-    app.option_defaults()->group("Models");
-    addValue(app, "--scale", options.scale, "FACTOR",
-             "Multiplies all positions, except those of vmmesh files. The scene is in metres.");
-    addUp(app, options.up);
-    app.add_flag("--no-ground", options.no_ground, "Leave out the ground plane below the models.");
-}
+/// Reads models, each file and scale once.
+class ModelReader {
+  public:
+    explicit ModelReader(bool quiet_work) : quiet(quiet_work) {}
 
-void addCameraOptions(CLI::App& app, SceneSettings& scene) {
-    app.option_defaults()->group("Camera");
-    addValue(app, "--azimuth", scene.azimuth, "DEGREES",
-             "Where the camera stands around the models: 0 in front, 90 to the right.")
-        ->check(inRange(-360, 360));
-    addValue(app, "--elevation", scene.elevation, "DEGREES", "How high above the horizon it stands.")
-        ->check(inRange(-89, 89));
-    addValue(app, "--fov", scene.fov, "DEGREES",
-             "Field of view across the width. The camera moves back as far as it must.")
-        ->check(inRange(1, 170));
-}
+    ModelScene result;
 
-void addLightOptions(CLI::App& app, SceneSettings& scene) {
-    app.option_defaults()->group("Light");
-    addChoice(app, "--light", scene.light, {"sunsky", "uniform", "none"}, "What lights the scene.");
-    app.add_option("--sun", scene.sun, "Direction towards the sun: three numbers with commas between. (-1,-1,1)")
-        ->type_name("X,Y,Z")
-        ->delimiter(',')
-        ->expected(3)
-        ->check(inRange(-1e9, 1e9));
-    addValue(app, "--light-strength", scene.light_strength, "FACTOR", "Of the uniform light.")->check(inRange(0, 1e12));
-}
+    void add(const ModelRequest& request, Progress& progress) {
+        if (isSceneFormat(Velmar::getMeshFormat(request.path))) {
+            addScene(request, progress);
+            return;
+        }
+        const auto [known, is_new] =
+            geometries.try_emplace({request.path, request.scale}, result.content.geometries.size());
+        if (is_new) read(request, progress);
+        const SceneGeometry& geometry = result.content.geometries[known->second];
+        SceneModel model;
+        model.name = request.name.empty() ? geometry.name : Velmar::toValidText(request.name);
+        model.geometry = known->second;
+        model.materials = materials[known->second];
+        model.placement = ::place(*geometry.mesh, makeUpright(request.up, request.path), request.placement);
+        result.content.models.push_back(std::move(model));
+    }
 
-void addImageOptions(CLI::App& app, SceneSettings& scene) {
-    app.option_defaults()->group("Image");
-    constexpr double max_size = 1000000;
-    addValue(app, "--width", scene.width, "PIXELS", "Width of the image.")->check(inRange(1, max_size));
-    addValue(app, "--height", scene.height, "PIXELS", "Height of the image.")->check(inRange(1, max_size));
-    addValue(app, "--samples", scene.halt_samples, "N", "Stop at so many samples per pixel; 0 for no such limit.")
-        ->check(inRange(0, 1e9));
-    addValue(app, "--time", scene.halt_time, "SECONDS", "Stop after so long; 0 for no such limit.")
-        ->check(inRange(0, 1e9));
-    addChoice(app, "--tone-mapping", scene.tone_mapping, {"linear", "reinhard", "camera", "filmic"},
-              "How light becomes an image.");
-    addValue(app, "--brightness", scene.brightness, "FACTOR", "Brightens the image, or below 1 darkens it.")
-        ->check(inRange(1e-9, 1e9));
+  private:
+    void read(const ModelRequest& request, Progress& progress) {
+        const std::string& path = request.path;
+        const Velmar::ImportedMesh imported = readMesh(path, request.scale);
+        Mesh& mesh = *imported.mesh;
+        requireUsable(path, mesh);
+        const std::string fault = findFaultyFace(mesh);
+        if (!fault.empty()) throw Failure(path + ": " + fault);
+        if (!hasDistinctNames(mesh)) throw Failure(path + ": two materials have one name");
+        if (!imported.notes.empty()) progress.clear();
+        printNotes(path, imported, quiet);
+
+        SceneGeometry geometry;
+        const std::string stem = Text::fileStem(path);
+        geometry.name = Velmar::toValidText(stem);
+        if (geometry.name != stem && !quiet)
+            printNote(path + ": the name of the file isn't valid UTF-8 text; read as Windows-1252");
+        geometry.mesh = imported.mesh;
+        // Scenes of hosts have no vertex normals.
+        geometry.smooth_normals = !mesh.normals.empty();
+        mesh.normals.clear();
+        mesh.uv_layout = 0;
+        if (mesh.num_uv_mappings == 0) mesh.uv_pairs.clear();
+        result.content.geometries.push_back(std::move(geometry));
+        materials.push_back(getMaterials(imported));
+        result.lines.push_back(describe(path, mesh));
+    }
+
+    /// The models of a whole scene, which are placed together.
+    void addScene(const ModelRequest& request, Progress& progress) {
+        ImportedScene scene = importScene(request.path, request.up);
+        if (!scene.notes.empty()) progress.clear();
+        for (const std::string& note : scene.notes)
+            if (!quiet) printNote(request.path + ": " + note);
+        const Placement group = placeTogether(scene.content.getBounds(), request.scale, request.placement);
+        const std::size_t first_geometry = result.content.geometries.size();
+        std::uint64_t triangles = 0;
+        std::uint64_t quads = 0;
+        std::set<std::string> names;
+        for (SceneModel& model : scene.content.models) {
+            const Mesh& mesh = *scene.content.geometries[model.geometry].mesh;
+            triangles += mesh.triangles.size();
+            quads += mesh.quads.size();
+            names.insert(model.materials.front().name);
+            model.geometry += first_geometry;
+            model.placement = group.after(model.placement);
+            result.content.models.push_back(std::move(model));
+        }
+        for (SceneGeometry& geometry : scene.content.geometries) {
+            result.content.geometries.push_back(std::move(geometry));
+            materials.emplace_back();
+        }
+        if (scene.content.camera && !result.content.camera) result.content.camera = place(*scene.content.camera, group);
+        result.lines.push_back(request.path + ": " + Text::count(result.content.models.size(), "model", "models") +
+                               ", " + Text::count(triangles, "triangle", "triangles") + ", " +
+                               Text::count(quads, "quad", "quads") + ", " +
+                               Text::count(names.size(), "material", "materials"));
+    }
+
+    static ViewPoint place(const ViewPoint& camera, const Placement& group) {
+        Placement direction = group;
+        direction.position = {0, 0, 0};
+        ViewPoint placed = camera;
+        placed.position = group.apply(camera.position);
+        placed.forwards = direction.apply(camera.forwards);
+        placed.up = direction.apply(camera.up);
+        return placed;
+    }
+
+    static std::vector<SceneMaterial> getMaterials(const Velmar::ImportedMesh& imported) {
+        std::vector<SceneMaterial> all;
+        for (const Velmar::String& name : imported.mesh->used_materials) {
+            SceneMaterial material = {std::string(name.view())};
+            const auto found = std::find_if(imported.colours.begin(), imported.colours.end(),
+                                            [&](const auto& colour) { return colour.name == name.view(); });
+            if (found != imported.colours.end()) material.colour = found->colour;
+            all.push_back(material);
+        }
+        // Faces of a mesh without names refer to one material too.
+        if (all.empty()) all.push_back({"default"});
+        return all;
+    }
+
+    bool quiet;
+    std::map<std::pair<std::string, float>, std::size_t> geometries;
+    /// By geometry.
+    std::vector<std::vector<SceneMaterial>> materials;
+};
+
+std::uint64_t getSize(const std::string& path) {
+    try {
+        return MappedFile(path).getSize();
+    } catch (...) {
+        // Reading it reports what is wrong.
+        return 0;
+    }
 }
 
 } // namespace
-
-void addModelSceneOptions(CLI::App& app, ModelSceneOptions& options) {
-    addModelOptions(app, options);
-    addCameraOptions(app, options.scene);
-    addLightOptions(app, options.scene);
-    addImageOptions(app, options.scene);
-}
 
 std::string stepText(std::size_t number, std::size_t count) {
     return '[' + std::to_string(number) + '/' + std::to_string(count) + "] ";
 }
 
-std::vector<InputModel> readModels(const std::vector<std::string>& paths, const ModelSceneOptions& options,
-                                   Progress& progress, std::vector<std::string>& descriptions) {
-    std::vector<InputModel> models;
-    for (const std::string& path : paths) {
-        progress.show(stepText(models.size() + 1, paths.size() + 1) + "reading " + Text::fileName(path));
-        models.push_back(readModel(path, options));
-        descriptions.push_back(describe(path, *models.back().mesh));
+ModelScene readModels(const std::vector<ModelRequest>& requests, Progress& progress, bool quiet) {
+    std::vector<std::uint64_t> sizes;
+    std::uint64_t total = 1;
+    for (const ModelRequest& request : requests) {
+        sizes.push_back(getSize(request.path));
+        total += sizes.back();
     }
-    return models;
+    // Writing takes about as long as reading.
+    total *= 2;
+    std::uint64_t done = 0;
+    ModelReader reader(quiet);
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        progress.show(stepText(i + 1, requests.size() + 1) + "reading " + Text::fileName(requests[i].path),
+                      static_cast<double>(done) / static_cast<double>(total));
+        reader.add(requests[i], progress);
+        done += sizes[i];
+    }
+    return std::move(reader.result);
 }

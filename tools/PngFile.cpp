@@ -1,6 +1,6 @@
 #include "tools/PngFile.h"
 
-#include "tools/MeshFile.h"
+#include "tools/OutputFile.h"
 #include "utils/FileUtils.h"
 
 #include <fstream>

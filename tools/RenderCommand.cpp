@@ -1,11 +1,11 @@
+#include "import/MeshImport.h"
 #include "preview/velmarpreview.h"
 
 #include "tools/Command.h"
 #include "tools/Console.h"
-#include "tools/MeshFile.h"
 #include "tools/ModelScene.h"
+#include "tools/OutputFile.h"
 #include "tools/Preview.h"
-#include "tools/System.h"
 
 #include <cmath>
 #include <cstdio>
@@ -17,7 +17,7 @@ namespace {
 
 struct RenderOptions {
     std::vector<std::string> paths;
-    ModelSceneOptions models;
+    ModelOptions models;
     PreviewSettings preview;
     bool quiet = false;
 };
@@ -44,38 +44,44 @@ std::string describe(const VelmarPreviewProgress& progress) {
     return result;
 }
 
-void render(RenderOptions options) {
+void render(const CLI::App& app, const RenderOptions& options) {
     const std::string image = options.paths.back();
-    options.paths.pop_back();
     const std::string kind = Velmar::getMeshFormat(image);
     if (kind != "png" && kind != "hdr" && kind != "pfm")
         throw UsageError(image + ": the picture must end in .png, .hdr or .pfm");
     if (options.models.scene.halt_samples <= 0 && options.models.scene.halt_time <= 0)
         throw UsageError("a picture without an end: --samples or --time must be above 0");
 
+    const SceneSettings settings = getSceneSettings(app, options.models);
+    const std::vector<ModelRequest> requests = findModels(app, options.paths, options.models);
+
     Progress progress(options.quiet);
-    // Before any long work.
-    { const OutputFile probe(image); }
-    std::vector<std::string> descriptions;
-    const std::vector<InputModel> models = readModels(options.paths, options.models, progress, descriptions);
-    const std::string step = stepText(models.size() + 1, models.size() + 1) + "rendering " + Text::fileName(image);
+    OutputFile output(image, '.' + kind);
+    std::vector<std::string> notes = findIdleOptions(app, options.models, requests);
+    const ModelScene models = readModels(requests, progress, options.quiet);
+    SceneBuilder scene(models.content, settings);
+    if (scene.isGroundLeftOut()) notes.push_back(ground_left_out);
+    const std::string step = stepText(requests.size() + 1, requests.size() + 1) + "rendering " + Text::fileName(image);
     progress.show(step);
-    SceneBuilder scene(models, options.models.getScene());
-    options.preview.image = System::getAbsolutePath(image);
+    PreviewSettings preview_settings = options.preview;
+    preview_settings.image = output.getPartialPath();
     VelmarPreviewProgress last{};
     {
-        Preview preview(scene.release(), options.preview);
+        Preview preview(scene.release(), preview_settings);
         preview.render([&](const VelmarPreviewProgress& now) { progress.show(step + ": " + describe(now)); });
         last = preview.getProgress();
     }
     progress.clear();
     if (last.state != VELMAR_PREVIEW_FINISHED || last.pictures == 0)
         throw Failure(image + ": the picture wasn't rendered");
+    output.commit();
     if (options.quiet) return;
-    for (const std::string& model : descriptions)
-        std::printf("%s\n", model.c_str());
-    std::printf("%s: %u x %u pixels, %.0f samples each, %.1f s\n", image.c_str(), last.width, last.height, last.samples,
-                last.seconds);
+    for (const std::string& note : notes)
+        printNote(note);
+    for (const std::string& line : models.lines)
+        std::printf("%s\n", Text::printable(line).c_str());
+    std::printf("%s: %u x %u pixels, %.0f samples each, %.1f s\n", Text::printable(image).c_str(), last.width,
+                last.height, last.samples, last.seconds);
 }
 
 } // namespace
@@ -86,12 +92,11 @@ Command addRenderCommand(CLI::App& tool) {
     constexpr double default_samples = 64;
     options->models.scene.halt_samples = default_samples;
     options->models.scene.super_sample_factor = 2;
-    app->add_option("MODEL... IMAGE", options->paths,
-                    "Mesh files (.obj, .ply, .stl, .vmmesh), then the picture: .png for a display, .hdr and .pfm with "
-                    "linear light. An existing file is overwritten.")
-        ->required()
-        ->expected(2, CLI::detail::expected_max_vector_size);
-    addModelSceneOptions(*app, options->models);
+    addModelPaths(
+        *app, options->paths, "MODEL... IMAGE",
+        "Mesh files (.obj, .ply, .stl, .vmmesh) or whole scenes (.glb, .gltf, .fbx, .dae, .3ds and others), "
+        "then the picture: .png for a display, .hdr and .pfm with linear light. An existing file is replaced.");
+    addModelOptions(*app, options->models);
     app->option_defaults()->group("Options");
     constexpr double max_threads = 256;
     constexpr double max_seed = 4294967295;
@@ -100,8 +105,8 @@ Command addRenderCommand(CLI::App& tool) {
     CommandOptions::addValue(*app, "--seed", options->preview.seed, "N",
                              "Of the random numbers. Equal seeds give equal pictures.")
         ->check(CommandOptions::inRange(0, max_seed));
-    app->add_flag("-q,--quiet", options->quiet, "Print nothing on success, and no progress");
+    app->add_flag("-q,--quiet", options->quiet, "Print nothing on success: no summary, notes or progress");
     app->footer("The scene is that of 'velmar export' with the same options. The renderer library in the folder "
                 "vs2017_64 beside this program draws it. Exit codes: 0 done, 1 failed, 2 wrong usage.");
-    return {app, [options] { render(*options); }};
+    return {app, [app, options] { render(*app, *options); }};
 }

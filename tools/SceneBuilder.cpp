@@ -1,6 +1,7 @@
 #include "tools/SceneBuilder.h"
 
 #include "api/Handles.h"
+#include "tools/Console.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 
@@ -25,20 +26,6 @@ double toRadians(double degrees) {
 
 } // namespace
 
-void Box::add(const Box& other) {
-    min = {std::min(min.x, other.min.x), std::min(min.y, other.min.y), std::min(min.z, other.min.z)};
-    max = {std::max(max.x, other.max.x), std::max(max.y, other.max.y), std::max(max.z, other.max.z)};
-}
-
-Vec3d Box::getCentre() const {
-    return {(min.x + max.x) / 2, (min.y + max.y) / 2, (min.z + max.z) / 2};
-}
-
-double Box::getRadius() const {
-    const double radius = std::hypot(max.x - min.x, max.y - min.y, max.z - min.z) / 2;
-    return radius > 0 ? radius : 1;
-}
-
 Vec3d getViewDirection(double azimuth, double elevation) {
     const double around = toRadians(azimuth);
     const double above = toRadians(elevation);
@@ -55,9 +42,38 @@ double roundToSize(double value, double size) {
     return std::round(value * steps) / steps;
 }
 
+namespace {
+
+double getLength(const Vec3d& v) {
+    return std::hypot(v.x, v.y, v.z);
+}
+
+double getLensDistance(double fov) {
+    return roundToSize(0.5 * sensor_width / std::tan(toRadians(fov) / 2), sensor_width);
+}
+
+/// The frame from a place, whose numbers are kept as they are.
+Frame lookFrom(const ViewPoint& view_point, double default_fov) {
+    const double distance = getLength(view_point.forwards);
+    const Vec3d& f = view_point.forwards;
+    const auto turn = [&](double direction) { return roundToSize(direction / distance, 1); };
+    Frame frame;
+    frame.position = view_point.position;
+    frame.forwards = {turn(f.x), turn(f.y), turn(f.z)};
+    frame.up = view_point.up;
+    // An image needs a direction that is up in it; a camera that looks straight down has none.
+    if (std::hypot(frame.forwards.x, frame.forwards.y) < 1e-6 && frame.up.x == 0 && frame.up.y == 0)
+        frame.up = {0, 1, 0};
+    frame.focus_distance = roundToSize(distance, distance);
+    frame.lens_sensor_dist = getLensDistance(view_point.fov > 0 ? view_point.fov : default_fov);
+    frame.lens_radius = roundToSize(distance * lens_radius_per_distance, distance);
+    return frame;
+}
+
+/// The frame that sees the whole of `box` from the side that the settings give.
 Frame frameBox(const Box& box, const SceneSettings& settings) {
     const double radius = box.getRadius();
-    const Vec3d centre = box.getCentre();
+    const Vec3d centre = settings.target.value_or(box.getCentre());
     const double lens_sensor_dist = 0.5 * sensor_width / std::tan(toRadians(settings.fov) / 2);
     const double sensor_height = sensor_width * settings.height / settings.width;
     const double half_angle = std::atan(0.5 * std::min(sensor_width, sensor_height) / lens_sensor_dist);
@@ -68,70 +84,74 @@ Frame frameBox(const Box& box, const SceneSettings& settings) {
         return roundToSize(middle + distance * direction, radius);
     };
     const auto turn = [](double direction) { return roundToSize(-direction, 1); };
-    return {{place(centre.x, towards_camera.x), place(centre.y, towards_camera.y), place(centre.z, towards_camera.z)},
-            {turn(towards_camera.x), turn(towards_camera.y), turn(towards_camera.z)},
-            roundToSize(distance, radius),
-            roundToSize(lens_sensor_dist, sensor_width),
-            roundToSize(distance * lens_radius_per_distance, radius)};
+    Frame frame;
+    frame.position = {place(centre.x, towards_camera.x), place(centre.y, towards_camera.y),
+                      place(centre.z, towards_camera.z)};
+    frame.forwards = {turn(towards_camera.x), turn(towards_camera.y), turn(towards_camera.z)};
+    frame.focus_distance = roundToSize(distance, radius);
+    frame.lens_sensor_dist = roundToSize(lens_sensor_dist, sensor_width);
+    frame.lens_radius = roundToSize(distance * lens_radius_per_distance, radius);
+    return frame;
+}
+
+} // namespace
+
+Frame makeFrame(const Box& box, const SceneSettings& settings, const std::optional<ViewPoint>& view_point) {
+    if (settings.camera) {
+        const Vec3d target = settings.target.value_or(box.getCentre());
+        const Vec3d& from = *settings.camera;
+        ViewPoint chosen = {from, {target.x - from.x, target.y - from.y, target.z - from.z}};
+        if (getLength(chosen.forwards) == 0) throw UsageError("--camera: is where the camera looks to; move it away");
+        return lookFrom(chosen, settings.fov);
+    }
+    if (view_point && !settings.view_chosen && !settings.target) return lookFrom(*view_point, settings.fov);
+    return frameBox(box, settings);
 }
 
 // ---- the scene ---------------------------------------------------------------------------------------------------
 
 namespace {
 
-constexpr Vec3f default_colour = {0.8F, 0.8F, 0.8F};
 constexpr const char* sky_model = "captured-simulation";
-/// The ground reaches so many times as far as the models.
+/// Half the side of an automatic ground.
 constexpr double ground_per_radius = 50;
-
-/// The model's place in the scene.
-Box getBox(const InputModel& model) {
-    const Vec3f& low = model.mesh->aabb_min;
-    const Vec3f& high = model.mesh->aabb_max;
-    if (model.y_up) return {{low.x, -high.z, low.y}, {high.x, -low.z, high.y}};
-    return {{low.x, low.y, low.z}, {high.x, high.y, high.z}};
-}
-
-Box getBox(const std::vector<InputModel>& models) {
-    Box box = getBox(models.front());
-    for (const InputModel& model : models)
-        box.add(getBox(model));
-    return box;
-}
-
-Vec3f findColour(const std::string& name, const std::vector<Velmar::MaterialColour>& colours) {
-    const auto found =
-        std::find_if(colours.begin(), colours.end(), [&](const Velmar::MaterialColour& c) { return c.name == name; });
-    return found == colours.end() ? default_colour : found->colour;
-}
+constexpr const char* ground_name = "GroundPlane";
 
 } // namespace
 
-SceneBuilder::SceneBuilder(const std::vector<InputModel>& models, const SceneSettings& settings)
-    : scene(VelmarScene_Create()) {
-    const Box box = getBox(models);
+Box SceneContent::getBounds() const {
+    Box box;
+    for (const SceneModel& model : models)
+        box.add(model.placement.getBounds(*geometries[model.geometry].mesh));
+    return box;
+}
+
+SceneBuilder::SceneBuilder(const SceneContent& content, const SceneSettings& settings) : scene(VelmarScene_Create()) {
+    const Box box = content.getBounds();
+    frame = makeFrame(box, settings, content.camera);
     addRenderSettings(settings);
-    addCamera(box, settings);
+    addCamera();
     addToneMapping(settings);
     addLight(settings);
-    for (const InputModel& model : models)
-        addModel(model);
-    if (settings.ground) addGroundPlane(box);
+    for (const SceneModel& model : content.models)
+        addModel(content, model);
+    ground_left_out = settings.ground == Ground::automatic && frame.position.z <= box.min.z;
+    if (settings.ground != Ground::none && !ground_left_out) addGround(box, settings);
 }
 
 std::vector<SceneMesh> SceneBuilder::getMeshes(const std::string& path) const {
     Velmar::SceneNodeRoot& root = *Velmar::fromHandle(scene.get());
     const Velmar::String folder(FileUtils::getDirectory(path));
-    std::vector<SceneMesh> meshes;
+    std::vector<SceneMesh> found;
     std::set<std::string> paths;
     for (Velmar::UID uid = 1; uid < root.getNextUID(); ++uid) {
         const Velmar::SceneNode* const node = root.getNodeByUID(uid);
         if (node == nullptr || node->getType() != Velmar::NodeType::Mesh) continue;
         const auto& mesh_node = static_cast<const Velmar::SceneNodeMesh&>(*node);
         const std::string mesh_path = mesh_node.getMeshFilePath(Velmar::String(path), folder, {});
-        if (paths.insert(mesh_path).second) meshes.push_back({mesh_node.mesh, mesh_path});
+        if (paths.insert(mesh_path).second) found.push_back({mesh_node.mesh, mesh_path});
     }
-    return meshes;
+    return found;
 }
 
 void SceneBuilder::write(const std::string& path) const {
@@ -150,8 +170,7 @@ void SceneBuilder::addRenderSettings(const SceneSettings& settings) {
     if (settings.halt_samples > 0) VelmarRenderSettings_HaltSamplesPerPixel(node, settings.halt_samples);
 }
 
-void SceneBuilder::addCamera(const Box& box, const SceneSettings& settings) {
-    const Frame frame = frameBox(box, settings);
+void SceneBuilder::addCamera() {
     VelmarCamera* const node = VelmarCamera_Create();
     VelmarScene_AddCamera(scene.get(), node);
     VelmarCamera_SetSensorWidth(node, sensor_width);
@@ -160,7 +179,7 @@ void SceneBuilder::addCamera(const Box& box, const SceneSettings& settings) {
     VelmarCamera_SetFocusDistance(node, frame.focus_distance);
     VelmarCamera_SetPosition(node, frame.position.x, frame.position.y, frame.position.z);
     VelmarCamera_SetForwards(node, frame.forwards.x, frame.forwards.y, frame.forwards.z);
-    VelmarCamera_SetUp(node, 0, 0, 1);
+    VelmarCamera_SetUp(node, frame.up.x, frame.up.y, frame.up.z);
 }
 
 void SceneBuilder::addToneMapping(const SceneSettings& settings) {
@@ -182,52 +201,81 @@ void SceneBuilder::addToneMapping(const SceneSettings& settings) {
 void SceneBuilder::addLight(const SceneSettings& settings) {
     if (settings.light == "sunsky")
         VelmarScene_AddBackground(
-            scene.get(), VelmarBackground_CreateSunSky(settings.sun[0], settings.sun[1], settings.sun[2], sky_model));
+            scene.get(), VelmarBackground_CreateSunSky(settings.sun.x, settings.sun.y, settings.sun.z, sky_model));
     else if (settings.light == "uniform")
         VelmarScene_AddBackground(scene.get(), VelmarBackground_CreateUniform(1, 1, 1, settings.light_strength));
 }
 
-void SceneBuilder::addModel(const InputModel& model) {
+void SceneBuilder::addModel(const SceneContent& content, const SceneModel& model) {
     std::vector<VelmarMaterialNode*> nodes;
-    for (const Velmar::String& name : model.mesh->used_materials)
-        nodes.push_back(getMaterial(std::string(name.view()), model.colours));
-    // Faces of a mesh without names refer to one material too.
-    if (nodes.empty()) nodes.push_back(getMaterial("default", model.colours));
+    for (const SceneMaterial& material : model.materials)
+        nodes.push_back(getMaterial(material));
+    VelmarMesh*& mesh = meshes[model.geometry];
+    if (mesh == nullptr) {
+        const SceneGeometry& geometry = content.geometries[model.geometry];
+        mesh = VelmarMesh_Create(geometry.name.c_str());
+        VelmarScene_AddMesh(scene.get(), mesh);
+        VelmarMesh_SetNormalSmoothing(mesh, geometry.smooth_normals ? 1 : 0);
+        Velmar::fromHandle(mesh)->mesh = geometry.mesh;
+    }
+    addModelNode(model.name, mesh, nodes, model.placement);
+}
 
-    VelmarMesh* const mesh = VelmarMesh_Create(model.name.c_str());
+/// Below the models: around the middle of what they cover.
+void SceneBuilder::addGround(const Box& box, const SceneSettings& settings) {
+    const double radius = box.getRadius();
+    const double half = settings.ground == Ground::of_size
+                            ? settings.ground_size / 2
+                            : roundToSize(ground_per_radius * radius, ground_per_radius * radius);
+    const Vec3d centre = box.getCentre();
+    const auto x = static_cast<float>(roundToSize(centre.x, radius));
+    const auto y = static_cast<float>(roundToSize(centre.y, radius));
+    const auto z = static_cast<float>(box.min.z);
+    const auto s = static_cast<float>(half);
+    const float corners[] = {x - s, y - s, z, x - s, y + s, z, x + s, y + s, z, x + s, y - s, z};
+    // A quad: its kind, vertices, UVs and material.
+    const std::uint32_t face[] = {1, 0, 1, 2, 3, 0, 0, 0, 0, 0};
+    VelmarMesh* const mesh = VelmarMesh_Create(ground_name);
     VelmarScene_AddMesh(scene.get(), mesh);
-    VelmarMesh_SetNormalSmoothing(mesh, model.smooth_normals ? 1 : 0);
-    Velmar::fromHandle(mesh)->mesh = model.mesh;
+    VelmarMesh_AddVertices(mesh, 4, corners);
+    VelmarMesh_AddFaces(mesh, 1, face);
+    VelmarMesh_Build(mesh);
+    std::vector<VelmarMaterialNode*> nodes = {addMaterial({ground_name})};
+    addModelNode(ground_name, mesh, nodes, {});
+}
 
-    VelmarModel* const node = VelmarModel_Create(model.name.c_str(), mesh);
+void SceneBuilder::addModelNode(const std::string& name, VelmarMesh* mesh, std::vector<VelmarMaterialNode*>& nodes,
+                                const Placement& placement) {
+    VelmarModel* const node = VelmarModel_Create(name.c_str(), mesh);
     VelmarScene_AddModel(scene.get(), node);
     {
         // The library prints each list of materials on the standard output.
         const System::SilentOutput silence;
         VelmarModel_SetMaterials(node, static_cast<std::int32_t>(nodes.size()), nodes.data());
     }
-    if (!model.y_up) return;
-    constexpr float y_to_z[9] = {1, 0, 0, 0, 0, -1, 0, 1, 0};
-    constexpr float origin[3] = {0, 0, 0};
-    VelmarModel_SetTransformation(node, y_to_z, origin, 0);
+    if (!placement.turns() && !placement.moves()) return;
+    float matrix[9] = {};
+    std::transform(std::begin(placement.matrix), std::end(placement.matrix), std::begin(matrix),
+                   [](double entry) { return static_cast<float>(entry); });
+    const Vec3d& p = placement.position;
+    const float position[3] = {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)};
+    VelmarModel_SetTransformation(node, matrix, position, 0);
 }
 
-void SceneBuilder::addGroundPlane(const Box& box) {
-    const double half_size = roundToSize(ground_per_radius * box.getRadius(), ground_per_radius * box.getRadius());
-    const System::SilentOutput silence;
-    VelmarScene_AddGroundPlane(scene.get(), box.min.z, half_size);
+VelmarMaterialNode* SceneBuilder::getMaterial(const SceneMaterial& material) {
+    const Vec3f& colour = material.colour;
+    VelmarMaterialNode*& node = materials[{material.name, colour.x, colour.y, colour.z}];
+    if (node == nullptr) node = addMaterial(material);
+    return node;
 }
 
-VelmarMaterialNode* SceneBuilder::getMaterial(const std::string& name,
-                                              const std::vector<Velmar::MaterialColour>& colours) {
-    const Vec3f colour = findColour(name, colours);
-    VelmarMaterialNode*& node = materials[{name, colour.x, colour.y, colour.z}];
-    if (node != nullptr) return node;
-    node = VelmarMaterial_CreateNode(name.c_str());
+VelmarMaterialNode* SceneBuilder::addMaterial(const SceneMaterial& material) {
+    VelmarMaterialNode* const node = VelmarMaterial_CreateNode(material.name.c_str());
     VelmarScene_AddMaterial(scene.get(), node);
     // As people wrote it: 0.8, and not the nearest float's 0.800000011920929.
     const auto decimal = [](float component) { return roundToSize(component, 1); };
-    VelmarMaterial_AddToNode(
-        node, VelmarMaterial_CreateDiffuse(name.c_str(), decimal(colour.x), decimal(colour.y), decimal(colour.z)));
+    VelmarMaterial_AddToNode(node,
+                             VelmarMaterial_CreateDiffuse(material.name.c_str(), decimal(material.colour.x),
+                                                          decimal(material.colour.y), decimal(material.colour.z)));
     return node;
 }

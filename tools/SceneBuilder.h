@@ -1,20 +1,69 @@
 #pragma once
 
-#include "import/MeshImport.h"
 #include "reference.h"
 #include "velmarapi.h"
 #include "velmarvec.h"
 
 #include "mesh/Mesh.h"
+#include "tools/Placement.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
 
-/// Scenes around models: where the camera is, and the nodes that make a complete scene.
+/// Scenes around models: the content, where the camera is, and the nodes that make a complete scene.
+
+// ---- the content ---------------------------------------------------------------------------------------------------
+
+struct SceneMaterial {
+    std::string name;
+    Velmar::Vec3f colour = {0.8F, 0.8F, 0.8F};
+};
+
+/// A mesh, which any number of models place.
+struct SceneGeometry {
+    std::string name;
+    Velmar::Reference<Velmar::Mesh> mesh;
+    bool smooth_normals = false;
+};
+
+struct SceneModel {
+    std::string name;
+    /// An index of `SceneContent::geometries`.
+    std::size_t geometry = 0;
+    /// By the material indices of the mesh; at least one.
+    std::vector<SceneMaterial> materials;
+    Placement placement;
+};
+
+/// A camera with a place of its own.
+struct ViewPoint {
+    Velmar::Vec3d position;
+    /// Towards what is in the middle of the image, as long as that is away.
+    Velmar::Vec3d forwards;
+    Velmar::Vec3d up = {0, 0, 1};
+    /// Degrees across the width; 0 for the setting.
+    double fov = 0;
+};
+
+struct SceneContent {
+    std::vector<SceneGeometry> geometries;
+    std::vector<SceneModel> models;
+    /// The one of the file that the models come from.
+    std::optional<ViewPoint> camera;
+
+    /// Of all models.
+    Box getBounds() const;
+};
+
+// ---- the settings --------------------------------------------------------------------------------------------------
+
+enum class Ground { automatic, none, of_size };
 
 /// The user's choices, and the defaults.
 struct SceneSettings {
@@ -32,12 +81,20 @@ struct SceneSettings {
     double azimuth = 30;
     /// Degrees above the horizon.
     double elevation = 20;
+    /// In place of what the angles give.
+    std::optional<Velmar::Vec3d> camera;
+    /// In place of the middle of the models.
+    std::optional<Velmar::Vec3d> target;
+    /// Whether the user chose the side of the view, so that a camera of the content isn't taken.
+    bool view_chosen = false;
     /// "sunsky", "uniform" or "none".
     std::string light = "sunsky";
     /// Towards the sun.
-    std::vector<double> sun = {-1, -1, 1};
+    Velmar::Vec3d sun = {-1, -1, 1};
     double light_strength = 1;
-    bool ground = true;
+    Ground ground = Ground::automatic;
+    /// Metres along a side, for a ground of a size.
+    double ground_size = 0;
     /// "linear", "reinhard", "camera" or "filmic".
     std::string tone_mapping = "reinhard";
     /// A factor for the image, whatever the tone mapping.
@@ -46,24 +103,14 @@ struct SceneSettings {
 
 // ---- framing -----------------------------------------------------------------------------------------------------
 
-/// An upright box in the scene, whose height is z.
-struct Box {
-    Velmar::Vec3d min;
-    Velmar::Vec3d max;
-
-    void add(const Box& other);
-    Velmar::Vec3d getCentre() const;
-    /// Of the sphere around the box; 1 for a point, so that it can be looked at.
-    double getRadius() const;
-};
-
 /// The place of a camera, and its lens.
 struct Frame {
     Velmar::Vec3d position;
     Velmar::Vec3d forwards;
-    double focus_distance;
-    double lens_sensor_dist;
-    double lens_radius;
+    Velmar::Vec3d up = {0, 0, 1};
+    double focus_distance = 0;
+    double lens_sensor_dist = 0;
+    double lens_radius = 0;
 };
 
 /// The direction to a viewer, of length 1. Both angles are in degrees: `azimuth` around, from in front to the right,
@@ -72,24 +119,15 @@ Velmar::Vec3d getViewDirection(double azimuth, double elevation);
 
 constexpr double sensor_width = 0.036;
 
-/// The camera that sees the whole of `box` from the side that the settings give. The numbers are rounded to six digits
-/// of the box's size: sines and cosines differ in their last bits between systems, and scenes mustn't.
-Frame frameBox(const Box& box, const SceneSettings& settings);
+/// The camera that the settings ask for, else that of the content, else one that sees the whole of `box`. Numbers that
+/// aren't the user's are rounded to six digits of the box's size: sines and cosines differ in their last bits between
+/// systems, and scenes mustn't.
+Frame makeFrame(const Box& box, const SceneSettings& settings, const std::optional<ViewPoint>& view_point);
 
 /// `value` in steps of a millionth of the power of ten at or above `size`.
 double roundToSize(double value, double size);
 
 // ---- the scene ---------------------------------------------------------------------------------------------------
-
-/// A model as it was read.
-struct InputModel {
-    std::string name;
-    Velmar::Reference<Velmar::Mesh> mesh;
-    std::vector<Velmar::MaterialColour> colours;
-    bool smooth_normals = false;
-    /// Its height is y, where the scene's is z.
-    bool y_up = false;
-};
 
 /// A mesh of the scene, and the file that the document names for it.
 struct SceneMesh {
@@ -101,7 +139,7 @@ struct SceneMesh {
 /// they are in memory, without a copy through the exports.
 class SceneBuilder {
   public:
-    SceneBuilder(const std::vector<InputModel>& models, const SceneSettings& settings);
+    SceneBuilder(const SceneContent& content, const SceneSettings& settings);
 
     /// The distinct meshes of a document at `path`, in their order.
     std::vector<SceneMesh> getMeshes(const std::string& path) const;
@@ -113,6 +151,10 @@ class SceneBuilder {
     /// Gives the scene away, as a renderer takes it. The builder has none afterwards.
     VelmarScene* release() { return scene.release(); }
 
+    const Frame& getFrame() const { return frame; }
+    /// Whether an automatic ground was left out because it would hide the models from the camera.
+    bool isGroundLeftOut() const { return ground_left_out; }
+
   private:
     struct DeleteScene {
         void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
@@ -120,14 +162,21 @@ class SceneBuilder {
     using ColourKey = std::tuple<std::string, float, float, float>;
 
     void addRenderSettings(const SceneSettings& settings);
-    void addCamera(const Box& box, const SceneSettings& settings);
+    void addCamera();
     void addToneMapping(const SceneSettings& settings);
     void addLight(const SceneSettings& settings);
-    void addModel(const InputModel& model);
-    void addGroundPlane(const Box& box);
+    void addModel(const SceneContent& content, const SceneModel& model);
+    void addGround(const Box& box, const SceneSettings& settings);
+    void addModelNode(const std::string& name, VelmarMesh* mesh, std::vector<VelmarMaterialNode*>& nodes,
+                      const Placement& placement);
     /// The node of that name and colour, made on first use.
-    VelmarMaterialNode* getMaterial(const std::string& name, const std::vector<Velmar::MaterialColour>& colours);
+    VelmarMaterialNode* getMaterial(const SceneMaterial& material);
+    VelmarMaterialNode* addMaterial(const SceneMaterial& material);
 
     std::unique_ptr<VelmarScene, DeleteScene> scene;
+    Frame frame;
+    bool ground_left_out = false;
     std::map<ColourKey, VelmarMaterialNode*> materials;
+    /// By their geometries.
+    std::map<std::size_t, VelmarMesh*> meshes;
 };

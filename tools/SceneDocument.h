@@ -2,11 +2,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// A node of a scene document, as far as it is told.
+class JsonWriter;
+
+/// A node of a scene document, as far as it is described.
 struct DocumentNode {
     /// The name of its element.
     std::string kind;
@@ -25,18 +28,15 @@ struct DocumentNode {
     std::vector<std::uint32_t> materials;
 };
 
-/// What a scene document holds, its nodes in their order.
-struct SceneDocument {
-    std::uint64_t size = 0;
-    std::vector<DocumentNode> nodes;
-};
-
-/// Stands where a node has no geometry or material.
+/// The uid that says that there is no geometry or material.
 constexpr std::uint32_t no_uid = 0xFFFFFFFF;
 
-/// Reads a scene document. Throws `Failure` that names the file, the line and what is wrong there.
-SceneDocument readSceneDocument(const std::string& path);
+/// Reads a scene document and calls `use` with each node in its order. Only one node at a time is in memory. Returns
+/// the size of the file. Throws `Failure` that names the file, the line and what is wrong there, also for bytes that no
+/// XML document may hold.
+std::uint64_t readSceneDocument(const std::string& path, const std::function<void(DocumentNode&&)>& use);
 
-/// Prints the nodes of a scene document and the state of the files that it names. Throws `Failure` when the document is
-/// damaged, and after printing when something that it names doesn't exist.
-void printSceneInfo(const std::string& path);
+/// Prints the nodes of a scene document and the state of the files that it names, or adds them to an open object of
+/// `json`; neither if `quiet`. Throws `Failure` when the document is damaged, and at the end when something that it
+/// names doesn't exist.
+void describeScene(const std::string& path, bool quiet, JsonWriter* json);

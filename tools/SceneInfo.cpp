@@ -1,18 +1,44 @@
 #include "tools/Console.h"
+#include "tools/Json.h"
 #include "tools/MeshFile.h"
 #include "tools/SceneDocument.h"
+#include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <map>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace {
+
+/// Numbers of which only the set matters, in little memory.
+class UidSet {
+  public:
+    void add(std::uint32_t uid) {
+        uids.push_back(uid);
+        if (uids.size() < 2 * distinct + 4096) return;
+        sort();
+    }
+
+    void sort() {
+        std::sort(uids.begin(), uids.end());
+        uids.erase(std::unique(uids.begin(), uids.end()), uids.end());
+        distinct = uids.size();
+    }
+
+    /// After `sort`.
+    bool contains(std::uint32_t uid) const { return std::binary_search(uids.begin(), uids.end(), uid); }
+    const std::vector<std::uint32_t>& get() const { return uids; }
+
+  private:
+    std::vector<std::uint32_t> uids;
+    std::size_t distinct = 0;
+};
 
 /// What was found of a file that a document names.
 struct FileReport {
@@ -28,33 +54,65 @@ struct MeshTotals {
     std::uint64_t quads = 0;
 };
 
+/// The nodes of one kind.
+struct NodeList {
+    std::string kind;
+    std::uint64_t count = 0;
+    /// The first ones; nobody reads a list of millions.
+    std::vector<DocumentNode> first;
+};
+
 class SceneInfo {
   public:
-    explicit SceneInfo(std::string document_path)
-        : path(std::move(document_path)), folder(Text::folderOf(path)), document(readSceneDocument(path)) {
-        for (const DocumentNode& node : document.nodes)
-            if (node.uid) uids.insert(*node.uid);
-        Progress progress(false);
-        for (const DocumentNode& node : document.nodes) {
-            if (node.mesh_file) {
-                progress.show("reading " + *node.mesh_file);
-                lookAt(*node.mesh_file, true);
-            }
-            for (const std::string& file : node.other_files)
-                lookAt(file, false);
-        }
+    SceneInfo(std::string document_path, bool quiet)
+        : path(std::move(document_path)), folder(Text::folderOf(path)), progress(quiet) {
+        const std::string real_path = System::followLinks(path);
+        real_folder = real_path == path ? folder : Text::folderOf(real_path);
+        progress.show("reading " + Text::fileName(path));
+        size = readSceneDocument(path, [this](DocumentNode&& node) { take(std::move(node)); });
+        uids.sort();
+        references.sort();
+        for (const std::uint32_t uid : references.get())
+            if (uid != no_uid && !uids.contains(uid)) ++dangling;
+        progress.clear();
     }
 
-    void print() {
+    void print() const {
         printLine(Text::row("file", path));
         printLine(Text::row("kind", "scene document"));
-        printLine(Text::row("size", Text::size(document.size)));
-        printLine(Text::row("nodes", std::to_string(document.nodes.size())));
+        printLine(Text::row("size", Text::size(size)));
+        printLine(Text::row("nodes", std::to_string(node_count)));
         printLine("");
         printNodes();
         printLine("");
         printLine(Text::row("meshes", Text::count(totals.files, "file", "files") + ", " + Text::size(totals.bytes) +
                                           ", " + Text::faceCounts(totals.vertices, totals.triangles, totals.quads)));
+    }
+
+    void addTo(JsonWriter& json) const {
+        json.add("kind", "scene document");
+        json.add("size", size);
+        json.beginObject("nodes");
+        for (const NodeList& list : lists)
+            json.add(list.kind, list.count);
+        json.endObject();
+        json.beginObject("meshes");
+        json.add("files", totals.files);
+        json.add("bytes", totals.bytes);
+        json.add("vertices", totals.vertices);
+        json.add("triangles", totals.triangles);
+        json.add("quads", totals.quads);
+        json.endObject();
+        json.beginList("external_files");
+        for (const auto& [name, report] : files) {
+            json.beginObject();
+            json.add("name", name);
+            json.add("usable", report.usable);
+            json.add("state", report.text);
+            json.endObject();
+        }
+        json.endList();
+        json.add("dangling_uids", dangling);
     }
 
     /// What is wrong, in words; empty when all is well.
@@ -70,13 +128,42 @@ class SceneInfo {
     }
 
   private:
+    void take(DocumentNode&& node) {
+        ++node_count;
+        if (node.uid) uids.add(*node.uid);
+        if (node.geometry) references.add(*node.geometry);
+        for (const std::uint32_t material : node.materials)
+            references.add(material);
+        if (node.mesh_file) {
+            progress.show("reading " + *node.mesh_file);
+            lookAt(*node.mesh_file, true);
+        }
+        for (const std::string& file : node.other_files)
+            lookAt(file, false);
+        NodeList& list = getList(node.kind);
+        ++list.count;
+        if (list.first.size() < max_listed) list.first.push_back(std::move(node));
+    }
+
+    NodeList& getList(const std::string& kind) {
+        const auto found =
+            std::find_if(lists.begin(), lists.end(), [&](const NodeList& list) { return list.kind == kind; });
+        if (found != lists.end()) return *found;
+        lists.push_back({kind, 0, {}});
+        return lists.back();
+    }
+
     /// Where a file may be that the document calls `name`: as seen from the document, which is where a reader looks, or
     /// from here.
     std::vector<std::string> getPlaces(std::string name) const {
         FileUtils::replaceChar(name, '\\', '/');
         const bool is_absolute = FileUtils::join("folder", name) == name;
-        if (is_absolute || folder.empty()) return {name};
-        return {folder + name, name};
+        if (is_absolute) return {name};
+        std::vector<std::string> places = {folder + name};
+        // A document behind a link was written where it is.
+        for (const std::string& other : {real_folder + name, name})
+            if (std::find(places.begin(), places.end(), other) == places.end()) places.push_back(other);
+        return places;
     }
 
     void lookAt(const std::string& name, bool is_mesh) {
@@ -104,39 +191,33 @@ class SceneInfo {
 
     FileReport lookAtMesh(const std::string& place) {
         try {
-            const std::uint64_t size = MappedFile(place).getSize();
+            const std::uint64_t bytes = MappedFile(place).getSize();
             const auto mesh = readMesh(place, 1.0F).mesh;
             ++totals.files;
-            totals.bytes += size;
+            totals.bytes += bytes;
             totals.vertices += mesh->verts.size();
             totals.triangles += mesh->triangles.size();
             totals.quads += mesh->quads.size();
             const std::string faces = Text::faceCounts(mesh->verts.size(), mesh->triangles.size(), mesh->quads.size());
-            const std::string fault = isNamedByContent(place, *mesh) ? findFaultyFace(*mesh)
-                                                                     : "its content isn't the one that its name tells";
-            return {Text::size(size) + ", " + faces + (fault.empty() ? "" : "; damaged: " + fault), fault.empty()};
+            const std::string fault =
+                isNamedByContent(place, *mesh) ? findFaultyFace(*mesh) : "its content isn't the one that its name says";
+            return {Text::size(bytes) + ", " + faces + (fault.empty() ? "" : "; damaged: " + fault), fault.empty()};
         } catch (...) {
             return {"damaged: " + getCurrentMessage(), false};
         }
     }
 
-    void printNodes() {
-        std::vector<std::string> kinds;
-        std::map<std::string, std::vector<const DocumentNode*>> nodes_of;
-        for (const DocumentNode& node : document.nodes) {
-            std::vector<const DocumentNode*>& nodes = nodes_of[node.kind];
-            if (nodes.empty()) kinds.push_back(node.kind);
-            nodes.push_back(&node);
-        }
-        for (const std::string& kind : kinds) {
-            const std::vector<const DocumentNode*>& nodes = nodes_of[kind];
-            printLine(kind + (nodes.size() == 1 ? "" : " (" + std::to_string(nodes.size()) + ')'));
-            for (const DocumentNode* const node : nodes)
-                printNode(*node);
+    void printNodes() const {
+        for (const NodeList& list : lists) {
+            printLine(list.kind + (list.count == 1 ? "" : " (" + std::to_string(list.count) + ')'));
+            for (const DocumentNode& node : list.first)
+                printNode(node);
+            if (list.count > list.first.size())
+                printLine("     ... and " + std::to_string(list.count - list.first.size()) + " more");
         }
     }
 
-    void printNode(const DocumentNode& node) {
+    void printNode(const DocumentNode& node) const {
         std::string line = node.uid ? std::to_string(*node.uid) : "-";
         line.insert(0, line.size() < uid_width ? uid_width - line.size() : 0, ' ');
         line += "  " + (node.name.empty() ? "(no name)" : node.name);
@@ -157,23 +238,30 @@ class SceneInfo {
         printLine(std::string(uid_width + 4, ' ') + name + " (" + files.at(name).text + ')');
     }
 
-    std::string describeUID(std::uint32_t uid) {
+    std::string describeUID(std::uint32_t uid) const {
         if (uid == no_uid) return "none";
         if (uids.contains(uid)) return std::to_string(uid);
-        ++dangling;
-        return std::to_string(uid) + " (which isn't there)";
+        return std::to_string(uid) + " (which doesn't exist)";
     }
 
-    /// What stands in a document may be meant for the terminal.
+    /// Texts of a document may be meant for the terminal.
     static void printLine(const std::string& line) { std::printf("%s\n", Text::printable(line).c_str()); }
 
     static constexpr std::size_t uid_width = 6;
+    static constexpr std::size_t max_listed = 1000;
 
     std::string path;
     /// Of the document, with the separator; empty when that is here.
     std::string folder;
-    SceneDocument document;
-    std::set<std::uint32_t> uids;
+    /// The same of what the document is a link to.
+    std::string real_folder;
+    Progress progress;
+    std::uint64_t size = 0;
+    std::uint64_t node_count = 0;
+    /// In the order of their first nodes.
+    std::vector<NodeList> lists;
+    UidSet uids;
+    UidSet references;
     /// By their names in the document.
     std::map<std::string, FileReport> files;
     MeshTotals totals;
@@ -182,9 +270,12 @@ class SceneInfo {
 
 } // namespace
 
-void printSceneInfo(const std::string& path) {
-    SceneInfo info(path);
-    info.print();
+void describeScene(const std::string& path, bool quiet, JsonWriter* json) {
+    const SceneInfo info(path, quiet);
+    if (json != nullptr)
+        info.addTo(*json);
+    else if (!quiet)
+        info.print();
     const std::string faults = info.describeFaults();
     if (!faults.empty()) throw Failure(path + ": " + faults);
 }

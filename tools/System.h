@@ -29,7 +29,7 @@ class ConsoleEncoding {
     [[maybe_unused]] unsigned before = 0;
 };
 
-/// Drops what this process writes to its standard output while it lives, the library's own lines included.
+/// Drops what this process writes to its standard output while it lives, including the lines of the library.
 class SilentOutput {
   public:
     SilentOutput();
@@ -61,24 +61,40 @@ extern const char* const library_suffix;
 
 bool isDirectory(std::string_view path);
 
-/// What tells a file or directory from every other one, whatever names lead to it: its volume and its number there.
+/// Distinguishes a file or directory from every other one, whatever names lead to it: its volume and its number there.
 using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
-/// Of what stands at `path`, links followed; none when that can't be told.
+/// Of what is at `path`, links followed; none when that isn't known.
 std::optional<FileIdentity> getIdentity(std::string_view path);
 
 enum class EntryKind { file, directory, link_to_directory, other };
 
-/// What stands in a directory. The name of a file that isn't valid text is empty where the system's names are UTF-16.
+/// An entry of a directory. The name of a file that isn't valid text is empty where the system's names are UTF-16.
 struct DirectoryEntry {
     std::string name;
     EntryKind kind;
 };
 
-/// Appends the entries of a directory, in no order. Returns whether that worked; else the last system error tells why.
+/// Appends the entries of a directory, in no order. Returns whether that worked; else the last system error says why.
 bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries);
 
-/// Gives the file `from` the name `to`; a file of that name goes. Returns whether that worked.
+/// A number that no other running process of this system has.
+std::uint64_t getProcessID();
+
+/// `path`, or what it leads to if a symbolic link is there, whether or not that exists.
+std::string followLinks(const std::string& path);
+
+/// Whether an existing file mustn't be written: no user may, or this one mayn't.
+bool isWriteProtected(std::string_view path);
+
+/// Opens a file for binary reading. Returns null when that fails. The caller closes it.
+std::FILE* openFile(std::string_view path);
+
+/// Makes an empty file. Returns whether that worked; not so where anything exists.
+bool createFile(std::string_view path);
+
+/// Gives the file `from` the name `to`, replacing an existing file, whose permissions it takes. Returns whether that
+/// worked.
 bool moveFile(std::string_view from, std::string_view to);
 
 /// Writes what the system still holds back of a file to its disk. Returns whether that worked.
@@ -89,5 +105,12 @@ void removeFile(std::string_view path);
 
 /// Removes a directory if it exists and is empty.
 void removeDirectory(std::string_view path);
+
+/// Has `clean_up` called on a thread of its own when the user or the system ends the program, which then ends as the
+/// system has it. To be called once, before other threads start.
+void onInterrupt(void (*clean_up)());
+
+/// Closes all files of this process where open files can't be removed. Only before it ends.
+void closeAllFiles();
 
 } // namespace System

@@ -2,6 +2,7 @@
 #include "utils/System.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <dirent.h>
@@ -9,6 +10,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace System {
@@ -110,7 +112,45 @@ bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries) 
     }
 }
 
+std::uint64_t getProcessID() {
+    return static_cast<std::uint64_t>(getpid());
+}
+
+std::string followLinks(const std::string& path) {
+    std::string target = toSystemPath(path);
+    // As many as the system follows.
+    for (int links = 0; links < 40; ++links) {
+        char text[4096];
+        const ssize_t length = readlink(target.c_str(), text, sizeof text);
+        if (length <= 0) break;
+        const std::string_view next(text, static_cast<std::size_t>(length));
+        target = next.starts_with('/') ? std::string(next) : target.substr(0, target.rfind('/') + 1).append(next);
+    }
+    return target;
+}
+
+bool isWriteProtected(std::string_view path) {
+    const std::string system_path = toSystemPath(path);
+    struct stat status = {};
+    if (stat(system_path.c_str(), &status) != 0) return false;
+    // A privileged user may write anything, but a file that is protected from everybody is protected on purpose.
+    return (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(system_path.c_str(), W_OK) != 0;
+}
+
+std::FILE* openFile(std::string_view path) {
+    return std::fopen(toSystemPath(path).c_str(), "rbe");
+}
+
+bool createFile(std::string_view path) {
+    const int file = open(toSystemPath(path).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    return file >= 0 && close(file) == 0;
+}
+
 bool moveFile(std::string_view from, std::string_view to) {
+    struct stat status = {};
+    // The owner may lack the right to give these; the file is whole all the same.
+    if (stat(toSystemPath(to).c_str(), &status) == 0 && S_ISREG(status.st_mode))
+        static_cast<void>(chmod(toSystemPath(from).c_str(), status.st_mode & 07777U) == 0);
     return std::rename(toSystemPath(from).c_str(), toSystemPath(to).c_str()) == 0;
 }
 
@@ -128,5 +168,31 @@ void removeDirectory(std::string_view path) {
 void removeFile(std::string_view path) {
     unlink(toSystemPath(path).c_str());
 }
+
+void onInterrupt(void (*clean_up)()) {
+    sigset_t signals;
+    sigemptyset(&signals);
+    bool any = false;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        // What a parent has had ignored stays ignored.
+        if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler == SIG_IGN) continue;
+        sigaddset(&signals, signal);
+        any = true;
+    }
+    if (!any || pthread_sigmask(SIG_BLOCK, &signals, nullptr) != 0) return;
+    std::thread([signals, clean_up] {
+        int signal = 0;
+        if (sigwait(&signals, &signal) != 0) return;
+        clean_up();
+        std::signal(signal, SIG_DFL);
+        pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+        raise(signal);
+        _exit(128 + signal);
+    }).detach();
+}
+
+// Open files can be removed here.
+void closeAllFiles() {}
 
 } // namespace System

@@ -128,8 +128,56 @@ bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries) 
     return reason == ERROR_NO_MORE_FILES;
 }
 
+std::uint64_t getProcessID() {
+    return GetCurrentProcessId();
+}
+
+std::string followLinks(const std::string& path) {
+    const std::wstring system_path = toSystemPath(path);
+    const DWORD attributes = GetFileAttributesW(system_path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) return path;
+    const HANDLE file =
+        CreateFileW(system_path.c_str(), FILE_READ_ATTRIBUTES, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return path;
+    std::wstring target(GetFinalPathNameByHandleW(file, nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+    target.resize(
+        GetFinalPathNameByHandleW(file, target.data(), static_cast<DWORD>(target.size()), FILE_NAME_NORMALIZED));
+    CloseHandle(file);
+    constexpr std::wstring_view prefix = L"\\\\?\\";
+    constexpr std::wstring_view share_prefix = L"\\\\?\\UNC\\";
+    if (target.starts_with(share_prefix)) target.replace(0, share_prefix.size(), L"\\\\");
+    if (target.starts_with(prefix)) target.erase(0, prefix.size());
+    return target.empty() ? path : wideToUtf8(target);
+}
+
+bool isWriteProtected(std::string_view path) {
+    const DWORD attributes = GetFileAttributesW(toSystemPath(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+std::FILE* openFile(std::string_view path) {
+    return _wfopen(toSystemPath(path).c_str(), L"rb");
+}
+
+bool createFile(std::string_view path) {
+    const HANDLE file =
+        CreateFileW(toSystemPath(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file) != 0;
+}
+
 bool moveFile(std::string_view from, std::string_view to) {
-    return MoveFileExW(toSystemPath(from).c_str(), toSystemPath(to).c_str(), MOVEFILE_REPLACE_EXISTING) != 0;
+    const std::wstring system_from = toSystemPath(from);
+    const std::wstring system_to = toSystemPath(to);
+    // Another program may have the old file open for a moment: one that reads it, or that replaces it too.
+    for (int attempt = 0;; ++attempt) {
+        if (MoveFileExW(system_from.c_str(), system_to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0) return true;
+        const DWORD reason = GetLastError();
+        constexpr int max_attempts = 200;
+        if ((reason != ERROR_SHARING_VIOLATION && reason != ERROR_ACCESS_DENIED) || attempt == max_attempts)
+            return false;
+        Sleep(10);
+    }
 }
 
 bool syncFile(std::string_view path) {
@@ -147,6 +195,33 @@ void removeDirectory(std::string_view path) {
 
 void removeFile(std::string_view path) {
     DeleteFileW(toSystemPath(path).c_str());
+}
+
+namespace {
+
+void (*clean_up_at_interrupt)() = nullptr;
+
+BOOL WINAPI handleInterrupt(DWORD) {
+    clean_up_at_interrupt();
+    // Without the work of an ordinary end, which would wait for the thread that was interrupted.
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
+    return TRUE;
+}
+
+} // namespace
+
+void onInterrupt(void (*clean_up)()) {
+    clean_up_at_interrupt = clean_up;
+    SetConsoleCtrlHandler(&handleInterrupt, TRUE);
+}
+
+void closeAllFiles() {
+    // The C runtime's open files, but for the three standard ones, without its locks.
+    constexpr int max_files = 2048;
+    for (int file = 3; file < max_files; ++file) {
+        const auto handle = _get_osfhandle(file);
+        if (handle != -1 && handle != -2) CloseHandle(reinterpret_cast<HANDLE>(handle));
+    }
 }
 
 } // namespace System

@@ -19,7 +19,7 @@ class Convert(ToolTest):
     def test_a_plain_file_holds_the_records_as_they_are(self):
         self.run_tool("convert", "triangle.obj", "out.vmmesh", "--plain", "--scale", "0.5")
         expected = struct.pack("<6I", 5456751, 4, 0, 1, 0, 1) + struct.pack("<I", 7) + b"default" + struct.pack("<I", 0)
-        expected += struct.pack("<I9f", 3, 0, 0, 0, 0.5, 0, 0, 0, 0.5, 0) + struct.pack("<I", 0)
+        expected += struct.pack("<I9f", 3, 0, 0, 0, 0.5, 0, 0, 0, 0, 0.5) + struct.pack("<I", 0)
         expected += struct.pack("<2I", 0, 0) + struct.pack("<8I", 1, 0, 1, 2, 0, 0, 0, 0) + struct.pack("<I", 0)
         self.assertEqual((self.folder / "out.vmmesh").read_bytes(), expected)
 
@@ -36,7 +36,7 @@ class Convert(ToolTest):
         self.assertEqual((code, output), (1, ""))
         self.assertIn("line 1", errors)
         self.assertEqual((self.folder / "out.vmmesh").read_text(), "old")
-        self.assertEqual(self.files(), ["broken.obj", "out.vmmesh", "square.obj", "triangle.obj"])
+        self.assertEqual(self.files(), ["broken.obj", "none.mtl", "out.vmmesh", "square.obj", "triangle.obj"])
 
     def test_a_folder_that_is_not_there(self):
         self.expect_failure(["convert", "square.obj", "nowhere/out.vmmesh"],
@@ -68,7 +68,7 @@ class ConvertFolder(ToolTest):
 
     def test_every_mesh_file_goes_to_the_same_place(self):
         self.put("a.obj")
-        self.put("sub/deep/b.OBJ", SQUARE)
+        self.put("sub/deep/b.OBJ", SQUARE.replace("mtllib none.mtl\n", ""))
         self.put_ply("sub/c.ply")
         self.put("d.stl", "solid d\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
                           "endloop\nendfacet\nendsolid d\n")
@@ -85,6 +85,7 @@ class ConvertFolder(ToolTest):
 
     def test_a_file_becomes_what_it_becomes_alone(self):
         self.put("a.obj", SQUARE)
+        self.put("none.mtl", "")
         for options in ([], ["--plain"], ["--scale", "2"]):
             with self.subTest(options=options):
                 self.convert(*options, "in", "out")
@@ -139,14 +140,14 @@ class ConvertFolder(ToolTest):
         self.put("a.obj")
         for _ in range(2):
             self.assertRegex(self.convert("in", "in/made/here")[1], r"\A1 file converted, 0 failed")
-        self.assertEqual(self.files(), ["in/a.obj", "in/made/here/a.vmmesh", "square.obj", "triangle.obj"])
+        self.assertEqual(self.files(), ["in/a.obj", "in/made/here/a.vmmesh", "none.mtl", "square.obj", "triangle.obj"])
 
     def test_the_input_folder_as_output_is_wrong_usage(self):
         self.put("a.obj")
         for output in ("in", "in/", "in/../in"):
             self.expect_failure(["convert", "-r", "in", output],
                                 f"velmar: {output}: is the folder to convert; another one must take the output\n"
-                                "'velmar convert --help' tells more.", 2)
+                                "'velmar convert --help' says more.", 2)
 
     def test_an_input_file_is_never_replaced(self):
         self.put("in/a.obj")
@@ -160,7 +161,7 @@ class ConvertFolder(ToolTest):
 
     def test_a_folder_wants_recursive(self):
         self.expect_failure(["convert", "in", "out.vmmesh"], "velmar: in: is a folder, which wants --recursive\n"
-                                                             "'velmar convert --help' tells more.", 2)
+                                                             "'velmar convert --help' says more.", 2)
 
     def test_a_folder_that_is_not_there_or_a_file(self):
         self.expect_failure(["convert", "-r", "nowhere", "out"], r"velmar: nowhere: can't be read: .+ \(code \d+\)")

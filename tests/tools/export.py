@@ -43,7 +43,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         self.assertIn(f"<path>scene_meshes\\{name}</path>".encode(), documents[0])
         for folder in ("sub", "sub/deep"):
             self.assertEqual(self.mesh_names(f"{folder}/scene_meshes"), [name])
-        self.assertEqual(len(self.files()), 2 + 3 * 2)
+        self.assertEqual(len(self.files()), 3 + 3 * 2)
 
     def test_lines_end_as_the_system_ends_them(self):
         self.export("square.obj", "scene.xml")
@@ -56,14 +56,14 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         before = (self.folder / "scene.xml").read_bytes()
         output = self.export("square.obj", "scene.xml")[1]
         self.assertEqual((self.folder / "scene.xml").read_bytes(), before)
-        self.assertRegex(output, r"\.vmmesh \(\d+ bytes, was there\)\n\Z")
+        self.assertRegex(output, r"\.vmmesh \(\d+ bytes, existed\)\n\Z")
 
     def test_a_damaged_mesh_file_is_written_anew(self):
         self.export("square.obj", "scene.xml")
         mesh_file = self.folder / "scene_meshes" / self.mesh_names()[0]
         whole = mesh_file.read_bytes()
         mesh_file.write_bytes(whole[:-9])
-        self.assertNotIn("was there", self.export("square.obj", "scene.xml")[1])
+        self.assertNotIn("existed", self.export("square.obj", "scene.xml")[1])
         self.assertEqual(mesh_file.read_bytes(), whole)
 
     def test_equal_meshes_share_a_file(self):
@@ -80,7 +80,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         self.assertIn("<normal_smoothing>false</normal_smoothing>", (self.folder / "flat.xml").read_text())
 
     def test_a_vmmesh_file_is_a_model_too(self):
-        self.run_tool("convert", "square.obj", "square.vmmesh")
+        self.run_tool("convert", "--up", "z", "square.obj", "square.vmmesh")
         self.export("square.vmmesh", "scene.xml")
         self.export("square.obj", "other.xml")
         self.assertEqual(self.mesh_names(), self.mesh_names("other_meshes"))
@@ -96,7 +96,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
     def test_names_of_every_kind(self):
         for name in ("with space", "hash#tag", "per%cent & more", "grün-日本-😀", "v1.2"):
             with self.subTest(name=name):
-                self.write(name + ".obj", SQUARE)
+                self.write(name + ".obj", TRIANGLE)
                 (self.folder / name).mkdir()
                 self.assertEqual(self.export(name + ".obj", f"{name}/{name}.xml")[::2], (0, ""))
                 self.assertTrue((self.folder / name / f"{name}.xml").is_file())
@@ -108,7 +108,7 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
             folder = folder / ("long" * 12)
         folder.mkdir(parents=True)
         model = folder / "model.obj"
-        model.write_text(SQUARE)
+        model.write_text(TRIANGLE)
         self.assertEqual(self.export(str(model), str(folder / "scene.xml"))[::2], (0, ""))
         self.assertEqual(sorted(p.name for p in folder.iterdir()), ["model.obj", "scene.xml", "scene_meshes"])
         self.assertEqual(self.run_tool("info", str(next((folder / "scene_meshes").iterdir())))[::2], (0, ""))
@@ -119,11 +119,11 @@ scene_meshes/mesh_\d+\.vmmesh \(\d+ bytes\)
         self.expect_failure(["export", "square.obj", "broken.obj", "scene.xml"],
                             r"velmar: broken\.obj: Position index invalid\. \(index '8' out of bounds, on line 5\)")
         self.assertEqual((self.folder / "scene.xml").read_text(), "old")
-        self.assertEqual(self.files(), ["broken.obj", "scene.xml", "square.obj", "triangle.obj"])
+        self.assertEqual(self.files(), ["broken.obj", "none.mtl", "scene.xml", "square.obj", "triangle.obj"])
 
     def test_a_model_without_faces_is_refused(self):
         self.write("empty.obj", "v 1 2 3\n")
-        self.expect_failure(["export", "empty.obj", "scene.xml"], r"velmar: empty\.obj: holds no faces")
+        self.expect_failure(["export", "empty.obj", "scene.xml"], r"velmar: empty\.obj: has no faces")
 
     def test_a_mesh_whose_faces_refer_to_nothing_is_refused(self):
         self.run_tool("convert", "triangle.obj", "bad.vmmesh", "--plain")
@@ -285,7 +285,7 @@ class Scene(ToolTest):
 
     def test_values_that_make_no_sense_are_wrong_usage(self):
         for option, value in (("--width", "0"), ("--height", "wide"), ("--fov", "200"), ("--elevation", "90"),
-                              ("--azimuth", "nan"), ("--light", "candle"), ("--sun", "1,2"), ("--brightness", "-1"), ("--up", "x")):
+                              ("--azimuth", "nan"), ("--light", "candle"), ("--sun", "1,2"), ("--brightness", "-1"), ("--up", "w")):
             with self.subTest(option=option):
                 code, output, errors = self.run_tool("export", option, value, "square.obj", "scene.xml")
                 self.assertEqual((code, output), (2, ""))

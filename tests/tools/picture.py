@@ -91,7 +91,7 @@ class Picture(ToolTest):
         self.assertEqual(self.draw("tall.obj", *front, up="auto"), self.draw("tall.obj", *front, up="y"))
         left, top, right, bottom = self.box(self.seen(self.draw("tall.obj", *front, up="z")))
         self.assertLess(bottom - top, 2 * (right - left))
-        self.run_tool("convert", "tall.obj", "tall.vmmesh")
+        self.run_tool("convert", "--up", "z", "tall.obj", "tall.vmmesh")
         self.assertEqual(self.draw("tall.vmmesh", *front, up="auto"), self.draw("tall.obj", *front, up="z"))
 
     def test_edges_are_smooth(self):
@@ -155,7 +155,7 @@ class Picture(ToolTest):
 
     def test_a_vertex_that_is_not_finite_loses_its_faces_alone(self):
         front = ["--azimuth", "0", "--elevation", "0", "--width", "30", "--height", "30"]
-        self.run_tool("convert", "triangle.obj", "good.vmmesh", "--plain")
+        self.run_tool("convert", "--up", "z", "triangle.obj", "good.vmmesh", "--plain")
         body = struct.pack("<6I", 5456751, 4, 0, 1, 0, 0) + struct.pack("<I", 0)
         body += struct.pack("<I12f", 4, 0, 0, 0, 1, 0, 0, 0, 1, 0, float("nan"), float("inf"), 0)
         body += struct.pack("<3I", 0, 0, 0) + struct.pack("<15I", 2, 0, 1, 2, 0, 0, 0, 0, 0, 1, 3, 0, 0, 0, 0)
@@ -185,7 +185,7 @@ class Picture(ToolTest):
         self.refuse("point.obj", "the faces have no extent to draw")
         self.refuse("triangle.obj", "all faces are seen from their edges; choose another side",
                     "--azimuth", "0", "--elevation", "90")
-        self.run_tool("convert", "triangle.obj", "bad.vmmesh", "--plain")
+        self.run_tool("convert", "--up", "z", "triangle.obj", "bad.vmmesh", "--plain")
         content = bytearray((self.folder / "bad.vmmesh").read_bytes())
         content[-32:-28] = struct.pack("<I", 77)
         self.write("bad.vmmesh", bytes(content))
@@ -204,14 +204,14 @@ class Picture(ToolTest):
 
     def test_options_that_make_no_sense_are_wrong_usage(self):
         for options in (["--width", "100000", "--height", "100000"], ["--width", "0"], ["--height", "-5"],
-                        ["--width", "99999999999999999999"], ["--azimuth", "nan"], ["--elevation", "91"], ["--up", "x"]):
+                        ["--width", "99999999999999999999"], ["--azimuth", "nan"], ["--elevation", "91"], ["--up", "w"]):
             with self.subTest(options=options):
                 code, output, errors = self.run_tool("info", "square.obj", "--picture", "out.png", *options)
                 self.assertEqual((code, output), (2, ""))
                 self.assertIn(options[0], errors)
                 self.assertFalse((self.folder / "out.png").exists())
         self.expect_failure(["info", "square.obj", "--picture", "square.obj"],
-                            "velmar: square.obj: the picture must end in .png\n'velmar info --help' tells more.", 2)
+                            "velmar: square.obj: the picture must end in .png\n'velmar info --help' says more.", 2)
         self.assertEqual((self.folder / "square.obj").read_text(), SQUARE)
 
     def test_the_view_wants_a_picture(self):

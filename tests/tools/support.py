@@ -1,12 +1,17 @@
 """What the tests of the command line tool share: running it, and files to give it."""
+import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
 import unittest
+import xml.etree.ElementTree
 
 TOOL, EMULATOR = sys.argv[1:3]
 COMMAND = [EMULATOR, TOOL] if EMULATOR else [TOOL]
+# Whether the renderer library is beside the tool.
+PREVIEW = (pathlib.Path(TOOL).parent / "vs2017_64").is_dir()
 # What a text-mode file of the tool's system ends a line with.
 LINE_END = b"\r\n" if EMULATOR else b"\n"
 
@@ -39,17 +44,23 @@ class ToolTest(unittest.TestCase):
         self.folder = pathlib.Path(folder.name)
         self.write("square.obj", SQUARE)
         self.write("triangle.obj", TRIANGLE)
+        # The library that the square names; without a colour in it.
+        self.write("none.mtl", "# no materials\n")
 
     def write(self, name, content):
         path = self.folder / name
         path.write_bytes(content if isinstance(content, bytes) else content.encode())
         return path
 
-    def run_tool(self, *arguments, **options):
+    def run_tool(self, *arguments, encoding="utf-8", **options):
         done = subprocess.run(COMMAND + list(arguments), cwd=self.folder, stdin=subprocess.DEVNULL, capture_output=True,
                               timeout=120, **options)
-        output = done.stdout.replace(b"\r\n", b"\n").decode()
-        errors = done.stderr.replace(b"\r\n", b"\n").decode()
+        output = done.stdout.replace(b"\r\n", b"\n").decode(encoding)
+        errors = done.stderr.replace(b"\r\n", b"\n").decode(encoding)
+        if arguments[:1] == ("export",) and done.returncode == 0 and "--dry-run" not in arguments:
+            # Whatever the test looks at, the document must be XML.
+            for scene in [a for a in arguments if os.fsencode(a).lower().endswith(b".xml")]:
+                xml.etree.ElementTree.parse(self.folder / scene)
         return done.returncode, output, errors
 
     def expect(self, arguments, code=0, output="", errors=""):
@@ -63,6 +74,15 @@ class ToolTest(unittest.TestCase):
 
     def files(self):
         return sorted(p.relative_to(self.folder).as_posix() for p in self.folder.rglob("*") if p.is_file())
+
+    def read_document(self, name="scene.xml"):
+        """The root of a scene, by a parser that takes nothing but XML."""
+        return xml.etree.ElementTree.parse(self.folder / name).getroot()
+
+    def bounds(self, name):
+        """The corners of a mesh file's box."""
+        row = re.search(r"bounds +\((.*)\) to \((.*)\)", self.run_tool("info", name)[1])
+        return [tuple(float(number) for number in corner.split(", ")) for corner in row.groups()]
 
     def mesh_names(self, folder="scene_meshes"):
         return sorted(p.name for p in (self.folder / folder).iterdir())

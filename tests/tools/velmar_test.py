@@ -10,10 +10,16 @@ sys.dont_write_bytecode = True
 
 from convert import Convert, ConvertFolder
 from export import Export, Scene
+from faulty_input import Models, Options, Text
+from formats import Formats, Json
 from full_disk import FullDisk
 from info import Info
+from interrupts import Interrupted, Targets, Together
 from picture import Picture
+from placing import Placing
+from render import Render
 from scene_info import SceneInfo
+from scenes import WholeScenes
 from usage import Usage
 
 if __name__ == "__main__":

@@ -1,0 +1,143 @@
+#include "tools/OutputFile.h"
+
+#include "tools/System.h"
+#include "utils/FileUtils.h"
+#include "utils/MappedFile.h"
+#include "utils/PlatformUtils.h"
+
+#include <algorithm>
+#include <mutex>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// The unfinished files and the folders made for them, in the order of making. An interrupt keeps `mutex` for ever, so
+/// nothing is renamed or made after it removed them.
+struct Unfinished {
+    std::recursive_mutex mutex;
+    std::vector<std::string> files;
+    std::vector<std::string> folders;
+};
+
+Unfinished& unfinished() {
+    // Never destroyed: an interrupt may come while the program ends.
+    static auto* const all = new Unfinished;
+    return *all;
+}
+
+void forget(std::vector<std::string>& paths, const std::string& path) {
+    if (const auto found = std::find(paths.begin(), paths.end(), path); found != paths.end()) paths.erase(found);
+}
+
+/// Also removes the files that a library writes on the way, whose names are longer.
+void removeWithSiblings(const std::string& path) {
+    System::removeFile(path);
+    const std::string folder = FileUtils::getDirectory(path);
+    const std::string name = Text::fileName(path);
+    std::vector<System::DirectoryEntry> entries;
+    System::listDirectory(folder, entries);
+    for (const System::DirectoryEntry& entry : entries)
+        if (entry.kind == System::EntryKind::file && entry.name.starts_with(name))
+            System::removeFile(FileUtils::join(folder, entry.name));
+}
+
+void removeUnfinished() {
+    Unfinished& all = unfinished();
+    all.mutex.lock();
+    System::closeAllFiles();
+    for (const std::string& path : all.files)
+        removeWithSiblings(path);
+    for (auto folder = all.folders.rbegin(); folder != all.folders.rend(); ++folder)
+        System::removeDirectory(*folder);
+}
+
+/// Unlike any name that another process uses now.
+std::string makePartialPath(const std::string& path) {
+    static std::mt19937 random{std::random_device()()};
+    constexpr std::string_view hex = "0123456789abcdef";
+    std::string digits;
+    for (int i = 0; i < 8; ++i)
+        digits += hex[random() % hex.size()];
+    return path + "-partial-" + std::to_string(System::getProcessID()) + '-' + digits;
+}
+
+} // namespace
+
+OutputFile::OutputFile(std::string path, std::string_view extension)
+    : given_path(std::move(path)), final_path(System::followLinks(System::getAbsolutePath(given_path))) {
+    if (System::isDirectory(final_path)) throw Failure(given_path + ": is a directory");
+    if (System::isWriteProtected(final_path)) throw Failure(given_path + ": is write-protected, so it isn't replaced");
+    const Interrupts::Deferral deferral;
+    const std::string candidate = makePartialPath(final_path).append(extension);
+    if (!System::createFile(candidate))
+        throw Failure(given_path + ": can't be written: " + PlatformUtils::getLastErrorText());
+    partial_path = candidate;
+    unfinished().files.push_back(partial_path);
+}
+
+OutputFile::~OutputFile() {
+    if (partial_path.empty()) return;
+    const Interrupts::Deferral deferral;
+    System::removeFile(partial_path);
+    forget(unfinished().files, partial_path);
+}
+
+Failure OutputFile::makeFailure() const {
+    std::string message = getCurrentMessage();
+    const std::size_t at = message.find(partial_path);
+    if (at != std::string::npos) return Failure(message.replace(at, partial_path.size(), given_path));
+    return Failure(given_path + ": " + message);
+}
+
+void OutputFile::flush() {
+    // Some systems report a full disk only here.
+    if (!System::syncFile(partial_path))
+        throw Failure(given_path + ": wasn't written whole: " + PlatformUtils::getLastErrorText());
+    flushed = true;
+}
+
+std::uint64_t OutputFile::commit() {
+    if (!flushed) flush();
+    const std::uint64_t size = MappedFile(partial_path).getSize();
+    const Interrupts::Deferral deferral;
+    if (!System::moveFile(partial_path, final_path))
+        throw Failure(given_path + ": can't be replaced: " + PlatformUtils::getLastErrorText());
+    forget(unfinished().files, partial_path);
+    partial_path.clear();
+    return size;
+}
+
+void Interrupts::install() {
+    System::onInterrupt(&removeUnfinished);
+}
+
+Interrupts::Deferral::Deferral() {
+    unfinished().mutex.lock();
+}
+
+Interrupts::Deferral::~Deferral() {
+    unfinished().mutex.unlock();
+}
+
+OutputFolder::OutputFolder(std::string path) {
+    if (System::isDirectory(path)) return;
+    const Interrupts::Deferral deferral;
+    try {
+        FileUtils::createDir(path);
+    } catch (...) {
+        // Another process may have been faster.
+        if (!System::isDirectory(path)) throw;
+        return;
+    }
+    made_path = std::move(path);
+    unfinished().folders.push_back(made_path);
+}
+
+OutputFolder::~OutputFolder() {
+    if (made_path.empty()) return;
+    const Interrupts::Deferral deferral;
+    System::removeDirectory(made_path);
+    forget(unfinished().folders, made_path);
+}
