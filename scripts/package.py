@@ -26,15 +26,19 @@ LICENCES = {
     "CLI11": "libcli11-dev",
     "stb": "libstb-dev",
     "Embree": "libembree-dev",
+    "pugixml": "libpugixml-dev",
+    "assimp": "libassimp-dev",
 }
 # Of these the command line tool alone, which isn't in the package for Microsoft's compiler.
-LICENCES_OF_TOOL = ["CLI11", "stb", "Embree"]
+LICENCES_OF_TOOL = ["CLI11", "stb", "Embree", "pugixml", "assimp"]
+# The native tool alone: functions of assimp's headers.
+LICENCES_OF_NATIVE_TOOL = ["assimp"]
 # The runtime in a DLL made by MinGW.
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
 # For authors of hosts and renderer libraries; the other documents are about the sources.
-DOCUMENTS = ["api", "errors.md", "info-json.md", "kit.md", "ownership.md", "preview.md", "renderer-layouts.md", "renderer-seam.md",
-             "scene-document.md", "threads.md", "vmmesh-format.md"]
+DOCUMENTS = ["api", "errors.md", "info-json.md", "kit.md", "ownership.md", "preview.md", "renderer-layouts.md",
+             "renderer-seam.md", "scene-document.md", "threads.md", "vmmesh-format.md"]
 
 # The earliest time that a zip file can store.
 TIME = (1980, 1, 1, 0, 0, 0)
@@ -67,6 +71,8 @@ def add_licences(package, tree):
             del origins[name]
     if package["archive"] == "zip":
         origins.update(LICENCES_OF_RUNTIME)
+        for name in LICENCES_OF_NATIVE_TOOL:
+            origins.pop(name, None)
     for name, origin in origins.items():
         terms = pathlib.Path("/usr/share/doc", origin, "copyright")
         if not terms.is_file():

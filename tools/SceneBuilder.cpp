@@ -62,7 +62,7 @@ Frame lookFrom(const ViewPoint& view_point, double default_fov) {
     frame.forwards = {turn(f.x), turn(f.y), turn(f.z)};
     frame.up = view_point.up;
     // An image needs a direction that is up in it; a camera that looks straight down has none.
-    if (std::hypot(frame.forwards.x, frame.forwards.y) < 1e-6 && frame.up.x == 0 && frame.up.y == 0)
+    if (getLength({frame.forwards.x, frame.forwards.y, 0}) < 1e-6 && frame.up.x == 0 && frame.up.y == 0)
         frame.up = {0, 1, 0};
     frame.focus_distance = roundToSize(distance, distance);
     frame.lens_sensor_dist = getLensDistance(view_point.fov > 0 ? view_point.fov : default_fov);

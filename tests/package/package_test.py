@@ -224,6 +224,12 @@ class Package(unittest.TestCase):
                     "--height", "24", "--samples", "4", folder=folder)
         self.assertEqual((folder / "square.png").read_bytes()[:4], b"\x89PNG")
 
+    @unittest.skipIf(WINDOWS, "man and bash are programs of the other system")
+    def test_the_tool_has_a_manual_page_and_completion(self):
+        program = program_of(TREE / "bin", "velmar")
+        for command, file in (("manual", "man/man1/velmar.1"), ("completion", "bash-completion/completions/velmar")):
+            self.assertEqual((TREE / "share" / file).read_text(encoding="utf-8"), run_program(program, command))
+
     def test_binaries_are_stripped(self):
         preview = TREE / "bin" / "vs2017_64" / f"velmar_rt_sdk.{'dll' if WINDOWS else 'so'}"
         for file in LIBRARIES + [preview, program_of(TREE / "bin", "velmar")]:
@@ -235,9 +241,8 @@ class Package(unittest.TestCase):
         self.assertIn("documents", run(sys.executable, SOURCE / "tests" / "tree" / "links.py", TREE))
 
     def test_terms_of_all_that_is_linked_are_in_it(self):
-        linked = {"zstd", "xxHash", "double-conversion", "CLI11", "stb", "RPly", "Embree"}
-        if WINDOWS:
-            linked |= {"gcc", "mingw-w64"}
+        linked = {"zstd", "xxHash", "double-conversion", "CLI11", "stb", "RPly", "Embree", "pugixml"}
+        linked |= {"gcc", "mingw-w64"} if WINDOWS else {"assimp"}
         licences = {path.stem: path.read_text(encoding="utf-8") for path in (TREE / "licences").iterdir()}
         self.assertEqual(set(licences), linked)
         for name, text in licences.items():
