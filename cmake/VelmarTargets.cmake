@@ -128,7 +128,7 @@ endfunction()
 # what is goes through the linker's wrappers.
 function(velmar_failing_allocations target)
     set(faults "${PROJECT_SOURCE_DIR}/tests/faults")
-    target_sources(${target} PRIVATE "${faults}/FailingAllocation.cpp" ${api_sources})
+    target_sources(${target} PRIVATE "${faults}/FailingAllocation.cpp" $<TARGET_OBJECTS:velmar_exports>)
     set(functions malloc calloc realloc free)
     if(NOT WIN32)
         target_sources(${target} PRIVATE "${faults}/FailingAllocation_posix.cpp")

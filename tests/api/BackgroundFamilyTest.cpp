@@ -1,12 +1,14 @@
 #include "velmarapi.h"
 
-#include "tests/api/Library.h"
 #include "tests/api/SceneDocument.h"
+#include "tests/support/Handles.h"
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
+
+namespace BackgroundFamilyTests {
 
 using namespace TestSupport;
 
@@ -35,39 +37,7 @@ void* holderRecordOf(void* object) {
 TEST(BackgroundFamily, UniformBackgroundIsABlackSurfaceThatEmits) {
     VelmarBackground* const background = VelmarBackground_CreateUniform(0.1, 0.2, 0.3, 2);
     EXPECT_EQ(refCountOf(background), 0);
-    EXPECT_EQ(documentOfNode(background), document("\t<background_settings>\n"
-                                                   "\t\t<uid>1</uid>\n"
-                                                   "\t\t<name>Background Settings</name>\n"
-                                                   "\t\t<background_material>\n"
-                                                   "\t\t\t<material>\n"
-                                                   "\t\t\t\t<name></name>\n"
-                                                   "\t\t\t\t<diffuse>\n"
-                                                   "\t\t\t\t\t<albedo>\n"
-                                                   "\t\t\t\t\t\t<constant>\n"
-                                                   "\t\t\t\t\t\t\t<uniform>\n"
-                                                   "\t\t\t\t\t\t\t\t<value>0</value>\n"
-                                                   "\t\t\t\t\t\t\t</uniform>\n"
-                                                   "\t\t\t\t\t\t</constant>\n"
-                                                   "\t\t\t\t\t</albedo>\n"
-                                                   "\t\t\t\t\t<base_emission>\n"
-                                                   "\t\t\t\t\t\t<constant>\n"
-                                                   "\t\t\t\t\t\t\t<uniform>\n"
-                                                   "\t\t\t\t\t\t\t\t<value>2</value>\n"
-                                                   "\t\t\t\t\t\t\t</uniform>\n"
-                                                   "\t\t\t\t\t\t</constant>\n"
-                                                   "\t\t\t\t\t</base_emission>\n"
-                                                   "\t\t\t\t\t<emission>\n"
-                                                   "\t\t\t\t\t\t<constant>\n"
-                                                   "\t\t\t\t\t\t\t<rgb>\n"
-                                                   "\t\t\t\t\t\t\t\t<rgb>0.1 0.2 0.3</rgb>\n"
-                                                   "\t\t\t\t\t\t\t\t<gamma>2.2</gamma>\n"
-                                                   "\t\t\t\t\t\t\t</rgb>\n"
-                                                   "\t\t\t\t\t\t</constant>\n"
-                                                   "\t\t\t\t\t</emission>\n"
-                                                   "\t\t\t\t</diffuse>\n"
-                                                   "\t\t\t</material>\n"
-                                                   "\t\t</background_material>\n"
-                                                   "\t</background_settings>\n"));
+    EXPECT_EQ(documentOfNode(background), document({golden("background/uniform")}));
 }
 
 TEST(BackgroundFamily, StrengthOfZeroKeepsTheColour) {
@@ -80,24 +50,8 @@ TEST(BackgroundFamily, StrengthOfZeroKeepsTheColour) {
 
 TEST(BackgroundFamily, SunAndSkyTakeDirectionAndModelAsGiven) {
     EXPECT_EQ(documentOfNode(VelmarBackground_CreateSunSky(0, -3, 4, "no such model")),
-              document("\t<background_settings>\n"
-                       "\t\t<uid>1</uid>\n"
-                       "\t\t<name>Background Settings</name>\n"
-                       "\t\t<background_material>\n"
-                       "\t\t\t<material>\n"
-                       "\t\t\t\t<name></name>\n"
-                       "\t\t\t\t<sunsky>\n"
-                       "\t\t\t\t\t<sundir>0 -3 4</sundir>\n"
-                       "\t\t\t\t\t<turbidity>2</turbidity>\n"
-                       "\t\t\t\t\t<extra_atmospheric>false</extra_atmospheric>\n"
-                       "\t\t\t\t\t<enable_sky>true</enable_sky>\n"
-                       "\t\t\t\t\t<sun_layer>0</sun_layer>\n"
-                       "\t\t\t\t\t<sky_layer>0</sky_layer>\n"
-                       "\t\t\t\t\t<model>no such model</model>\n"
-                       "\t\t\t\t</sunsky>\n"
-                       "\t\t\t</material>\n"
-                       "\t\t</background_material>\n"
-                       "\t</background_settings>\n"));
+              document({replaced(golden("background/sun_sky"),
+                                 {{"1 1 1", "0 -3 4"}, {"captured-simulation", "no such model"}})}));
 }
 
 TEST(BackgroundFamily, DeleteAcceptsNull) {
@@ -127,3 +81,5 @@ TEST(BackgroundFamily, DeleteOfTheLastHolderDestroysTheObject) {
 TEST(BackgroundFamily, DeleteAcceptsARecordThatHoldsNothing) {
     VelmarBackground_Delete(std::calloc(1, sizeof(void*)));
 }
+
+} // namespace BackgroundFamilyTests

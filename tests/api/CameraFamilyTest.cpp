@@ -1,13 +1,15 @@
 #include "velmarapi.h"
 
-#include "tests/api/Library.h"
-#include "tests/support/FileBytes.h"
-#include "tests/support/TempDir.h"
+#include "tests/api/SceneDocument.h"
+#include "tests/support/Handles.h"
+#include "tests/support/System.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
 #include <numbers>
 #include <pugixml.hpp>
+
+namespace CameraFamilyTests {
 
 using namespace TestSupport;
 
@@ -17,12 +19,10 @@ namespace {
 class CameraDocument {
   public:
     explicit CameraDocument(VelmarCamera* camera) {
-        const TempDir dir;
         VelmarScene* const scene = VelmarScene_Create();
         VelmarScene_AddCamera(scene, camera);
-        VelmarScene_WriteToXML(scene, dir.file("scene.xml").c_str());
+        document = documentOf(scene);
         VelmarScene_Delete(scene);
-        document = readFileBytes(dir.file("scene.xml"));
         xml.load_buffer(document.data(), document.size());
         element = xml.child("scene").child("camera");
     }
@@ -35,59 +35,10 @@ class CameraDocument {
     pugi::xml_node element;
 };
 
-constexpr const char* default_document = R"(<?xml version="1.0" encoding="utf-8"?>
-<scene>
-	<camera>
-		<uid>1</uid>
-		<name>Camera</name>
-		<aperture_radius>0.001</aperture_radius>
-		<focus_distance>20</focus_distance>
-		<sensor_width>0.036</sensor_width>
-		<lens_sensor_dist>0.036</lens_sensor_dist>
-		<exposure_duration>0.333</exposure_duration>
-		<lens_shift_up_distance>0</lens_shift_up_distance>
-		<lens_shift_right_distance>0</lens_shift_right_distance>
-		<autofocus/>
-		<aperture_shape>
-			<circular/>
-		</aperture_shape>
-		<up>0 0 1</up>
-		<forwards>0 1 0</forwards>
-		<camera_type>thin-lens-perspective</camera_type>
-	</camera>
-</scene>
-)";
-
-constexpr const char* filled_document = R"(<?xml version="1.0" encoding="utf-8"?>
-<scene>
-	<camera>
-		<uid>1</uid>
-		<name>Camera</name>
-		<aperture_radius>1.5</aperture_radius>
-		<focus_distance>2.5</focus_distance>
-		<sensor_width>3.5</sensor_width>
-		<lens_sensor_dist>4.5</lens_sensor_dist>
-		<exposure_duration>5.5</exposure_duration>
-		<lens_shift_up_distance>6.5</lens_shift_up_distance>
-		<lens_shift_right_distance>7.5</lens_shift_right_distance>
-		<aperture_shape>
-			<circular/>
-		</aperture_shape>
-		<keyframe>
-			<time>0</time>
-			<pos>1 2 3</pos>
-		</keyframe>
-		<up>4 5 6</up>
-		<forwards>7 8 9</forwards>
-		<camera_type>thin-lens-perspective</camera_type>
-	</camera>
-</scene>
-)";
-
 } // namespace
 
 TEST(CameraFamily, ANewCameraHasItsDefaults) {
-    EXPECT_EQ(CameraDocument(VelmarCamera_Create()).document, withSystemLineEnds(default_document));
+    EXPECT_EQ(CameraDocument(VelmarCamera_Create()).document, TestSupport::document({golden("camera/new")}));
 }
 
 TEST(CameraFamily, ANewCameraIsCountedByNobody) {
@@ -109,7 +60,7 @@ TEST(CameraFamily, EachSetterReachesItsElement) {
     VelmarCamera_SetPosition(camera, 1, 2, 3);
     VelmarCamera_SetUp(camera, 4, 5, 6);
     VelmarCamera_SetForwards(camera, 7, 8, 9);
-    EXPECT_EQ(CameraDocument(camera).document, withSystemLineEnds(filled_document));
+    EXPECT_EQ(CameraDocument(camera).document, TestSupport::document({golden("camera/full")}));
 }
 
 TEST(CameraFamily, AnyByteButZeroIsTrue) {
@@ -120,15 +71,13 @@ TEST(CameraFamily, AnyByteButZeroIsTrue) {
 }
 
 TEST(CameraFamily, SettersWorkAfterTheSceneOwnsTheCamera) {
-    const TempDir dir;
     VelmarScene* const scene = VelmarScene_Create();
     VelmarCamera* const camera = VelmarCamera_Create();
     VelmarScene_AddCamera(scene, camera);
     EXPECT_EQ(refCountOf(camera), 1);
     VelmarCamera_SetFocusDistance(camera, 5);
-    VelmarScene_WriteToXML(scene, dir.file("scene.xml").c_str());
+    EXPECT_NE(documentOf(scene).find("<focus_distance>5</focus_distance>"), std::string::npos);
     VelmarScene_Delete(scene);
-    EXPECT_NE(readFileBytes(dir.file("scene.xml")).find("<focus_distance>5</focus_distance>"), std::string::npos);
 }
 
 TEST(CameraFamily, TheFieldOfViewLandsInTheApertureAndTheWidthInTheSensor) {
@@ -153,7 +102,7 @@ TEST(CameraFamily, SetAperatureOnlyComputes) {
     EXPECT_EQ(VelmarCamera_SetAperature(camera, 4.0, 2.0), 0.25);
     EXPECT_TRUE(std::isinf(VelmarCamera_SetAperature(camera, 0.0, 2.0)));
     EXPECT_TRUE(std::isnan(VelmarCamera_SetAperature(camera, 0.0, 0.0)));
-    EXPECT_EQ(CameraDocument(camera).document, withSystemLineEnds(default_document));
+    EXPECT_EQ(CameraDocument(camera).document, TestSupport::document({golden("camera/new")}));
 }
 
 TEST(CameraFamily, SetAperatureDoesNotLookAtTheCamera) {
@@ -194,3 +143,5 @@ TEST(CameraFamily, ToneMappingsSettersSetACamerasFields) {
     EXPECT_EQ(document.text("sensor_width"), "3.5");
     EXPECT_EQ(document.text("lens_sensor_dist"), "4.5");
 }
+
+} // namespace CameraFamilyTests

@@ -1,43 +1,30 @@
 #include "velmarapi.h"
 
-#include "tests/api/Library.h"
 #include "tests/api/SceneDocument.h"
+#include "tests/support/System.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <string_view>
 #include <vector>
+
+namespace ConvenienceCreatorsTests {
 
 using namespace TestSupport;
 
 namespace {
 
-const char* const grey_albedo = "\t\t<diffuse>\n"
-                                "\t\t\t<albedo>\n"
-                                "\t\t\t\t<constant>\n"
-                                "\t\t\t\t\t<rgb>\n"
-                                "\t\t\t\t\t\t<rgb>0.8 0.8 0.8</rgb>\n"
-                                "\t\t\t\t\t\t<gamma>2.2</gamma>\n"
-                                "\t\t\t\t\t</rgb>\n"
-                                "\t\t\t\t</constant>\n"
-                                "\t\t\t</albedo>\n"
-                                "\t\t</diffuse>\n";
-
-std::string materialElement(const std::string& uid, const std::string& name) {
-    return "\t<material>\n\t\t<uid>" + uid + "</uid>\n\t\t<name>" + name + "</name>\n" + grey_albedo +
-           "\t</material>\n";
+std::string materialElement(std::string_view uid, std::string_view name) {
+    return replaced(
+        golden("material/coloured"),
+        {{"<uid>1<", "<uid>" + std::string(uid) + "<"}, {"Red &amp; white", name}, {"0.9 0.1 0", "0.8 0.8 0.8"}});
 }
 
 /// As a mesh node made by a creator is written, with its file at `path`.
-std::string meshElement(const std::string& uid, const std::string& path) {
-    return "\t<mesh>\n\t\t<uid>" + uid +
-           "</uid>\n\t\t<name>Mesh</name>\n"
-           "\t\t<normal_smoothing>false</normal_smoothing>\n"
-           "\t\t<subdivide_pixel_threshold>4</subdivide_pixel_threshold>\n"
-           "\t\t<view_dependent_subdivision>true</view_dependent_subdivision>\n"
-           "\t\t<external>\n\t\t\t<path>" +
-           path + "</path>\n\t\t</external>\n\t</mesh>\n";
+std::string meshElement(std::string_view path) {
+    return replaced(golden("mesh/new"), {{"{path}", path}});
 }
 
 /// A scene made by one call, in a directory of its own.
@@ -85,28 +72,11 @@ std::string nameOf(const std::string& path) {
 } // namespace
 
 TEST(ConvenienceCreators, DefaultMaterialIsLightGrey) {
-    EXPECT_EQ(Written(velmar_create_default_material).text, document(materialElement("1", "Default")));
+    EXPECT_EQ(Written(velmar_create_default_material).text, document({materialElement("1", "Default")}));
 }
 
 TEST(ConvenienceCreators, SunAndSkyStandInADirectionOfAnyLength) {
-    EXPECT_EQ(Written(velmar_create_sunsky).text, document("\t<background_settings>\n"
-                                                           "\t\t<uid>1</uid>\n"
-                                                           "\t\t<name>Background Settings</name>\n"
-                                                           "\t\t<background_material>\n"
-                                                           "\t\t\t<material>\n"
-                                                           "\t\t\t\t<name></name>\n"
-                                                           "\t\t\t\t<sunsky>\n"
-                                                           "\t\t\t\t\t<sundir>1 1 1</sundir>\n"
-                                                           "\t\t\t\t\t<turbidity>2</turbidity>\n"
-                                                           "\t\t\t\t\t<extra_atmospheric>false</extra_atmospheric>\n"
-                                                           "\t\t\t\t\t<enable_sky>true</enable_sky>\n"
-                                                           "\t\t\t\t\t<sun_layer>0</sun_layer>\n"
-                                                           "\t\t\t\t\t<sky_layer>0</sky_layer>\n"
-                                                           "\t\t\t\t\t<model>captured-simulation</model>\n"
-                                                           "\t\t\t\t</sunsky>\n"
-                                                           "\t\t\t</material>\n"
-                                                           "\t\t</background_material>\n"
-                                                           "\t</background_settings>\n"));
+    EXPECT_EQ(Written(velmar_create_sunsky).text, document({golden("background/sun_sky")}));
 }
 
 TEST(ConvenienceCreators, TwoNamesOfSunAndSkyAreOneFunction) {
@@ -118,7 +88,7 @@ TEST(ConvenienceCreators, TwoNamesOfSunAndSkyAreOneFunction) {
 TEST(ConvenienceCreators, PlaneIsOneMeshWithoutAModel) {
     const Written plane(velmar_create_plane);
     ASSERT_EQ(plane.meshFiles().size(), 1u);
-    EXPECT_EQ(plane.text, document(meshElement("1", plane.meshFiles()[0])));
+    EXPECT_EQ(plane.text, document({meshElement(plane.meshFiles()[0])}));
     EXPECT_EQ(nameOf(plane.meshFiles()[0]), fileNameOfQuad({-1, -1, 0, -1, 1, 0, 1, 1, 0, 1, -1, 0}));
 }
 
@@ -126,17 +96,11 @@ TEST(ConvenienceCreators, GroundPlaneIsMeshMaterialAndModel) {
     const Written ground([](VelmarScene* scene) { VelmarScene_AddGroundPlane(scene, 0.5, 100); });
     ASSERT_EQ(ground.meshFiles().size(), 1u);
     EXPECT_EQ(ground.text,
-              document(meshElement("1", ground.meshFiles()[0]) + "\n" + materialElement("2", "GroundPlane") +
-                       "\n"
-                       "\t<model2>\n"
-                       "\t\t<uid>3</uid>\n"
-                       "\t\t<name>GroundPlane</name>\n"
-                       "\t\t<geometry_uid>1</geometry_uid>\n"
-                       "\t\t<pos>0 0 0</pos>\n"
-                       "\t\t<materials>\n"
-                       "\t\t\t<uid>2</uid>\n"
-                       "\t\t</materials>\n"
-                       "\t</model2>\n"));
+              document({meshElement(ground.meshFiles()[0]), materialElement("2", "GroundPlane"),
+                        replaced(golden("model/plain"), {{"<uid>1<", "<uid>3<"},
+                                                         {"Chair", "GroundPlane"},
+                                                         {"4294967295", "1"},
+                                                         {"<materials>\n", "<materials>\n\t\t<uid>2</uid>\n"}})}));
     EXPECT_EQ(nameOf(ground.meshFiles()[0]),
               fileNameOfQuad({-100, -100, 0.5f, -100, 100, 0.5f, 100, 100, 0.5f, 100, -100, 0.5f}));
 }
@@ -169,3 +133,5 @@ TEST(ConvenienceCreators, TwoGroundPlanesShareTheirNamesButNotTheirUIDs) {
         EXPECT_NE(ground.text.find(withSystemLineEnds(identity)), std::string::npos) << identity;
     }
 }
+
+} // namespace ConvenienceCreatorsTests

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+namespace HeaderInCTests {
+
 extern "C" const char* writeSceneFromC(const char* path);
 
 TEST(HeaderInC, AHostInCWritesAScene) {
@@ -13,3 +15,5 @@ TEST(HeaderInC, AHostInCWritesAScene) {
     EXPECT_NE(document.find("<name>from C</name>"), std::string::npos);
     EXPECT_NE(document.find(dir.file("scene_meshes\\mesh_")), std::string::npos);
 }
+
+} // namespace HeaderInCTests

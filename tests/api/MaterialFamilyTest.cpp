@@ -1,9 +1,11 @@
 #include "velmarapi.h"
 
-#include "tests/api/Library.h"
 #include "tests/api/SceneDocument.h"
+#include "tests/support/Handles.h"
 
 #include <gtest/gtest.h>
+
+namespace MaterialFamilyTests {
 
 using namespace TestSupport;
 
@@ -23,12 +25,7 @@ std::string documentOfNode(VelmarMaterialNode* node) {
 TEST(MaterialFamily, NodeHasADefaultMaterialOfItsName) {
     VelmarMaterialNode* const node = VelmarMaterial_CreateNode("Wood");
     EXPECT_EQ(refCountOf(node), 0);
-    EXPECT_EQ(documentOfNode(node), document("\t<material>\n"
-                                             "\t\t<uid>1</uid>\n"
-                                             "\t\t<name>Wood</name>\n"
-                                             "\t\t<diffuse>\n"
-                                             "\t\t</diffuse>\n"
-                                             "\t</material>\n"));
+    EXPECT_EQ(documentOfNode(node), document({golden("material/plain")}));
 }
 
 TEST(MaterialFamily, DiffuseMaterialBringsNameAndColourToItsNode) {
@@ -37,20 +34,7 @@ TEST(MaterialFamily, DiffuseMaterialBringsNameAndColourToItsNode) {
     EXPECT_EQ(refCountOf(material), 0);
     VelmarMaterial_AddToNode(node, material);
     EXPECT_EQ(refCountOf(material), 1);
-    EXPECT_EQ(documentOfNode(node), document("\t<material>\n"
-                                             "\t\t<uid>1</uid>\n"
-                                             "\t\t<name>Red &amp; white</name>\n"
-                                             "\t\t<diffuse>\n"
-                                             "\t\t\t<albedo>\n"
-                                             "\t\t\t\t<constant>\n"
-                                             "\t\t\t\t\t<rgb>\n"
-                                             "\t\t\t\t\t\t<rgb>0.9 0.1 0</rgb>\n"
-                                             "\t\t\t\t\t\t<gamma>2.2</gamma>\n"
-                                             "\t\t\t\t\t</rgb>\n"
-                                             "\t\t\t\t</constant>\n"
-                                             "\t\t\t</albedo>\n"
-                                             "\t\t</diffuse>\n"
-                                             "\t</material>\n"));
+    EXPECT_EQ(documentOfNode(node), document({golden("material/coloured")}));
 }
 
 TEST(MaterialFamily, MaterialOfTwoNodesIsCountedTwice) {
@@ -70,10 +54,7 @@ TEST(MaterialFamily, MaterialOfTwoNodesIsCountedTwice) {
 TEST(MaterialFamily, NullMaterialEmptiesTheNode) {
     VelmarMaterialNode* const node = VelmarMaterial_CreateNode("Wood");
     VelmarMaterial_AddToNode(node, nullptr);
-    EXPECT_EQ(documentOfNode(node), document("\t<material>\n"
-                                             "\t\t<uid>1</uid>\n"
-                                             "\t\t<name></name>\n"
-                                             "\t</material>\n"));
+    EXPECT_EQ(documentOfNode(node), document({golden("material/empty")}));
 }
 
 TEST(MaterialFamily, DeleteTakesNodesMaterialsAndNull) {
@@ -81,3 +62,5 @@ TEST(MaterialFamily, DeleteTakesNodesMaterialsAndNull) {
     VelmarMaterial_Delete(VelmarMaterial_CreateDiffuse("m", 1, 1, 1));
     VelmarMaterial_Delete(nullptr);
 }
+
+} // namespace MaterialFamilyTests

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <vector>
 
+namespace MeshFamilyTests {
+
 using namespace TestSupport;
 
 namespace {
@@ -147,3 +149,5 @@ TEST(MeshFamily, SettingsReachTheDocument) {
                                  "\t\t<subdivide_pixel_threshold>4</subdivide_pixel_threshold>\n"
                                  "\t\t<view_dependent_subdivision>true</view_dependent_subdivision>\n"));
 }
+
+} // namespace MeshFamilyTests

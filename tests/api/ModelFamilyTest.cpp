@@ -1,10 +1,12 @@
 #include "velmarapi.h"
 
-#include "tests/api/Library.h"
 #include "tests/api/SceneDocument.h"
+#include "tests/support/Handles.h"
 
 #include <gtest/gtest.h>
 #include <string>
+
+namespace ModelFamilyTests {
 
 using namespace TestSupport;
 
@@ -41,14 +43,7 @@ std::string rotationElement(const std::string& numbers) {
 
 TEST_F(ModelFamily, NewModelStandsAtTheOriginWithoutMaterials) {
     EXPECT_EQ(refCountOf(mesh), 1);
-    EXPECT_EQ(documentOf(scene), document("\t<model2>\n"
-                                          "\t\t<uid>1</uid>\n"
-                                          "\t\t<name>Chair</name>\n"
-                                          "\t\t<geometry_uid>4294967295</geometry_uid>\n"
-                                          "\t\t<pos>0 0 0</pos>\n"
-                                          "\t\t<materials>\n"
-                                          "\t\t</materials>\n"
-                                          "\t</model2>\n"));
+    EXPECT_EQ(documentOf(scene), document({golden("model/plain")}));
 }
 
 TEST_F(ModelFamily, DeleteReleasesTheMesh) {
@@ -130,3 +125,5 @@ using ModelFamilyDeathTest = ModelFamily;
 TEST_F(ModelFamilyDeathTest, IndexPastTheEndIsReported) {
     EXPECT_DEATH(VelmarModel_SetTransformation(model, identity, position, 1), "index < size_");
 }
+
+} // namespace ModelFamilyTests

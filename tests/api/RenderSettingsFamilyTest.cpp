@@ -1,10 +1,13 @@
 #include "velmarapi.h"
 
-#include "tests/api/Library.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/Handles.h"
+#include "tests/support/System.h"
 #include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
+
+namespace RenderSettingsFamilyTests {
 
 using namespace TestSupport;
 
@@ -95,3 +98,5 @@ TEST(RenderSettingsFamily, DeleteAcceptsNull) {
 TEST(RenderSettingsFamily, DeleteIsTheSharedOne) {
     EXPECT_EQ(exportedFunction("VelmarRenderSettings_Delete"), exportedFunction("VelmarScene_Delete"));
 }
+
+} // namespace RenderSettingsFamilyTests

@@ -3,10 +3,11 @@
 #include "velmarapi.h"
 
 #include "tests/support/FileBytes.h"
+#include "tests/support/Golden.h"
 #include "tests/support/TempDir.h"
 
 #include <string>
-#include <string_view>
+#include <vector>
 
 namespace TestSupport {
 
@@ -22,9 +23,11 @@ inline std::string documentOf(VelmarScene* scene) {
 }
 
 /// The document that holds `elements`, with this system's line ends.
-inline std::string document(std::string_view elements) {
-    return withSystemLineEnds("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<scene>\n" + std::string(elements) +
-                              "</scene>\n");
+inline std::string document(const std::vector<std::string>& elements) {
+    std::string content;
+    for (const std::string& element : elements)
+        content += (content.empty() ? "" : "\n") + indented(element);
+    return withSystemLineEnds("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<scene>\n" + content + "</scene>\n");
 }
 
 } // namespace TestSupport

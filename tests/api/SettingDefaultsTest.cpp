@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace SettingDefaultsTests {
+
 using namespace TestSupport;
 
 namespace {
@@ -80,3 +82,5 @@ TEST(SettingDefaults, NewRenderSettingsHaveThem) {
 TEST(SettingDefaults, NewToneMappingHasThem) {
     expectDefaults(tonemapping_node, velmarTonemappingDefaults);
 }
+
+} // namespace SettingDefaultsTests

@@ -8,6 +8,8 @@
 #include <locale>
 #include <string>
 
+namespace TextMeshDumpTests {
+
 using namespace TestSupport;
 
 namespace {
@@ -91,3 +93,5 @@ TEST_F(TextMeshDump, FileThatCantBeOpenedIsNotReported) {
     velmar_write_mesh_to_file(mesh, path.c_str());
     EXPECT_FALSE(std::filesystem::exists(path));
 }
+
+} // namespace TextMeshDumpTests

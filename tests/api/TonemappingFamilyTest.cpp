@@ -1,24 +1,22 @@
 #include "velmarapi.h"
 
-#include "tests/support/FileBytes.h"
-#include "tests/support/TempDir.h"
+#include "tests/api/SceneDocument.h"
 
 #include <gtest/gtest.h>
+
+namespace TonemappingFamilyTests {
 
 using namespace TestSupport;
 
 namespace {
 
-std::string settingsOf(VelmarTonemapping* tonemapping) {
-    const TempDir dir;
+/// Writes the node, which it takes over.
+std::string documentOfNode(VelmarTonemapping* tonemapping) {
     VelmarScene* const scene = VelmarScene_Create();
     VelmarScene_AddTonemapping(scene, tonemapping);
-    VelmarScene_WriteToXML(scene, dir.file("scene.xml").c_str());
+    const std::string text = documentOf(scene);
     VelmarScene_Delete(scene);
-    const std::string document = readFileBytes(dir.file("scene.xml"));
-    const std::string name = withSystemLineEnds("<name>Tone Mapping</name>\n");
-    const std::size_t begin = document.find(name) + name.size();
-    return document.substr(begin, document.find("\t</tonemapping>") - begin);
+    return text;
 }
 
 } // namespace
@@ -29,11 +27,10 @@ TEST(TonemappingFamily, SetsEachFieldOfTheReinhardKind) {
     VelmarTonemapping_SetPreScale(tonemapping, 1.5);
     VelmarTonemapping_SetPostScale(tonemapping, 2.5);
     VelmarTonemapping_SetBurn(tonemapping, 3.5);
-    EXPECT_EQ(settingsOf(tonemapping), withSystemLineEnds("\t\t<reinhard>\n"
-                                                          "\t\t\t<pre_scale>1.5</pre_scale>\n"
-                                                          "\t\t\t<post_scale>2.5</post_scale>\n"
-                                                          "\t\t\t<burn>3.5</burn>\n"
-                                                          "\t\t</reinhard>\n"));
+    EXPECT_EQ(documentOfNode(tonemapping),
+              document({replaced(golden("tonemapping/reinhard"), {{"<pre_scale>4<", "<pre_scale>1.5<"},
+                                                                  {"<post_scale>1<", "<post_scale>2.5<"},
+                                                                  {"<burn>6<", "<burn>3.5<"}})}));
 }
 
 TEST(TonemappingFamily, SetsEachFieldOfTheCameraKind) {
@@ -42,12 +39,10 @@ TEST(TonemappingFamily, SetsEachFieldOfTheCameraKind) {
     VelmarTonemapping_SetIso(tonemapping, 400);
     VelmarTonemapping_EvAdjust(tonemapping, -0.5);
     VelmarTonemapping_SetResponseFunctionPath(tonemapping, "f.txt");
-    EXPECT_EQ(settingsOf(tonemapping),
-              withSystemLineEnds("\t\t<camera>\n"
-                                 "\t\t\t<response_function_path>f.txt</response_function_path>\n"
-                                 "\t\t\t<film_iso>400</film_iso>\n"
-                                 "\t\t\t<ev_adjust>-0.5</ev_adjust>\n"
-                                 "\t\t</camera>\n"));
+    EXPECT_EQ(documentOfNode(tonemapping),
+              document({replaced(golden("tonemapping/camera"), {{"data/camera_response_functions/dscs315.txt", "f.txt"},
+                                                                {"<film_iso>200<", "<film_iso>400<"},
+                                                                {"<ev_adjust>0<", "<ev_adjust>-0.5<"}})}));
 }
 
 TEST(TonemappingFamily, TheScaleServesTwoKinds) {
@@ -56,9 +51,9 @@ TEST(TonemappingFamily, TheScaleServesTwoKinds) {
         VelmarTonemapping* const tonemapping = VelmarTonemapping_Create();
         VelmarTonemapping_SetType(tonemapping, type);
         VelmarTonemapping_SetScale(tonemapping, 0.25);
-        EXPECT_EQ(settingsOf(tonemapping),
-                  withSystemLineEnds(std::string("\t\t<") + element + ">\n\t\t\t<scale>0.25</scale>\n\t\t</" + element +
-                                     ">\n"));
+        EXPECT_EQ(
+            documentOfNode(tonemapping),
+            document({replaced(golden("tonemapping/linear"), {{"linear", element}, {"<scale>1<", "<scale>0.25<"}})}));
     }
 }
 
@@ -66,10 +61,14 @@ TEST(TonemappingFamily, AnyTypeCodeIsStoredAndUnknownOnesWriteNothing) {
     for (const int type : {5, -1}) {
         VelmarTonemapping* const tonemapping = VelmarTonemapping_Create();
         VelmarTonemapping_SetType(tonemapping, type);
-        EXPECT_EQ(settingsOf(tonemapping), "");
+        EXPECT_EQ(documentOfNode(tonemapping),
+                  document({replaced(golden("tonemapping/linear"),
+                                     {{"\t<linear>\n\t\t<scale>1</scale>\n\t</linear>\n", ""}})}));
     }
 }
 
 TEST(TonemappingFamily, ANodeThatWasNeverAddedIsDeletedByItsHost) {
     VelmarTonemapping_Delete(VelmarTonemapping_Create());
 }
+
+} // namespace TonemappingFamilyTests

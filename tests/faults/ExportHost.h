@@ -4,7 +4,7 @@
 #include "velmarthreadsaferefcounted.h"
 
 #include "scene/SceneNode.h"
-#include "tests/standin/LibraryFolder.h"
+#include "tests/support/LibraryFolder.h"
 #include "tests/support/TempDir.h"
 
 #include <streambuf>

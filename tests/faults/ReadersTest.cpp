@@ -4,9 +4,9 @@
 #include "mesh/VmmeshFile.h"
 #include "scene/nodes/SceneNodeMesh.h"
 #include "tests/faults/EachAllocation.h"
-#include "tests/support/Environment.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/MeshSupport.h"
+#include "tests/support/System.h"
 #include "tests/support/TempDir.h"
 #include "utils/FileUtils.h"
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <type_traits>
 
+namespace ExceptionsTests {
+
 namespace {
 
 /// A class that carries its message through throwing and copying and is caught by its own type alone.
@@ -48,3 +50,5 @@ TEST(Exceptions, CarryTheirMessage) {
     expectCarriesMessage<TransformPathExcep>(long_text);
     expectCarriesMessage<NameMapExcep>(long_text);
 }
+
+} // namespace ExceptionsTests

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+namespace HashTableTests {
+
 namespace {
 
 struct NumberTraits {
@@ -115,3 +117,5 @@ TEST(HashTable, BucketsOfADoubledTableGrowAsAllVectors) {
     table.insert(17, 0);
     EXPECT_EQ(4U, bucketCapacity(table, 1));
 }
+
+} // namespace HashTableTests

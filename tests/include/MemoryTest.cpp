@@ -7,6 +7,8 @@
 #include <limits>
 #include <new>
 
+namespace MemoryTests {
+
 using namespace Velmar;
 
 namespace {
@@ -114,3 +116,5 @@ TEST(SdkAllocated, MemoryIsZeroBeforeConstruction) {
     EXPECT_EQ(static_cast<std::ptrdiff_t>(size), std::count(bytes, bytes + size, 0));
     SdkAllocated::operator delete(block);
 }
+
+} // namespace MemoryTests

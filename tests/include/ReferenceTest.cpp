@@ -11,6 +11,8 @@
 #include <type_traits>
 #include <vector>
 
+namespace ReferenceTests {
+
 using testing::AnyOf;
 using testing::HasSubstr;
 using TestSupport::callSlot;
@@ -204,3 +206,5 @@ TEST(DestroyDeathTest, TheBaseReportsAHolder) {
         },
         HasSubstr("refcount == 0"));
 }
+
+} // namespace ReferenceTests

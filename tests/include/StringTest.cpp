@@ -9,6 +9,8 @@
 #include <new>
 #include <string>
 
+namespace StringTests {
+
 using testing::HasSubstr;
 using Velmar::BorrowedString;
 using Velmar::String;
@@ -216,3 +218,5 @@ TEST(BorrowedString, CopiesShortTextsInside) {
         EXPECT_EQ(16U, text.capacity());
     }
 }
+
+} // namespace StringTests

@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+namespace VectorTests {
+
 using testing::HasSubstr;
 using Velmar::Reference;
 using Velmar::String;
@@ -313,3 +315,5 @@ TEST(VectorDeathTest, ElementsWithoutAnArrayAreReported) {
     EXPECT_DEATH(bent.vector().reserve(1), HasSubstr("size_ > 0 ? (e != NULL) : true"));
     EXPECT_DEATH(bent.vector().~Vector(), HasSubstr("size_ > 0 ? (e != NULL) : true"));
 }
+
+} // namespace VectorTests

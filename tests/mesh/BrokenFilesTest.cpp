@@ -18,6 +18,8 @@
 #include <string>
 #include <vector>
 
+namespace BrokenFilesTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -389,3 +391,5 @@ TEST(BrokenFiles, AMeshWhoseLoadFailedIsFreedOnceAndMayBeLoadedAgain) {
         expectSameContent(*mesh, sample);
     }
 }
+
+} // namespace BrokenFilesTests

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace MeshCacheTests {
+
 using namespace Velmar;
 
 namespace {
@@ -81,3 +83,5 @@ TEST(MeshCache, ReleasesItsMeshesAtTheEnd) {
 }
 
 } // namespace
+
+} // namespace MeshCacheTests

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace MeshLoadingTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -99,3 +101,5 @@ TEST(LoadMesh, DoesNotReadMaterialLibraries) {
 }
 
 } // namespace
+
+} // namespace MeshLoadingTests

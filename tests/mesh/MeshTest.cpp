@@ -12,6 +12,8 @@
 #include <vector>
 #include <xxhash.h>
 
+namespace MeshTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -420,3 +422,5 @@ TEST(Checksum, ChangesWithTheUVLayoutAndNotWithBuild) {
 }
 
 } // namespace
+
+} // namespace MeshTests

@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace MtlLoaderTests {
+
 using namespace Velmar;
 using TestSupport::messageOf;
 using TestSupport::TextFile;
@@ -121,3 +123,5 @@ TEST(MtlLoader, ContinuesLinesBehindABackslash) {
 }
 
 } // namespace
+
+} // namespace MtlLoaderTests

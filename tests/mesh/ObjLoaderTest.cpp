@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+namespace ObjLoaderTests {
+
 using namespace Velmar;
 using TestSupport::loadText;
 using TestSupport::messageOf;
@@ -498,3 +500,5 @@ TEST(ObjLoader, SurvivesEveryCutOfAFile) {
 }
 
 } // namespace
+
+} // namespace ObjLoaderTests

@@ -13,6 +13,8 @@
 #include <random>
 #include <string>
 
+namespace ObjRoadsTests {
+
 using namespace Velmar;
 using TestSupport::loadText;
 
@@ -168,3 +170,5 @@ TEST(ObjRoads, ReadsLargeFilesAlikeOnBothRoads) {
 }
 
 } // namespace
+
+} // namespace ObjRoadsTests

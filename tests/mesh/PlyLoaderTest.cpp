@@ -2,8 +2,8 @@
 
 #include "mesh/Mesh.h"
 #include "mesh/MeshReaders.h"
-#include "tests/support/Environment.h"
 #include "tests/support/MeshSupport.h"
+#include "tests/support/System.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"
 #include "tests/support/VmmeshBytes.h"
@@ -16,6 +16,8 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+namespace PlyLoaderTests {
 
 using namespace Velmar;
 using namespace TestSupport;
@@ -362,3 +364,5 @@ TEST(PlyLoader, ReadsTwoFilesAtOnce) {
 }
 
 } // namespace
+
+} // namespace PlyLoaderTests

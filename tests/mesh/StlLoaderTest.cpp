@@ -14,6 +14,8 @@
 #include <string>
 #include <vector>
 
+namespace StlLoaderTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -244,3 +246,5 @@ TEST(StlLoader, ReadsLargeTexts) {
 }
 
 } // namespace
+
+} // namespace StlLoaderTests

@@ -14,6 +14,8 @@
 #include <limits>
 #include <set>
 
+namespace VmmeshReaderTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -380,3 +382,5 @@ TEST(VmmeshReader, CutPlainFilesNeverLoad) {
 }
 
 } // namespace
+
+} // namespace VmmeshReaderTests

@@ -13,6 +13,8 @@
 #include <random>
 #include <zstd.h>
 
+namespace VmmeshWriterTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -170,3 +172,5 @@ TEST(VmmeshWriter, KeepsLineFeedsAsTheyAre) {
 }
 
 } // namespace
+
+} // namespace VmmeshWriterTests

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace ApertureShapeTests {
+
 using namespace Velmar;
 using TestSupport::callSlot;
 using TestSupport::expectGolden;
@@ -31,3 +33,5 @@ TEST(ApertureCircular, IsReachedThroughItsSlots) {
     callSlot<void>(object, 4);
     EXPECT_EQ(shape->getRefCount(), 1);
 }
+
+} // namespace ApertureShapeTests

@@ -6,9 +6,12 @@
 
 #include <gtest/gtest.h>
 
+namespace ImageFiltersTests {
+
 using namespace Velmar;
 using TestSupport::callSlot;
 using TestSupport::expectGolden;
+using TestSupport::golden;
 using TestSupport::MemoryOStream;
 using TestSupport::textOf;
 
@@ -29,14 +32,7 @@ TEST(SplatFilterFastBox, ACloneIsAnotherOfTheSameKind) {
 
 TEST(DownsizeFilterMNCubic, WritesBlurBeforeRing) {
     const Reference<DownsizeFilterMNCubic> filter(new DownsizeFilterMNCubic);
-    expectGolden(textOf([&](OStream& stream) { filter->writeXML(stream, 0); }),
-                 "<downsize_filter>\n"
-                 "\t<mn_cubic>\n"
-                 "\t\t<blur>1</blur>\n"
-                 "\t\t<ring>0</ring>\n"
-                 "\t\t<radius>1.600000023841858</radius>\n"
-                 "\t</mn_cubic>\n"
-                 "</downsize_filter>\n");
+    expectGolden(textOf([&](OStream& stream) { filter->writeXML(stream, 0); }), golden("image_filters/full"));
 }
 
 TEST(DownsizeFilterMNCubic, ACloneHasTheSameThreeValues) {
@@ -69,6 +65,14 @@ TEST(ImageFilters, AreReachedThroughTheirSlots) {
     EXPECT_EQ(downsize_copy->getType(), 1);
 }
 
+} // namespace ImageFiltersTests
+
+namespace WhitePointTests {
+
+using namespace Velmar;
+using TestSupport::expectGolden;
+using TestSupport::textOf;
+
 TEST(WhitePoint, TheIndentationStandsAgainBehindTheNumbers) {
     const Reference<WhitePoint> point(new WhitePoint(0.3, 0.4));
     expectGolden(textOf([&](OStream& stream) { point->writeXML(stream, 2); }), "\t\t<white_point>\n"
@@ -82,3 +86,5 @@ TEST(WhitePoint, NumbersHaveTheStreamsOwnForm) {
                                                                                "\t0.333333 1e+21\t\n"
                                                                                "</white_point>\n");
 }
+
+} // namespace WhitePointTests

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
+namespace KeyFrameTests {
+
 using namespace Velmar;
 
 namespace {
@@ -99,3 +101,5 @@ TEST(WriteKeyFrame, RotationStandsBeforeS) {
 }
 
 } // namespace
+
+} // namespace KeyFrameTests

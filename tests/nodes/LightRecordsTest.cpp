@@ -7,8 +7,10 @@
 #include <gtest/gtest.h>
 #include <string>
 
-using namespace TestSupport;
+namespace EmissionScaleTests {
+
 using namespace Velmar;
+using namespace TestSupport;
 
 namespace {
 
@@ -21,11 +23,7 @@ TEST(EmissionScale, WritesMeasureValueAndMaterial) {
     scale->measure = EmissionScale::luminous_emittance;
     scale->value = 1000;
     scale->material_uid = 4;
-    expectGolden(scaleElement(*scale), "\t<emission_scale>\n"
-                                       "\t\t<measure>luminous_emittance</measure>\n"
-                                       "\t\t<value>1000</value>\n"
-                                       "\t\t<material_uid>4</material_uid>\n"
-                                       "\t</emission_scale>\n");
+    expectGolden(scaleElement(*scale), indented(golden("model/emission_scale")));
 }
 
 TEST(EmissionScale, EachMeasureHasItsName) {
@@ -89,6 +87,13 @@ TEST(EmissionScale, CopyOfAnUnboundRecordKeepsTheUID) {
 
 } // namespace
 
+} // namespace EmissionScaleTests
+
+namespace IESProfileTests {
+
+using namespace Velmar;
+using namespace TestSupport;
+
 namespace {
 
 std::string profileElement(const IESProfile& profile, const XMLWriteOptions& options = {}) {
@@ -101,10 +106,7 @@ TEST(IESProfile, WritesMaterialAndPath) {
     profile->material_uid = 3;
     XMLWriteOptions options;
     options.scene_dir = "D:\\work";
-    expectGolden(profileElement(*profile, options), "\t<ies_profile>\n"
-                                                    "\t\t<material_uid>3</material_uid>\n"
-                                                    "\t\t<path>D:\\work\\lamp.ies</path>\n"
-                                                    "\t</ies_profile>\n");
+    expectGolden(profileElement(*profile, options), indented(golden("model/ies_profile")));
 }
 
 TEST(IESProfile, MissingMaterialIsWrittenAsTheInvalidUID) {
@@ -135,3 +137,5 @@ TEST(IESProfile, CopyOfAnUnboundRecordKeepsTheUID) {
 }
 
 } // namespace
+
+} // namespace IESProfileTests

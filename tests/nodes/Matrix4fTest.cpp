@@ -8,6 +8,8 @@
 #include <limits>
 #include <numbers>
 
+namespace Matrix4fTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -464,3 +466,5 @@ TEST(BoxBounds, ResultsMayOverwriteTheBox) {
 }
 
 } // namespace
+
+} // namespace Matrix4fTests

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace SceneNodeBackgroundSettingsTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -18,10 +20,7 @@ using Background = Reference<SceneNodeBackgroundSettings>;
 TEST(SceneNodeBackgroundSettings, WithoutAMaterialWritesItsIdentityAlone) {
     const Background node(new SceneNodeBackgroundSettings);
     node->setUID(2);
-    expectGolden(elementOf(*node), "<background_settings>\n"
-                                   "\t<uid>2</uid>\n"
-                                   "\t<name>Background Settings</name>\n"
-                                   "</background_settings>\n");
+    expectGolden(elementOf(*node), golden("background/empty"));
     EXPECT_EQ(node->getMaxLayerIndex(), 0u);
 }
 
@@ -30,24 +29,11 @@ TEST(SceneNodeBackgroundSettings, MaterialHasANameButNoUID) {
     node->setUID(2);
     node->background_material = new SunSkyMaterial;
     node->background_material->name = "Sky";
-    expectGolden(elementOf(*node, 1), "\t<background_settings>\n"
-                                      "\t\t<uid>2</uid>\n"
-                                      "\t\t<name>Background Settings</name>\n"
-                                      "\t\t<background_material>\n"
-                                      "\t\t\t<material>\n"
-                                      "\t\t\t\t<name>Sky</name>\n"
-                                      "\t\t\t\t<sunsky>\n"
-                                      "\t\t\t\t\t<sundir>0 0 1</sundir>\n"
-                                      "\t\t\t\t\t<turbidity>2</turbidity>\n"
-                                      "\t\t\t\t\t<extra_atmospheric>false</extra_atmospheric>\n"
-                                      "\t\t\t\t\t<enable_sky>true</enable_sky>\n"
-                                      "\t\t\t\t\t<sun_layer>0</sun_layer>\n"
-                                      "\t\t\t\t\t<sky_layer>0</sky_layer>\n"
-                                      "\t\t\t\t\t<model>original</model>\n"
-                                      "\t\t\t\t</sunsky>\n"
-                                      "\t\t\t</material>\n"
-                                      "\t\t</background_material>\n"
-                                      "\t</background_settings>\n");
+    expectGolden(elementOf(*node, 1),
+                 indented(replaced(golden("background/sun_sky"), {{"<uid>1<", "<uid>2<"},
+                                                                  {"<name><", "<name>Sky<"},
+                                                                  {"1 1 1", "0 0 1"},
+                                                                  {"captured-simulation", "original"}})));
 }
 
 TEST(SceneNodeBackgroundSettings, EmissionScaleComesBeforeTheMaterial) {
@@ -56,22 +42,7 @@ TEST(SceneNodeBackgroundSettings, EmissionScaleComesBeforeTheMaterial) {
     node->emission_scale = new EmissionScale;
     node->emission_scale->value = 3;
     node->background_material = new DiffuseMaterial;
-    expectGolden(elementOf(*node), "<background_settings>\n"
-                                   "\t<uid>2</uid>\n"
-                                   "\t<name>Background Settings</name>\n"
-                                   "\t<emission_scale>\n"
-                                   "\t\t<measure>luminous_flux</measure>\n"
-                                   "\t\t<value>3</value>\n"
-                                   "\t\t<material_uid>4294967295</material_uid>\n"
-                                   "\t</emission_scale>\n"
-                                   "\t<background_material>\n"
-                                   "\t\t<material>\n"
-                                   "\t\t\t<name></name>\n"
-                                   "\t\t\t<diffuse>\n"
-                                   "\t\t\t</diffuse>\n"
-                                   "\t\t</material>\n"
-                                   "\t</background_material>\n"
-                                   "</background_settings>\n");
+    expectGolden(elementOf(*node), golden("background/with_emission_scale"));
 }
 
 TEST(SceneNodeBackgroundSettings, MaxLayerIndexIsThatOfTheMaterial) {
@@ -88,10 +59,8 @@ TEST(SceneNodeBackgroundSettings, CloneHasNeitherMaterialNorEmissionScale) {
     node->setName("Dusk");
     node->emission_scale = new EmissionScale;
     node->background_material = new SunSkyMaterial;
-    expectGolden(elementOf(*node->clone()), "<background_settings>\n"
-                                            "\t<uid>5</uid>\n"
-                                            "\t<name>Dusk</name>\n"
-                                            "</background_settings>\n");
+    expectGolden(elementOf(*node->clone()),
+                 replaced(golden("background/empty"), {{"<uid>2<", "<uid>5<"}, {"Background Settings", "Dusk"}}));
 }
 
 TEST(SceneNodeBackgroundSettings, OffsetReachesItsUID) {
@@ -127,3 +96,5 @@ TEST(SceneNodeBackgroundSettings, OnlyUIDAndNameCountForEquality) {
 }
 
 } // namespace
+
+} // namespace SceneNodeBackgroundSettingsTests

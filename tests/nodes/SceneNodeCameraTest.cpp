@@ -11,37 +11,16 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+namespace SceneNodeCameraTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
 namespace {
 
-constexpr const char* head = R"(<camera>
-	<uid>3</uid>
-	<name>Camera</name>
-	<aperture_radius>0.001</aperture_radius>
-	<focus_distance>20</focus_distance>
-	<sensor_width>0.036</sensor_width>
-	<lens_sensor_dist>0.036</lens_sensor_dist>
-	<exposure_duration>0.333</exposure_duration>
-	<lens_shift_up_distance>0</lens_shift_up_distance>
-	<lens_shift_right_distance>0</lens_shift_right_distance>
-)";
-constexpr const char* shape = R"(	<aperture_shape>
-		<circular/>
-	</aperture_shape>
-)";
-constexpr const char* directions = R"(	<up>0 0 1</up>
-	<forwards>0 1 0</forwards>
-)";
-constexpr const char* tail = R"(	<camera_type>thin-lens-perspective</camera_type>
-</camera>
-)";
-constexpr const char* autofocus = "\t<autofocus/>\n";
-
 Reference<SceneNodeCamera> camera() {
     Reference<SceneNodeCamera> node(new SceneNodeCamera);
-    node->setUID(3);
+    node->setUID(1);
     return node;
 }
 
@@ -66,7 +45,7 @@ class ImageStandIn : public Destroyable<ImageStandIn, ApertureImage> {
 } // namespace
 
 TEST(SceneNodeCamera, ANewCameraWritesItsDefaultsAndNoKeyFrame) {
-    expectGolden(elementOf(*camera()), std::string(head) + autofocus + shape + directions + tail);
+    expectGolden(elementOf(*camera()), golden("camera/new"));
 }
 
 TEST(SceneNodeCamera, ItsTypeIsCamera) {
@@ -76,15 +55,16 @@ TEST(SceneNodeCamera, ItsTypeIsCamera) {
 TEST(SceneNodeCamera, WithoutAutofocusTheElementIsAbsent) {
     const auto node = camera();
     node->autofocus = false;
-    expectGolden(elementOf(*node), std::string(head) + shape + directions + tail);
+    expectGolden(elementOf(*node), replaced(golden("camera/new"), {{"\t<autofocus/>\n", ""}}));
 }
 
 TEST(SceneNodeCamera, AnObstacleMapOfOneCharacterIsWritten) {
     const auto node = camera();
     node->obstacle_map = "a";
-    expectGolden(elementOf(*node), std::string(head) + autofocus +
-                                       "\t<obstacle_map>\n\t\t<path>a</path>\n\t</obstacle_map>\n" + shape +
-                                       directions + tail);
+    expectGolden(elementOf(*node),
+                 replaced(golden("camera/new"),
+                          {{"\t<aperture_shape>",
+                            "\t<obstacle_map>\n\t\t<path>a</path>\n\t</obstacle_map>\n\t<aperture_shape>"}}));
 }
 
 TEST(SceneNodeCamera, ARelativeObstacleMapIsJoinedToTheScenesDirectory) {
@@ -99,18 +79,16 @@ TEST(SceneNodeCamera, KeyFramesStandBetweenShapeAndDirections) {
     const auto node = camera();
     node->setPosition({1, 2, 3});
     node->keyframes.push_back({.pos = {4, 5, 6}, .time = 1.0});
-    expectGolden(elementOf(*node), std::string(head) + autofocus + shape +
-                                       "\t<keyframe>\n\t\t<time>0</time>\n\t\t<pos>1 2 3</pos>\n\t</keyframe>\n"
-                                       "\t<keyframe>\n\t\t<time>1</time>\n\t\t<pos>4 5 6</pos>\n\t</keyframe>\n" +
-                                       directions + tail);
+    const std::string frames = "\t<keyframe>\n\t\t<time>0</time>\n\t\t<pos>1 2 3</pos>\n\t</keyframe>\n"
+                               "\t<keyframe>\n\t\t<time>1</time>\n\t\t<pos>4 5 6</pos>\n\t</keyframe>\n";
+    expectGolden(elementOf(*node), replaced(golden("camera/new"), {{"\t<up>", frames + "\t<up>"}}));
 }
 
 TEST(SceneNodeCamera, EachTypeHasItsText) {
     const auto node = camera();
     for (const auto& [type, text] : {std::pair{1u, "orthographic"}, {2u, "spherical"}, {7u, ""}, {~0u, ""}}) {
         node->camera_type = type;
-        expectGolden(elementOf(*node), std::string(head) + autofocus + shape + directions + "\t<camera_type>" + text +
-                                           "</camera_type>\n</camera>\n");
+        expectGolden(elementOf(*node), replaced(golden("camera/new"), {{"thin-lens-perspective", text}}));
     }
 }
 
@@ -288,7 +266,7 @@ TEST(SceneNodeCamera, OffsetUIDsMovesItsUIDUnlessInvalid) {
     TraversalState state(TraversalKind::OffsetUIDs, "", "");
     state.uid_offset = 10;
     node->traverse(state);
-    EXPECT_EQ(node->getUID(), 13u);
+    EXPECT_EQ(node->getUID(), 11u);
     node->setUID(invalid_uid);
     node->traverse(state);
     EXPECT_EQ(node->getUID(), invalid_uid);
@@ -338,7 +316,9 @@ TEST(SceneNodeCamera, ShapeMotionAndTypeTakeNoPartInEquality) {
 
 TEST(SceneNodeCamera, AnotherKindOfNodeIsNotEqual) {
     const Reference<SceneNode> other(new TestSupport::PlainNode);
-    other->setUID(3);
+    other->setUID(1);
     other->setName("Camera");
     EXPECT_FALSE(camera()->isEqual(other.getPointer()));
 }
+
+} // namespace SceneNodeCameraTests

@@ -8,9 +8,13 @@
 #include <initializer_list>
 #include <vector>
 
+namespace SceneNodeCurve1DTests {
+
 using namespace Velmar;
 using TestSupport::elementOf;
 using TestSupport::expectGolden;
+using TestSupport::golden;
+using TestSupport::indented;
 
 namespace {
 
@@ -30,27 +34,15 @@ TEST(SceneNodeCurve1D, WritesItsListsAndNoUID) {
     const auto node = curve({0.0f, 0.25f, 0.5f, 0.75f, 1.0f}, {0.0f, 1.0f});
     node->setName("red");
     node->setUID(7);
-    expectGolden(elementOf(*node, 1), "\t<curve1d>\n"
-                                      "\t\t<name>red</name>\n"
-                                      "\t\t<knots>0 0.25 0.5 0.75 1</knots>\n"
-                                      "\t\t<values>0 1</values>\n"
-                                      "\t</curve1d>\n");
+    expectGolden(elementOf(*node, 1), indented(golden("curve/full")));
 }
 
 TEST(SceneNodeCurve1D, AnEmptyCurveHasEmptyElements) {
-    expectGolden(elementOf(*curve({}, {})), "<curve1d>\n"
-                                            "\t<name></name>\n"
-                                            "\t<knots></knots>\n"
-                                            "\t<values></values>\n"
-                                            "</curve1d>\n");
+    expectGolden(elementOf(*curve({}, {})), golden("curve/empty"));
 }
 
 TEST(SceneNodeCurve1D, NumbersHaveTheShortestDigitsOfTheFloat) {
-    expectGolden(elementOf(*curve({-0.0f}, {0.1f})), "<curve1d>\n"
-                                                     "\t<name></name>\n"
-                                                     "\t<knots>0</knots>\n"
-                                                     "\t<values>0.1</values>\n"
-                                                     "</curve1d>\n");
+    expectGolden(elementOf(*curve({-0.0f}, {0.1f})), golden("curve/shortest_digits"));
 }
 
 TEST(SceneNodeCurve1D, HasNoTypeName) {
@@ -97,6 +89,12 @@ TEST(SceneNodeCurve1D, OffsetUIDsMovesItsUID) {
     EXPECT_EQ(node->getUID(), 13u);
 }
 
+} // namespace SceneNodeCurve1DTests
+
+namespace ColourCurvesTests {
+
+using namespace Velmar;
+
 namespace {
 
 std::vector<float> listOf(const Vector<float>& numbers) {
@@ -131,3 +129,5 @@ TEST(ColourCurves, AClonesCurvesAreItsOwn) {
     EXPECT_TRUE(copies->blue->isEqual(curves->blue.getPointer()));
     EXPECT_NE(copies->blue, curves->blue);
 }
+
+} // namespace ColourCurvesTests

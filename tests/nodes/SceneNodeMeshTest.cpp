@@ -4,8 +4,9 @@
 
 #include "mesh/VmmeshFile.h"
 #include "tests/support/Documents.h"
-#include "tests/support/Environment.h"
+#include "tests/support/System.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/Golden.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/Throws.h"
 #include "utils/FileUtils.h"
@@ -17,6 +18,8 @@
 #include <limits>
 #include <thread>
 #include <vector>
+
+namespace SceneNodeMeshTests {
 
 using namespace Velmar;
 using namespace TestSupport;
@@ -60,27 +63,20 @@ class SceneNodeMeshTest : public testing::Test {
     const Reference<SceneNodeMesh> node = nodeWith(mesh);
     const std::string mesh_path = dir.file("scene_meshes") + "\\" + meshFileName(*mesh);
 
-    std::string externalElement() const { return "\t<external>\n\t\t<path>" + mesh_path + "</path>\n\t</external>\n"; }
+    std::string goldenWithPath(const char* name) const { return replaced(golden(name), {{"{path}", mesh_path}}); }
 };
 
 } // namespace
 
 TEST_F(SceneNodeMeshTest, AFreshNodeWritesWhereItsDefaultsDifferFromThoseOfReaders) {
-    EXPECT_EQ(elementOf(*node, 0, options), "<mesh>\n"
-                                            "\t<uid>1</uid>\n"
-                                            "\t<name>Mesh</name>\n"
-                                            "\t<normal_smoothing>false</normal_smoothing>\n"
-                                            "\t<subdivide_pixel_threshold>4</subdivide_pixel_threshold>\n"
-                                            "\t<view_dependent_subdivision>true</view_dependent_subdivision>\n" +
-                                                externalElement() + "</mesh>\n");
+    EXPECT_EQ(elementOf(*node, 0, options), goldenWithPath("mesh/new"));
 }
 
 TEST_F(SceneNodeMeshTest, SettingsThatReadersTakeForGrantedAreLeftOut) {
     node->normal_smoothing = true;
     node->subdivide_pixel_threshold = 0.0;
     node->view_dependent_subdivision = false;
-    EXPECT_EQ(elementOf(*node, 0, options),
-              "<mesh>\n\t<uid>1</uid>\n\t<name>Mesh</name>\n" + externalElement() + "</mesh>\n");
+    EXPECT_EQ(elementOf(*node, 0, options), goldenWithPath("mesh/plain"));
 }
 
 TEST_F(SceneNodeMeshTest, AllSettingsStandInAFixedOrder) {
@@ -91,19 +87,7 @@ TEST_F(SceneNodeMeshTest, AllSettingsStandInAFixedOrder) {
     node->displacement_error_threshold = 0.125;
     node->subdivision_smoothing = false;
     node->scale = 2.0;
-    EXPECT_EQ(elementOf(*node, 0, options), "<mesh>\n"
-                                            "\t<uid>1</uid>\n"
-                                            "\t<name>Mesh</name>\n"
-                                            "\t<normal_smoothing>false</normal_smoothing>\n"
-                                            "\t<max_num_subdivisions>-1</max_num_subdivisions>\n"
-                                            "\t<num_smoothings>3</num_smoothings>\n"
-                                            "\t<subdivide_pixel_threshold>0.5</subdivide_pixel_threshold>\n"
-                                            "\t<subdivision_smoothing>false</subdivision_smoothing>\n"
-                                            "\t<subdivide_curvature_threshold>0.25</subdivide_curvature_threshold>\n"
-                                            "\t<view_dependent_subdivision>true</view_dependent_subdivision>\n"
-                                            "\t<displacement_error_threshold>0.125</displacement_error_threshold>\n"
-                                            "\t<scale>2</scale>\n" +
-                                                externalElement() + "</mesh>\n");
+    EXPECT_EQ(elementOf(*node, 0, options), goldenWithPath("mesh/full"));
 }
 
 TEST_F(SceneNodeMeshTest, ANaNCountsAsTheDefault) {
@@ -114,8 +98,7 @@ TEST_F(SceneNodeMeshTest, ANaNCountsAsTheDefault) {
     node->subdivide_curvature_threshold = nan;
     node->displacement_error_threshold = nan;
     node->scale = nan;
-    EXPECT_EQ(elementOf(*node, 0, options),
-              "<mesh>\n\t<uid>1</uid>\n\t<name>Mesh</name>\n" + externalElement() + "</mesh>\n");
+    EXPECT_EQ(elementOf(*node, 0, options), goldenWithPath("mesh/plain"));
 }
 
 TEST_F(SceneNodeMeshTest, TheMeshGoesCompressedIntoTheFolderBesideTheScene) {
@@ -382,3 +365,5 @@ TEST_F(SceneNodeMeshTest, DeletedNodeIsDestroyedThoughItIsHeld) {
     held->destroy(1);
     EXPECT_EQ(mesh->getRefCount(), holders_of_mesh - 1);
 }
+
+} // namespace SceneNodeMeshTests

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace SceneNodeModelBindingTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -245,3 +247,5 @@ TEST_F(ModelBinding, RecordWithTheUIDOfAnotherKindOfNodeIsRefused) {
     EXPECT_EQ(messageOfBinding(), "While processing node 'Model', UID 4:  Referenced node (UID 1) did not have type "
                                   "SceneNodeMaterial, but instead had type Mesh.");
 }
+
+} // namespace SceneNodeModelBindingTests

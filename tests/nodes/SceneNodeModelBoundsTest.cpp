@@ -14,6 +14,8 @@
 #include <numbers>
 #include <random>
 
+namespace SceneNodeModelBoundsTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -190,3 +192,5 @@ TEST(SceneNodeModelBounds, OtherGeometryAndNoneAddNothing) {
     node->geometry = nullptr;
     EXPECT_EQ(boundsOf(*node), untouched);
 }
+
+} // namespace SceneNodeModelBoundsTests

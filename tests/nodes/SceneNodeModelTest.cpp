@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+namespace SceneNodeModelTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -44,14 +46,9 @@ TEST(SceneNodeModel, PlainModelWritesAPositionAndAnEmptyListOfMaterials) {
     const auto node = model();
     node->setUID(4);
     node->geometry_uid = 2;
-    expectGolden(elementOf(*node, 1), "\t<model2>\n"
-                                      "\t\t<uid>4</uid>\n"
-                                      "\t\t<name>Model</name>\n"
-                                      "\t\t<geometry_uid>2</geometry_uid>\n"
-                                      "\t\t<pos>0 0 0</pos>\n"
-                                      "\t\t<materials>\n"
-                                      "\t\t</materials>\n"
-                                      "\t</model2>\n");
+    expectGolden(
+        elementOf(*node, 1),
+        indented(replaced(golden("model/plain"), {{"<uid>1<", "<uid>4<"}, {"Chair", "Model"}, {"4294967295", "2"}})));
 }
 
 TEST(SceneNodeModel, WritesEverythingInFixedOrder) {
@@ -74,42 +71,13 @@ TEST(SceneNodeModel, WritesEverythingInFixedOrder) {
     scale->material = node->materials[1];
     node->emission_scales.push_back(scale);
     node->mask_name = "lamps";
-    expectGolden(elementOf(*node), "<model2>\n"
-                                   "\t<uid>4</uid>\n"
-                                   "\t<name>Lamp &amp; shade</name>\n"
-                                   "\t<geometry_uid>2</geometry_uid>\n"
-                                   "\t<scale>0.5</scale>\n"
-                                   "\t<invisible_to_camera>true</invisible_to_camera>\n"
-                                   "\t<rotation>\n"
-                                   "\t\t<matrix>\n"
-                                   "\t\t\t0 -1 0 1 0 0 0 0 1 \n"
-                                   "\t\t</matrix>\n"
-                                   "\t</rotation>\n"
-                                   "\t<pos>1 2 3.5</pos>\n"
-                                   "\t<materials>\n"
-                                   "\t\t<uid>7</uid>\n"
-                                   "\t\t<uid>6</uid>\n"
-                                   "\t</materials>\n"
-                                   "\t<ies_profile>\n"
-                                   "\t\t<material_uid>7</material_uid>\n"
-                                   "\t\t<path>lamp.ies</path>\n"
-                                   "\t</ies_profile>\n"
-                                   "\t<emission_scale>\n"
-                                   "\t\t<measure>luminous_emittance</measure>\n"
-                                   "\t\t<value>1000</value>\n"
-                                   "\t\t<material_uid>6</material_uid>\n"
-                                   "\t</emission_scale>\n"
-                                   "\t<mask_name>lamps</mask_name>\n"
-                                   "</model2>\n");
+    expectGolden(elementOf(*node), golden("model/full"));
 }
 
 TEST(SceneNodeModel, FrameAtAnotherTimeIsAKeyFrame) {
     const auto node = model();
     node->keyframes[0].time = 0.25;
-    expectGolden(placementOf(*node), "\t<keyframe>\n"
-                                     "\t\t<time>0.25</time>\n"
-                                     "\t\t<pos>0 0 0</pos>\n"
-                                     "\t</keyframe>\n");
+    expectGolden(placementOf(*node), indented(golden("model/late_frame")));
 }
 
 TEST(SceneNodeModel, RotatedFrameIsAKeyFrame) {
@@ -455,3 +423,5 @@ TEST_F(ModelEquality, RotationVisibilityProfilesMaskAndStoredUIDsTakeNoPart) {
     b->material_uids.push_back(1);
     EXPECT_TRUE(equal());
 }
+
+} // namespace SceneNodeModelTests

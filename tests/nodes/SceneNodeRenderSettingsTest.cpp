@@ -10,9 +10,12 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+namespace SceneNodeRenderSettingsTests {
+
 using namespace Velmar;
 using TestSupport::elementOf;
 using TestSupport::expectGolden;
+using TestSupport::golden;
 
 namespace {
 
@@ -59,107 +62,6 @@ Reference<LayerSetting> layer(const char* name, const Reference<Spectrum>& scale
     return result;
 }
 
-constexpr std::string_view default_elements = R"(	<bidirectional>true</bidirectional>
-	<verbose>false</verbose>
-	<write_aperture_preview>false</write_aperture_preview>
-	<save_tonemapped_exr>false</save_tonemapped_exr>
-	<save_untonemapped_exr>false</save_untonemapped_exr>
-	<save_render_channels_exr>false</save_render_channels_exr>
-	<save_vmi>false</save_vmi>
-	<save_png>true</save_png>
-	<auto_choose_num_threads>true</auto_choose_num_threads>
-	<metropolis>true</metropolis>
-	<logging>true</logging>
-	<watermark>false</watermark>
-	<aperture_diffraction>false</aperture_diffraction>
-	<post_process_diffraction>true</post_process_diffraction>
-	<render_foreground_alpha>false</render_foreground_alpha>
-	<shadow_pass>false</shadow_pass>
-	<info_overlay>false</info_overlay>
-	<wait_for_slave_frames_on_stop>false</wait_for_slave_frames_on_stop>
-	<close_gui_on_halt>false</close_gui_on_halt>
-	<save_images_on_close>false</save_images_on_close>
-	<vignetting>true</vignetting>
-	<merging>true</merging>
-	<dithering>true</dithering>
-	<zero_alpha_outside_region>false</zero_alpha_outside_region>
-	<receiver_quad>false</receiver_quad>
-	<far_field_receiver>false</far_field_receiver>
-	<clamp_contributions>false</clamp_contributions>
-	<gpu>false</gpu>
-	<allow_high_quality_bvh>true</allow_high_quality_bvh>
-	<save_subdivided_meshes>false</save_subdivided_meshes>
-	<normals_channel>false</normals_channel>
-	<normals_pre_bump_channel>false</normals_pre_bump_channel>
-	<position_channel>false</position_channel>
-	<depth_channel>false</depth_channel>
-	<material_id_channel>false</material_id_channel>
-	<object_id_channel>false</object_id_channel>
-	<foreground_channel>false</foreground_channel>
-	<material_masks>false</material_masks>
-	<object_masks>false</object_masks>
-	<direct_lighting_channel>false</direct_lighting_channel>
-	<indirect_lighting_channel>false</indirect_lighting_channel>
-	<specular_reflection_lighting_channel>false</specular_reflection_lighting_channel>
-	<refraction_lighting_channel>false</refraction_lighting_channel>
-	<transmission_lighting_channel>false</transmission_lighting_channel>
-	<emission_lighting_channel>false</emission_lighting_channel>
-	<participating_media_lighting_channel>false</participating_media_lighting_channel>
-	<sss_lighting_channel>false</sss_lighting_channel>
-	<max_depth>10000</max_depth>
-	<gpu_max_depth>8</gpu_max_depth>
-	<max_num_consec_rejections>10000</max_num_consec_rejections>
-	<num_threads>1</num_threads>
-	<width>800</width>
-	<height>600</height>
-	<super_sample_factor>2</super_sample_factor>
-	<receiver_num_wavelength_buckets>16</receiver_num_wavelength_buckets>
-	<halt_time>-1</halt_time>
-	<halt_samples_per_pixel>-1</halt_samples_per_pixel>
-	<large_mutation_prob>0.4</large_mutation_prob>
-	<max_change>0.01</max_change>
-	<image_save_period>1800</image_save_period>
-	<max_contribution>10</max_contribution>
-	<receiver_quad_pos>0 0 0</receiver_quad_pos>
-	<receiver_quad_i>1 0 0</receiver_quad_i>
-	<receiver_quad_j>0 1 0</receiver_quad_j>
-	<splat_filter>
-		<fastbox/>
-	</splat_filter>
-	<downsize_filter>
-		<mn_cubic>
-			<blur>1</blur>
-			<ring>0</ring>
-			<radius>1.600000023841858</radius>
-		</mn_cubic>
-	</downsize_filter>
-	<white_point>
-		0.333333 0.333333		
-	</white_point>
-	<colour_curves>
-		<curve1d>
-			<name>overall</name>
-			<knots>0 0.25 0.5 0.75 1</knots>
-			<values>0 0.25 0.5 0.75 1</values>
-		</curve1d>
-		<curve1d>
-			<name>red</name>
-			<knots>0 0.25 0.5 0.75 1</knots>
-			<values>0 0.25 0.5 0.75 1</values>
-		</curve1d>
-		<curve1d>
-			<name>green</name>
-			<knots>0 0.25 0.5 0.75 1</knots>
-			<values>0 0.25 0.5 0.75 1</values>
-		</curve1d>
-		<curve1d>
-			<name>blue</name>
-			<knots>0 0.25 0.5 0.75 1</knots>
-			<values>0 0.25 0.5 0.75 1</values>
-		</curve1d>
-	</colour_curves>
-)";
-
 } // namespace
 
 TEST(SceneNodeRenderSettings, ANewNodeWritesItsIdentityOnly) {
@@ -178,7 +80,7 @@ TEST(SceneNodeRenderSettings, ANewNodesOptionsAreUnsetAndZeroButForTheReservedOn
 TEST(SceneNodeRenderSettings, DefaultsWriteEveryElementInTheOrderOfTheDocument) {
     const Reference<Settings> node = Settings::getDefaults();
     node->setUID(5);
-    expectGolden(elementOf(*node), documentOf(default_elements));
+    expectGolden(elementOf(*node), golden("render_settings/defaults"));
 }
 
 TEST(SceneNodeRenderSettings, DefaultsHoldAThirdInFullPrecision) {
@@ -358,3 +260,5 @@ TEST(LayerSetting, IsClonedThroughSlotOne) {
     EXPECT_EQ(copy->getRefCount(), 1);
     EXPECT_NE(copy->layer_scale, original->layer_scale);
 }
+
+} // namespace SceneNodeRenderSettingsTests

@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+namespace SceneNodeSphereTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -42,12 +44,7 @@ UID onlyDependencyOf(const SceneNode& node) {
 } // namespace
 
 TEST(SceneNodeSphere, ANewSphereNamesNoMaterial) {
-    expectGolden(elementOf(*sphere(), 1), "\t<sphere>\n"
-                                          "\t\t<uid>3</uid>\n"
-                                          "\t\t<name>Sphere</name>\n"
-                                          "\t\t<radius>1</radius>\n"
-                                          "\t\t<material_uid>4294967295</material_uid>\n"
-                                          "\t</sphere>\n");
+    expectGolden(elementOf(*sphere(), 1), indented(golden("sphere/new")));
 }
 
 TEST(SceneNodeSphere, KeyFramesStandBeforeTheRadius) {
@@ -55,16 +52,7 @@ TEST(SceneNodeSphere, KeyFramesStandBeforeTheRadius) {
     node->keyframes.push_back({.pos = {1, 2, 3}});
     node->radius = 0.5;
     node->material_uid = 7;
-    expectGolden(elementOf(*node), "<sphere>\n"
-                                   "\t<uid>3</uid>\n"
-                                   "\t<name>Sphere</name>\n"
-                                   "\t<keyframe>\n"
-                                   "\t\t<time>0</time>\n"
-                                   "\t\t<pos>1 2 3</pos>\n"
-                                   "\t</keyframe>\n"
-                                   "\t<radius>0.5</radius>\n"
-                                   "\t<material_uid>7</material_uid>\n"
-                                   "</sphere>\n");
+    expectGolden(elementOf(*node), golden("sphere/moving"));
 }
 
 TEST(SceneNodeSphere, ABoundSphereWritesItsMaterialsUID) {
@@ -275,3 +263,5 @@ TEST(SceneNodeSphere, ReleasesItsMaterial) {
     }
     EXPECT_EQ(bound->getRefCount(), 1);
 }
+
+} // namespace SceneNodeSphereTests

@@ -12,6 +12,8 @@
 #include <numbers>
 #include <vector>
 
+namespace TransformPathBoundsTests {
+
 using namespace Velmar;
 using TestSupport::asVector;
 using TestSupport::diagonal;
@@ -207,3 +209,5 @@ TEST(BoundsAlongKeyFrames, NoKeyFramesAreRefused) {
 }
 
 } // namespace
+
+} // namespace TransformPathBoundsTests

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+namespace TransformPathTests {
+
 using namespace Velmar;
 using TestSupport::aboutZ;
 using TestSupport::asVector;
@@ -424,3 +426,5 @@ TEST(TransformPath, FrameThatWasTrimmedDoesNotCountAsTurned) {
 }
 
 } // namespace
+
+} // namespace TransformPathTests

@@ -23,6 +23,8 @@
 #include <string_view>
 #include <vector>
 
+namespace WholeSceneTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -237,3 +239,5 @@ TEST_F(WholeScene, EveryNodeEqualsItselfAndNoOther) {
             EXPECT_EQ(a->isEqual(b.getPointer()), a == b) << a->getUID() << " and " << b->getUID();
     EXPECT_TRUE(SceneNode::isEqualTree(*root, *root));
 }
+
+} // namespace WholeSceneTests

@@ -2,8 +2,8 @@
 
 #include "api/Handles.h"
 #include "api/SharedFunctions.h"
-#include "tests/standin/Environment.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/System.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+namespace AlignedFloatVectorTests {
+
 using Velmar::AlignedFloatVector;
 using Velmar::Reference;
 
@@ -131,3 +133,5 @@ TEST_F(AlignedFloatVectors, SizeThatWouldWrapIsAFailedAllocation) {
     EXPECT_EQ(vector.size(), 5u);
     EXPECT_EQ(vector.capacity(), 5u);
 }
+
+} // namespace AlignedFloatVectorTests

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <tuple>
 
+namespace ChannelLayoutTests {
+
 using namespace Velmar;
 using testing::ElementsAre;
 
@@ -131,3 +133,5 @@ TEST_F(ChannelLayout, GpuLightingPassesTakeFourFloats) {
     EXPECT_EQ(line(block.lighting_passes[0]), Line("", 0, -1, 0));
     EXPECT_EQ(line(block.lighting_passes[1]), Line("indirect_lighting", 5, 4, 4));
 }
+
+} // namespace ChannelLayoutTests

@@ -14,6 +14,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace ImageBuffersTests {
+
 using namespace Velmar;
 using FakeLibrary::at;
 using testing::ElementsAre;
@@ -299,3 +301,5 @@ TEST(UInt8Buffer, FreesTheArrayThatTheLibraryLeftInIt) {
     put(at<void*>(buffer.getPointer(), 16), 0, sdkAlignedMalloc(100, 16));
     EXPECT_EQ(buffer->getRefCount(), 1);
 }
+
+} // namespace ImageBuffersTests

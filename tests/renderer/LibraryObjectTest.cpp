@@ -4,8 +4,9 @@
 
 #include <gtest/gtest.h>
 
+namespace LibraryObjectTests {
+
 using namespace FakeLibrary;
-using Velmar::InterfaceRef;
 
 namespace {
 
@@ -29,6 +30,13 @@ TEST(CallSlot, CallsTheOperationAtThePositionWithTheObjectFirst) {
                                        &pointed_at, 1000.0f, std::uint64_t{10000}, 100000.0, std::uint8_t{5});
     EXPECT_EQ(result, 1111116);
 }
+
+} // namespace LibraryObjectTests
+
+namespace InterfaceRefTests {
+
+using namespace FakeLibrary;
+using Velmar::InterfaceRef;
 
 namespace {
 
@@ -116,3 +124,5 @@ TEST_F(InterfaceRefs, ClearReleasesOnce) {
     }
     EXPECT_EQ(events.size(), 1u);
 }
+
+} // namespace InterfaceRefTests

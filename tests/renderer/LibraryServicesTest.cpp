@@ -9,9 +9,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace ToneMapperTests {
+
 using namespace FakeLibrary;
 using testing::ElementsAre;
-using Velmar::DataManager;
 using Velmar::FloatBuffer;
 using Velmar::Reference;
 using Velmar::RenderBuffer;
@@ -98,6 +99,15 @@ TEST_F(ToneMappers, CodeOfTheLibrarysCreationIsNotLookedAt) {
     EXPECT_EQ(object.refcount, 1);
 }
 
+} // namespace ToneMapperTests
+
+namespace DataManagerTests {
+
+using namespace FakeLibrary;
+using testing::ElementsAre;
+using Velmar::DataManager;
+using Velmar::Reference;
+
 namespace {
 
 void initialiseData(Velmar::LibraryObject*, const Velmar::String* sdk_dir) {
@@ -172,3 +182,5 @@ TEST_F(DataManagers, ExceptionBecomesAVelmarExceptionOfTheSameText) {
     EXPECT_EQ(data.refcount, 0);
     EXPECT_EQ(textures.refcount, 0);
 }
+
+} // namespace DataManagerTests

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <memory>
 
+namespace MasterBufferTests {
+
 using namespace Velmar;
 using FakeLibrary::at;
 
@@ -208,3 +210,5 @@ TEST_F(MasterBuffers, SlotZeroEndsTheObject) {
     EXPECT_EQ(allocator->getRefCount(), 1);
     allocator->destroy(1);
 }
+
+} // namespace MasterBufferTests

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 #include <utility>
 
+namespace RendererImplTests {
+
 using namespace FakeLibrary;
 using testing::ElementsAre;
 using Velmar::DataManager;
@@ -287,3 +289,5 @@ TEST_F(RendererImpls, SceneIsInitialisedThroughSlotOneToo) {
     EXPECT_EQ(given.scene, scene.getPointer());
     EXPECT_EQ(scene->getRefCount(), 2);
 }
+
+} // namespace RendererImplTests

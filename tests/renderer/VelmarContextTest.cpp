@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+namespace VelmarContextTests {
+
 using namespace FakeLibrary;
 using testing::ElementsAre;
 using Velmar::InterfaceRef;
@@ -54,3 +56,5 @@ TEST(VelmarContext, LibraryThatMakesNothingLeavesTheHolderEmpty) {
     context->createObject("Thing", made);
     EXPECT_EQ(made.getPointer(), nullptr);
 }
+
+} // namespace VelmarContextTests

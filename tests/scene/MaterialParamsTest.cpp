@@ -6,8 +6,14 @@
 
 #include <gtest/gtest.h>
 
+namespace ConstantWavelengthDependentParamTests {
+
 using namespace Velmar;
 using TestSupport::expectGolden;
+using TestSupport::golden;
+using TestSupport::indented;
+using TestSupport::innerElement;
+using TestSupport::replaced;
 using TestSupport::textOf;
 
 namespace {
@@ -22,11 +28,9 @@ TEST(ConstantWavelengthDependentParam, HoldsItsSpectrumAlone) {
 }
 
 TEST(ConstantWavelengthDependentParam, WritesTheSpectrumInside) {
-    expectGolden(textOf([&](OStream& stream) { constant(3)->writeXML(stream, 1, {}); }), "\t<constant>\n"
-                                                                                         "\t\t<uniform>\n"
-                                                                                         "\t\t\t<value>3</value>\n"
-                                                                                         "\t\t</uniform>\n"
-                                                                                         "\t</constant>\n");
+    expectGolden(
+        textOf([&](OStream& stream) { constant(3)->writeXML(stream, 1, {}); }),
+        indented(replaced(innerElement(golden("background/uniform"), "constant"), {{"<value>0<", "<value>3<"}})));
 }
 
 TEST(ConstantWavelengthDependentParam, WithoutASpectrumIsAnEmptyElement) {
@@ -61,3 +65,5 @@ TEST(ConstantWavelengthDependentParamDeathTest, DeletionWhileAReferenceHoldsItIs
 }
 
 } // namespace
+
+} // namespace ConstantWavelengthDependentParamTests

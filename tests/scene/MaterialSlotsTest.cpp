@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace MaterialSlotsTests {
+
 /// The renderer library calls these objects by position.
 
 using namespace Velmar;
@@ -190,3 +192,5 @@ TEST(SceneNodeSlots, AreInOrder) {
     EXPECT_TRUE((callSlot<bool, const SceneNode*>(node, 15, node)));
     callSlot<void*, unsigned>(node, 0, 1);
 }
+
+} // namespace MaterialSlotsTests

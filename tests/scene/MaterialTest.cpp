@@ -11,8 +11,10 @@
 #include <string>
 #include <string_view>
 
-using namespace TestSupport;
+namespace MaterialTests {
+
 using namespace Velmar;
+using namespace TestSupport;
 
 namespace {
 
@@ -29,13 +31,7 @@ TEST(Material, CommonSettingsFollowTheTypeElement) {
     material->delta_emission = true;
     material->emission_sampling_factor = 2;
     material->mask_name = "Glass & steel";
-    expectGolden(elementOf(*material), "\t<diffuse>\n"
-                                       "\t</diffuse>\n"
-                                       "\t<backface_emit>true</backface_emit>\n"
-                                       "\t<shadow_catcher>true</shadow_catcher>\n"
-                                       "\t<delta_emission>true</delta_emission>\n"
-                                       "\t<emission_sampling_factor>2</emission_sampling_factor>\n"
-                                       "\t<mask_name>Glass &amp; steel</mask_name>\n");
+    expectGolden(elementOf(*material), indented(golden("diffuse/with_common_settings")));
 }
 
 TEST(Material, EmissionSamplingFactorOf1IsNotWritten) {
@@ -52,15 +48,7 @@ TEST(Material, ShaderInfoComesFirstWithItsContentTwoLevelsDeeper) {
     material->albedo = new WavelengthParamStandIn("a");
     material->shared_shader_info = new SharedShaderInfo;
     material->shared_shader_info->includes.push_back("noise.txt");
-    expectGolden(elementOf(*material), "\t<diffuse>\n"
-                                       "\t<shared_shader_info>\n"
-                                       "\t\t\t<include>noise.txt</include>\n"
-                                       "\t\t\t<shader><![CDATA[]]></shader>\n"
-                                       "\t</shared_shader_info>\n"
-                                       "\t\t<albedo>\n"
-                                       "\t\t\t<a/>\n"
-                                       "\t\t</albedo>\n"
-                                       "\t</diffuse>\n");
+    expectGolden(elementOf(*material), indented(golden("diffuse/with_shader_info")));
 }
 
 TEST(Material, ShaderInfoWithTexturesAloneIsLeftOut) {
@@ -103,6 +91,13 @@ TEST(Material, NamesNoLayerUnlessItsClassDoes) {
 
 } // namespace
 
+} // namespace MaterialTests
+
+namespace DiffuseMaterialTests {
+
+using namespace Velmar;
+using namespace TestSupport;
+
 namespace {
 
 Reference<WavelengthDependentParam> number(double value) {
@@ -141,32 +136,15 @@ TEST(DiffuseMaterial, DefaultIsAnEmptyElement) {
 TEST(DiffuseMaterial, WritesAColour) {
     const Reference<DiffuseMaterial> material(new DiffuseMaterial);
     material->albedo = colour(0.8, 0.5, 0.1);
-    expectGolden(elementOf(*material), "\t<diffuse>\n"
-                                       "\t\t<albedo>\n"
-                                       "\t\t\t<constant>\n"
-                                       "\t\t\t\t<rgb>\n"
-                                       "\t\t\t\t\t<rgb>0.8 0.5 0.1</rgb>\n"
-                                       "\t\t\t\t\t<gamma>2.2</gamma>\n"
-                                       "\t\t\t\t</rgb>\n"
-                                       "\t\t\t</constant>\n"
-                                       "\t\t</albedo>\n"
-                                       "\t</diffuse>\n");
+    expectGolden(elementOf(*material), indented(replaced(innerElement(golden("material/coloured"), "diffuse"),
+                                                         {{"0.9 0.1 0", "0.8 0.5 0.1"}})));
 }
 
 TEST(DiffuseMaterial, WritesItsFieldsInFixedOrder) {
     const auto material = fullMaterial();
     material->random_triangle_colours = true;
     material->layer = 2;
-    expectGolden(elementOf(*material), "\t<diffuse>\n"
-                                       "\t\t<albedo>\n\t\t\t<a/>\n\t\t</albedo>\n"
-                                       "\t\t<bump>\n\t\t\t<b/>\n\t\t</bump>\n"
-                                       "\t\t<displacement>\n\t\t\t<d/>\n\t\t</displacement>\n"
-                                       "\t\t<base_emission>\n\t\t\t<be/>\n\t\t</base_emission>\n"
-                                       "\t\t<emission>\n\t\t\t<e/>\n\t\t</emission>\n"
-                                       "\t\t<normal_map>\n\t\t\t<n/>\n\t\t</normal_map>\n"
-                                       "\t\t<random_triangle_colours>true</random_triangle_colours>\n"
-                                       "\t\t<layer>2</layer>\n"
-                                       "\t</diffuse>\n");
+    expectGolden(elementOf(*material), indented(golden("diffuse/full")));
 }
 
 TEST(DiffuseMaterial, LayerBeyondTheSignedRangeIsWrittenNegative) {
@@ -185,20 +163,7 @@ TEST(DiffuseMaterial, TexturesPrecedeTheirParametersInTheModeWithTextures) {
     material->normal_map = normal_map.getPointer();
     XMLWriteOptions options;
     options.write_mode = 3;
-    expectGolden(elementOf(*material, options), "\t<diffuse>\n"
-                                                "\t\t<texture>\n"
-                                                "\t\t\t<path>albedo.png</path>\n"
-                                                "\t\t</texture>\n"
-                                                "\t\t<albedo>\n"
-                                                "\t\t\t<textured/>\n"
-                                                "\t\t</albedo>\n"
-                                                "\t\t<texture>\n"
-                                                "\t\t\t<path>normals.png</path>\n"
-                                                "\t\t</texture>\n"
-                                                "\t\t<normal_map>\n"
-                                                "\t\t\t<textured/>\n"
-                                                "\t\t</normal_map>\n"
-                                                "\t</diffuse>\n");
+    expectGolden(elementOf(*material, options), indented(golden("diffuse/textured")));
 }
 
 TEST(DiffuseMaterial, OtherModesAndTypesHaveNoTextures) {
@@ -258,19 +223,19 @@ TEST(DiffuseMaterial, RefersToNoNode) {
 
 } // namespace
 
+} // namespace DiffuseMaterialTests
+
+namespace SunSkyMaterialTests {
+
+using namespace Velmar;
+using namespace TestSupport;
+
 namespace {
 
 TEST(SunSkyMaterial, WritesEveryFieldEvenAtItsDefault) {
     expectGolden(elementOf(*Reference<Material>(new SunSkyMaterial)),
-                 "\t<sunsky>\n"
-                 "\t\t<sundir>0 0 1</sundir>\n"
-                 "\t\t<turbidity>2</turbidity>\n"
-                 "\t\t<extra_atmospheric>false</extra_atmospheric>\n"
-                 "\t\t<enable_sky>true</enable_sky>\n"
-                 "\t\t<sun_layer>0</sun_layer>\n"
-                 "\t\t<sky_layer>0</sky_layer>\n"
-                 "\t\t<model>original</model>\n"
-                 "\t</sunsky>\n");
+                 indented(replaced(innerElement(golden("background/sun_sky"), "sunsky"),
+                                   {{"1 1 1", "0 0 1"}, {"captured-simulation", "original"}})));
 }
 
 TEST(SunSkyMaterial, DirectionOfTheSunIsWrittenAsItStands) {
@@ -323,3 +288,5 @@ TEST(SunSkyMaterial, PassesVisitItsCommonParametersAllTheSame) {
 }
 
 } // namespace
+
+} // namespace SunSkyMaterialTests

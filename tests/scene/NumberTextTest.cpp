@@ -8,6 +8,8 @@
 #include <random>
 #include <utility>
 
+namespace NumberTextTests {
+
 using namespace Velmar;
 
 TEST(DoubleToString, WritesTheShortestDigitsInTheDocumentsForm) {
@@ -71,3 +73,5 @@ TEST(BoolToString, WritesWords) {
     EXPECT_EQ(boolToString(true), "true");
     EXPECT_EQ(boolToString(false), "false");
 }
+
+} // namespace NumberTextTests

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 #include <limits>
 
+namespace MatrixRotationTests {
+
 using namespace Velmar;
 using TestSupport::expectGolden;
 using TestSupport::textOf;
@@ -75,3 +77,5 @@ TEST(MatrixRotation, HashesTheBytesOfTheMatrix) {
 }
 
 } // namespace
+
+} // namespace MatrixRotationTests

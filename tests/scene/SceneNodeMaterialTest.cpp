@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+namespace SceneNodeMaterialTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -85,34 +87,22 @@ TEST(SceneNodeMaterial, WritesIdentityThenTheMaterial) {
     node->setUID(7);
     node->setName("Wood & co");
     node->material->mask_name = "wooden";
-    expectGolden(elementOf(*node, 1), "\t<material>\n"
-                                      "\t\t<uid>7</uid>\n"
-                                      "\t\t<name>Wood &amp; co</name>\n"
-                                      "\t\t<diffuse>\n"
-                                      "\t\t</diffuse>\n"
-                                      "\t\t<mask_name>wooden</mask_name>\n"
-                                      "\t</material>\n");
+    expectGolden(elementOf(*node, 1), indented(golden("material/with_mask_name")));
 }
 
 TEST(SceneNodeMaterial, UIDsCanBeLeftOut) {
     const MaterialNode node(new SceneNodeMaterial);
     XMLWriteOptions options;
     options.write_material_uids = false;
-    expectGolden(elementOf(*node, 0, options), "<material>\n"
-                                               "\t<name>Material</name>\n"
-                                               "\t<diffuse>\n"
-                                               "\t</diffuse>\n"
-                                               "</material>\n");
+    expectGolden(elementOf(*node, 0, options),
+                 replaced(golden("material/plain"), {{"\t<uid>1</uid>\n", ""}, {"Wood", "Material"}}));
 }
 
 TEST(SceneNodeMaterial, WithoutAMaterialWritesItsIdentityAlone) {
     const MaterialNode node(new SceneNodeMaterial);
     node->setUID(7);
     node->material = nullptr;
-    expectGolden(elementOf(*node), "<material>\n"
-                                   "\t<uid>7</uid>\n"
-                                   "\t<name></name>\n"
-                                   "</material>\n");
+    expectGolden(elementOf(*node), replaced(golden("material/empty"), {{"<uid>1<", "<uid>7<"}}));
 }
 
 TEST(SceneNodeMaterial, EachBoundScatterNodeHasAnElementOfItsOwn) {
@@ -123,18 +113,7 @@ TEST(SceneNodeMaterial, EachBoundScatterNodeHasAnElementOfItsOwn) {
     root->addChildNode(new ScatterStandIn);
     node->scatter_uids = vectorOf<UID>({3, 2});
     traverse(*node, TraversalKind::BindReferences);
-    expectGolden(elementOf(*node), "<material>\n"
-                                   "\t<uid>1</uid>\n"
-                                   "\t<name>Material</name>\n"
-                                   "\t<diffuse>\n"
-                                   "\t</diffuse>\n"
-                                   "\t<scatter_uids>\n"
-                                   "\t\t<uid>3</uid>\n"
-                                   "\t</scatter_uids>\n"
-                                   "\t<scatter_uids>\n"
-                                   "\t\t<uid>2</uid>\n"
-                                   "\t</scatter_uids>\n"
-                                   "</material>\n");
+    expectGolden(elementOf(*node), golden("material/with_scatter_nodes"));
 }
 
 TEST(SceneNodeMaterial, ScatterNodesThatWereNeverBoundAreNotWritten) {
@@ -275,12 +254,7 @@ TEST(SceneNodeMaterial, CloneHasUIDAndNameButADefaultMaterial) {
     node->material->mask_name = "mask";
     node->scatter_uids.push_back(4);
     const Reference<SceneNode> copy = node->clone();
-    expectGolden(elementOf(*copy), "<material>\n"
-                                   "\t<uid>9</uid>\n"
-                                   "\t<name>Red</name>\n"
-                                   "\t<diffuse>\n"
-                                   "\t</diffuse>\n"
-                                   "</material>\n");
+    expectGolden(elementOf(*copy), replaced(golden("material/plain"), {{"<uid>1<", "<uid>9<"}, {"Wood", "Red"}}));
     EXPECT_TRUE(static_cast<const SceneNodeMaterial&>(*copy).scatter_uids.empty());
     EXPECT_EQ(copy->getRefCount(), 1);
 }
@@ -459,3 +433,5 @@ TEST(SceneNodeRoot, MaterialNodeOfAnUnknownUIDThrows) {
 }
 
 } // namespace
+
+} // namespace SceneNodeMaterialTests

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace SceneNodeRootTests {
+
 using namespace Velmar;
 using TestSupport::PlainNode;
 
@@ -157,3 +159,5 @@ TEST_F(SceneNodeRootTest, ComparesUidAndNameOnly) {
     other->setName("Other");
     EXPECT_FALSE(root->isEqual(other.getPointer()));
 }
+
+} // namespace SceneNodeRootTests

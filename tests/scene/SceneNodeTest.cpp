@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace SceneNodeTests {
+
 using namespace Velmar;
 using TestSupport::PlainNode;
 
@@ -232,3 +234,5 @@ TEST(TraversalState, HoldsWhatItWasMadeWith) {
     node->destroyTraversalState(state);
     node->destroyTraversalState(nullptr);
 }
+
+} // namespace SceneNodeTests

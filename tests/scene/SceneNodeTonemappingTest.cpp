@@ -1,59 +1,50 @@
 #include "scene/SceneNodeTonemapping.h"
 
 #include "tests/support/Documents.h"
+#include "tests/support/Golden.h"
 
 #include <gtest/gtest.h>
 
+namespace SceneNodeTonemappingTests {
+
 using namespace Velmar;
-using TestSupport::elementOf;
+using namespace TestSupport;
 
 namespace {
 
 Reference<SceneNodeTonemapping> tonemapping(std::uint32_t kind = SceneNodeTonemapping::linear) {
     Reference<SceneNodeTonemapping> node(new SceneNodeTonemapping);
-    node->setUID(2);
+    node->setUID(1);
     node->tone_mapper_kind = kind;
     return node;
-}
-
-std::string documentOf(const char* settings) {
-    return std::string("<tonemapping>\n\t<uid>2</uid>\n\t<name>Tone Mapping</name>\n") + settings + "</tonemapping>\n";
 }
 
 } // namespace
 
 TEST(SceneNodeTonemapping, ANewNodeIsLinear) {
-    EXPECT_EQ(elementOf(*tonemapping()), documentOf("\t<linear>\n\t\t<scale>1</scale>\n\t</linear>\n"));
+    EXPECT_EQ(elementOf(*tonemapping()), golden("tonemapping/linear"));
 }
 
 TEST(SceneNodeTonemapping, ReinhardHasThreeSettings) {
-    EXPECT_EQ(elementOf(*tonemapping(1001)), documentOf("\t<reinhard>\n"
-                                                        "\t\t<pre_scale>4</pre_scale>\n"
-                                                        "\t\t<post_scale>1</post_scale>\n"
-                                                        "\t\t<burn>6</burn>\n"
-                                                        "\t</reinhard>\n"));
+    EXPECT_EQ(elementOf(*tonemapping(1001)), golden("tonemapping/reinhard"));
 }
 
 TEST(SceneNodeTonemapping, TheCamerasPathStaysRelative) {
     XMLWriteOptions options;
     options.scene_dir = "D:\\work";
-    EXPECT_EQ(
-        elementOf(*tonemapping(1002), 0, options),
-        documentOf("\t<camera>\n"
-                   "\t\t<response_function_path>data/camera_response_functions/dscs315.txt</response_function_path>\n"
-                   "\t\t<film_iso>200</film_iso>\n"
-                   "\t\t<ev_adjust>0</ev_adjust>\n"
-                   "\t</camera>\n"));
+    EXPECT_EQ(elementOf(*tonemapping(1002), 0, options), golden("tonemapping/camera"));
 }
 
 TEST(SceneNodeTonemapping, FilmicHasTheScale) {
     const auto node = tonemapping(1003);
     node->scale = 0.5;
-    EXPECT_EQ(elementOf(*node), documentOf("\t<filmic>\n\t\t<scale>0.5</scale>\n\t</filmic>\n"));
+    EXPECT_EQ(elementOf(*node),
+              replaced(golden("tonemapping/linear"), {{"linear", "filmic"}, {"<scale>1<", "<scale>0.5<"}}));
 }
 
 TEST(SceneNodeTonemapping, AnUnknownKindWritesTheIdentityOnly) {
-    EXPECT_EQ(elementOf(*tonemapping(999)), documentOf(""));
+    EXPECT_EQ(elementOf(*tonemapping(999)),
+              replaced(golden("tonemapping/linear"), {{"\t<linear>\n\t\t<scale>1</scale>\n\t</linear>\n", ""}}));
 }
 
 TEST(SceneNodeTonemapping, ACloneHasAllFields) {
@@ -97,3 +88,5 @@ TEST(SceneNodeTonemapping, ItsPathIsNoDependency) {
     node->traverse(state);
     EXPECT_TRUE(state.dependencies.empty());
 }
+
+} // namespace SceneNodeTonemappingTests

@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <vector>
 
+namespace SceneXMLWriterTests {
+
 using namespace Velmar;
 using namespace TestSupport;
 
@@ -187,3 +189,5 @@ TEST_F(SceneXMLWriterTest, OneNodeIsTooLittleToReport) {
     writeSceneXML(*root, path, true, &listener);
     EXPECT_TRUE(listener.fractions.empty());
 }
+
+} // namespace SceneXMLWriterTests

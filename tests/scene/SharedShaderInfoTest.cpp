@@ -9,8 +9,12 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace SharedShaderInfoTests {
+
 using namespace Velmar;
 using TestSupport::expectGolden;
+using TestSupport::golden;
+using TestSupport::indented;
 using TestSupport::ShaderParameterStandIn;
 using TestSupport::TexCoordStandIn;
 using TestSupport::textOf;
@@ -114,23 +118,13 @@ TEST(SharedShaderInfo, ContentStandsTwoLevelsDeeper) {
     info->includes.push_back("a & b.txt");
     info->textures.push_back(textureAt("t.png"));
     info->shader = "x < y";
-    expectGolden(shaderElement(*info), "\t<shared_shader_info>\n"
-                                       "\t\t\t<parameter/>\n"
-                                       "\t\t\t<include>a &amp; b.txt</include>\n"
-                                       "\t\t\t<texture>\n"
-                                       "\t\t\t\t<path>t.png</path>\n"
-                                       "\t\t\t</texture>\n"
-                                       "\t\t\t<shader><![CDATA[x < y]]></shader>\n"
-                                       "\t</shared_shader_info>\n");
+    expectGolden(shaderElement(*info), indented(golden("shared_shader_info/full")));
 }
 
 TEST(SharedShaderInfo, EmptyProgramIsWrittenAllTheSame) {
     const Reference<SharedShaderInfo> info(new SharedShaderInfo);
     info->includes.push_back("one");
-    expectGolden(shaderElement(*info), "\t<shared_shader_info>\n"
-                                       "\t\t\t<include>one</include>\n"
-                                       "\t\t\t<shader><![CDATA[]]></shader>\n"
-                                       "\t</shared_shader_info>\n");
+    expectGolden(shaderElement(*info), indented(golden("shared_shader_info/empty")));
 }
 
 TEST(SharedShaderInfo, EndOfASectionInsideTheProgramIsNotSplit) {
@@ -214,3 +208,5 @@ TEST(SharedShaderInfo, OtherPassesDoNothing) {
 }
 
 } // namespace
+
+} // namespace SharedShaderInfoTests

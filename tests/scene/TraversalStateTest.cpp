@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace DependencyPathsTests {
+
 using namespace Velmar;
 
 namespace {
@@ -50,3 +52,5 @@ TEST(MapDependencyPath, FindsPathsWithBytesFrom0x80AfterTheTableHasGrown) {
         EXPECT_EQ(mapDependencyPath(map, toVelmarString("\xC3\xA4" + std::to_string(i))),
                   toVelmarString(std::to_string(i)));
 }
+
+} // namespace DependencyPathsTests

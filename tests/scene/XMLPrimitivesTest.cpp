@@ -6,6 +6,8 @@
 #include <array>
 #include <gtest/gtest.h>
 
+namespace XMLPrimitivesTests {
+
 using namespace Velmar;
 using TestSupport::textOf;
 
@@ -131,3 +133,5 @@ TEST(NodeIdentity, IsUidAndName) {
     node->setName("a&b");
     EXPECT_EQ(textOf([&](OStream& s) { writeNodeIdentity(s, 1, *node); }), "\t<uid>7</uid>\n\t<name>a&amp;b</name>\n");
 }
+
+} // namespace XMLPrimitivesTests

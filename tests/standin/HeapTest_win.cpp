@@ -3,7 +3,7 @@
 #include "velmarapi.h"
 
 #include "tests/standin/ExampleScene.h"
-#include "tests/standin/LibraryFolder.h"
+#include "tests/support/LibraryFolder.h"
 
 #include <array>
 #include <gtest/gtest.h>

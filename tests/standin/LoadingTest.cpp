@@ -1,8 +1,8 @@
 #include "velmarapi.h"
 #include "velmarexceptions.h"
 
-#include "tests/api/Library.h"
-#include "tests/standin/LibraryFolder.h"
+#include "tests/support/Handles.h"
+#include "tests/support/LibraryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,10 +1,11 @@
 #include "velmarapi.h"
 #include "velmarexceptions.h"
 
-#include "tests/api/Library.h"
 #include "tests/standin/ExampleScene.h"
-#include "tests/standin/LibraryFolder.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/Handles.h"
+#include "tests/support/LibraryFolder.h"
+#include "tests/support/System.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>

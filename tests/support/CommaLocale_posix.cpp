@@ -1,6 +1,6 @@
 #include "tests/support/CommaLocale.h"
-#include "tests/support/Environment.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/System.h"
 #include "tests/support/TempDir.h"
 
 #include <clocale>

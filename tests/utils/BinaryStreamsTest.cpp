@@ -13,6 +13,8 @@
 #include <string>
 #include <string_view>
 
+namespace BinaryStreamsTests {
+
 using TestSupport::callSlot;
 
 namespace {
@@ -203,3 +205,5 @@ TEST(BufferOutStream, DestroyWithoutTheFlagKeepsTheMemory) {
     stream->writeData("abc", 3);
     EXPECT_EQ(memory, callSlot<void*>(stream, 0, 0U));
 }
+
+} // namespace BinaryStreamsTests

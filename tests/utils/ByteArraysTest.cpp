@@ -9,6 +9,8 @@
 #include <stdexcept>
 #include <string>
 
+namespace ByteArraysTests {
+
 using Velmar::AlignedByteArray;
 using Velmar::ByteVector;
 
@@ -166,3 +168,5 @@ TEST(AlignedByteArray, ExhaustedMemoryChangesNothing) {
         EXPECT_EQ(0, std::memcmp(bytes.data(), "abc", 3));
     }
 }
+
+} // namespace ByteArraysTests

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace DigitsTests {
+
 namespace {
 
 TEST(Digits, AreToldFromAllOtherBytes) {
@@ -48,3 +50,5 @@ TEST(Digits, FourNumbersAreJoinedWhateverStandsBehindThem) {
 }
 
 } // namespace
+
+} // namespace DigitsTests

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace FileUtilsTests {
+
 using TestSupport::readFileBytes;
 using TestSupport::TempDir;
 using TestSupport::withSystemLineEnds;
@@ -266,3 +268,5 @@ TEST(Paths, OfEachLengthAroundTheOldLimitWork) {
         EXPECT_EQ("x", MappedFile(path).getText());
     }
 }
+
+} // namespace FileUtilsTests

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace MappedFileTests {
+
 using namespace TestSupport;
 
 TEST(MappedFile, GivesTheBytesOfTheFile) {
@@ -80,3 +82,5 @@ TEST(MappedFile, TheFileCanBeReplacedAfterwards) {
     writeFileBytes(dir.file("a"), "new one");
     EXPECT_EQ("new one", MappedFile(dir.file("a")).getText());
 }
+
+} // namespace MappedFileTests

@@ -12,6 +12,8 @@
 #include <locale>
 #include <string>
 
+namespace OFStreamTests {
+
 using TestSupport::readFileBytes;
 using TestSupport::TempDir;
 using TestSupport::withSystemLineEnds;
@@ -154,3 +156,5 @@ TEST(OFStream, OperationsStandInTheOrderOfTheirSlots) {
     EXPECT_EQ(stream, TestSupport::callSlot<void*>(stream, 0, 1U));
     EXPECT_EQ("text 1.5", readFileBytes(path));
 }
+
+} // namespace OFStreamTests

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+namespace ParseFloatTests {
+
 using namespace TestSupport;
 
 namespace {
@@ -253,3 +255,5 @@ TEST(ParseFloat, DigitsBehindTheEndOfTheBufferDontCount) {
     EXPECT_EQ(1.23F, value);
     EXPECT_EQ(4U, parser.pos);
 }
+
+} // namespace ParseFloatTests

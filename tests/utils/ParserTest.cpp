@@ -10,6 +10,8 @@
 #include <limits>
 #include <string>
 
+namespace ParserTests {
+
 namespace {
 
 Parser over(std::string_view text) {
@@ -226,3 +228,5 @@ TEST(ParserOver, AnEmptyFileIsAtItsEnd) {
     EXPECT_FALSE(parser.parseInt(integer));
     EXPECT_FALSE(parser.parseString("a"));
 }
+
+} // namespace ParserTests

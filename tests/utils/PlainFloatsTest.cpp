@@ -11,6 +11,8 @@
 #include <random>
 #include <string>
 
+namespace PlainFloatsTests {
+
 using namespace TestSupport;
 
 namespace {
@@ -191,3 +193,5 @@ TEST(PlainFloats, AreNeverReadFromBrokenText) {
 }
 
 } // namespace
+
+} // namespace PlainFloatsTests

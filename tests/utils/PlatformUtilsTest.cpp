@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace PlatformUtilsTests {
+
 TEST(ErrorText, UnknownCodesAreShownAsSuch) {
     EXPECT_EQ("[Unknown (error code=1234567)]", PlatformUtils::getErrorText(1234567));
 }
@@ -30,3 +32,5 @@ TEST(Clock, MeasuresSeconds) {
     // Two calls in a row can't be a day apart, whatever the machine is doing.
     EXPECT_LT(second - first, 86400.0);
 }
+
+} // namespace PlatformUtilsTests

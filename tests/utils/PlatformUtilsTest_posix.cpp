@@ -1,5 +1,5 @@
-#include "tests/support/Environment.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/System.h"
 #include "tests/support/TempDir.h"
 #include "utils/FileUtils.h"
 #include "utils/PlatformUtils.h"

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 #include <string>
 
+namespace SystemTests {
+
 using TestSupport::TempDir;
 
 TEST(Module, AMissingFileIsNotLoadedForAReason) {
@@ -27,3 +29,5 @@ TEST(Module, AFileThatIsNoLibraryIsNotLoadedForAReason) {
 TEST(Module, UnloadingNothingDoesNothing) {
     Velmar::unloadModule(nullptr);
 }
+
+} // namespace SystemTests

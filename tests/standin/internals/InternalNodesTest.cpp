@@ -7,7 +7,7 @@
 #include "scene/nodes/SceneNodeCurve1D.h"
 #include "scene/nodes/SceneNodeRenderSettings.h"
 #include "scene/nodes/SceneNodeSphere.h"
-#include "tests/standin/LibraryFolder.h"
+#include "tests/support/LibraryFolder.h"
 #include "tests/support/MaterialStandIns.h"
 
 #include <algorithm>

@@ -12,7 +12,7 @@
 #include "scene/nodes/ImageSettings.h"
 #include "scene/nodes/SceneNodeCurve1D.h"
 #include "scene/nodes/SceneNodeSphere.h"
-#include "tests/standin/LibraryFolder.h"
+#include "tests/support/LibraryFolder.h"
 #include "tests/support/MaterialStandIns.h"
 #include "tests/support/MemoryOStream.h"
 

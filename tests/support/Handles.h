@@ -5,9 +5,6 @@
 
 namespace TestSupport {
 
-/// The address behind an exported name of the loaded library, or null.
-void* exportedFunction(const char* name);
-
 /// The reference count of the object behind a handle: its second 64-bit word.
 inline std::int64_t refCountOf(const void* handle) {
     std::int64_t count = 0;

@@ -1,12 +1,15 @@
-#include "tests/standin/Environment.h"
+#include "tests/support/System.h"
 
 #include <cstdlib>
 #include <dlfcn.h>
 
 namespace TestSupport {
 
-void setEnvironmentVariable(const char* name, const char* value) {
-    setenv(name, value, 1);
+void setEnvironmentVariable(const std::string& name, const char* value) {
+    if (value == nullptr)
+        unsetenv(name.c_str());
+    else
+        setenv(name.c_str(), value, 1);
 }
 
 void* functionOfLoadedModule(const char* path, const char* name) {
@@ -16,5 +19,11 @@ void* functionOfLoadedModule(const char* path, const char* name) {
     dlclose(module);
     return function;
 }
+
+void* exportedFunction(const char* name) {
+    return dlsym(RTLD_DEFAULT, name);
+}
+
+void reportCrashes() {}
 
 } // namespace TestSupport

@@ -1,7 +1,7 @@
-#include "tests/standin/LibraryFolder.h"
+#include "tests/support/LibraryFolder.h"
 
-#include "tests/standin/Environment.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/System.h"
 
 #include <fstream>
 
