@@ -1,6 +1,5 @@
 #include "api/Handles.h"
 #include "api/MaterialValues.h"
-#include "api/NewObject.h"
 #include "scene/Material.h"
 
 using namespace Velmar;

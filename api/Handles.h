@@ -6,6 +6,7 @@
 
 #include "api/HandleClasses.h"
 
+#include <memory>
 #include <span>
 
 namespace Velmar {
@@ -19,6 +20,14 @@ template <class Handle>
 Handle* toHandle(typename ObjectOf<Handle>::type* object) {
     return reinterpret_cast<Handle*>(object);
 }
+
+struct DestroyObject {
+    void operator()(ThreadSafeRefCounted* object) const { object->destroy(1); }
+};
+
+/// A new object with count 0, to be returned to the host. It is destroyed if an exception is thrown before.
+template <class T>
+using NewObject = std::unique_ptr<T, DestroyObject>;
 
 /// Counts an object that the host passed, for the duration of a call. The host's objects often have count 0, and a
 /// `Reference` to such an object would destroy it if the call fails. This count is taken back without destroying

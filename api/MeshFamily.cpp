@@ -1,5 +1,4 @@
 #include "api/Handles.h"
-#include "api/NewObject.h"
 #include "mesh/VmmeshFile.h"
 
 #include <span>

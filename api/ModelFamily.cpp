@@ -1,5 +1,4 @@
 #include "api/Handles.h"
-#include "api/NewObject.h"
 #include "scene/Rotations.h"
 #include "utils/Lines.h"
 

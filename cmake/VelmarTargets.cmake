@@ -125,7 +125,7 @@ function(velmar_link_aliases target def)
 endfunction()
 
 # velmar_failing_allocations(<program>): adds tests/faults/FailingAllocation.h. The exports are linked statically, because only
-# what is goes through the linker's wrappers.
+# calls of these go through the linker's wrappers.
 function(velmar_failing_allocations target)
     set(faults "${PROJECT_SOURCE_DIR}/tests/faults")
     target_sources(${target} PRIVATE "${faults}/FailingAllocation.cpp" $<TARGET_OBJECTS:velmar_exports>)

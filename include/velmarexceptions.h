@@ -5,9 +5,9 @@
 #include <string>
 #include <utility>
 
-/// What the library throws. Each class stands alone: none derives from another or from `std::exception`, so a host that
+/// What the library throws. No class derives from another or from `std::exception`, so a host that
 /// wants to see them catches them by type. On Windows, use the library made for the host's compiler; with Microsoft's,
-/// compile with /EHs. The names tell the layer that failed; the message tells the rest.
+/// compile with /EHs. The class names the layer that failed, the message describes the failure.
 
 namespace Velmar {
 

@@ -4,8 +4,8 @@
 #include "kit/PlyPolygons.h"
 #include "kit/velmarkit.h"
 
+#include "api/Handles.h"
 #include "api/MaterialValues.h"
-#include "api/NewObject.h"
 #include "scene/Material.h"
 #include "scene/Rotations.h"
 

@@ -53,7 +53,7 @@ int32_t VelmarKit_Scene_RemoveNode(VelmarScene* scene, void* node) {
     return guarded(Subject::scene, [&] {
         SceneNodeRoot& root = objectOf(scene, "scene");
         SceneNode& child = nodeOf(node, "node");
-        // With no other holder it goes back to the host, alive.
+        // Without another owner it is the host's again, alive.
         const HeldForCall held(&child);
         if (!root.removeChildNode(child)) refuse("node", " isn't in this scene");
     });

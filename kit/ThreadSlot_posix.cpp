@@ -12,7 +12,7 @@ class Slot {
     Slot() : made(pthread_key_create(&key, std::free) == 0) {}
     ~Slot() {
         if (!made) return;
-        // Other threads have ended or keep theirs: the library goes.
+        // Other threads have ended or keep theirs: the library is unloaded.
         std::free(pthread_getspecific(key));
         pthread_key_delete(key);
     }

@@ -86,8 +86,8 @@ class RecordAppender {
     std::size_t size() const { return count; }
 
   private:
-    /// To what the rest of the text contains if it goes on as it did from the first record on, so that a large list is
-    /// hardly ever copied.
+    /// To what the rest of the text contains if it continues as it did from the first record on, so that a large list
+    /// is hardly ever copied.
     void grow() {
         constexpr std::size_t min_sample = 1024;
         constexpr std::size_t reliable_sample = 32768;

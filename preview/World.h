@@ -97,7 +97,7 @@ class World {
 
     /// Returns whether the ray hits something; then `hit` is Embree's record of it.
     bool intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const;
-    /// What `hit`, a record of `intersect`, stands for.
+    /// What was hit, by a record of `intersect`.
     SurfacePoint pointAt(const RTCRayHit& hit) const;
     /// Whether something is between the ray's origin and its length.
     bool isOccluded(const Ray& ray) const;

@@ -1,4 +1,4 @@
-// Rays in a world: what Embree calls for each hit and each sphere, and what a hit stands for.
+// Rays in a world: what Embree calls for each hit and each sphere, and what was hit.
 
 #include "preview/World.h"
 

@@ -27,7 +27,7 @@ void zeroFill(AlignedFloatVector& buffer) {
 // The members' own destructors release everything, the last member first.
 MasterBuffer::MasterBuffer(const ImageStoreSize& size, const Vector<String>& layer_names, bool gpu,
                            const RenderChannelRequest& request)
-    : greatest_tile_edge(greatestEdgeWithin(tile_area)), begun_at(PlatformUtils::getTimeSeconds()),
+    : max_tile_edge(greatestEdgeWithin(tile_area)), begun_at(PlatformUtils::getTimeSeconds()),
       channels(new VelmarSDKAllocator), width(size.width), height(size.height), layer_width(size.layer_width),
       layer_height(size.layer_height), margin(size.margin), super_sample_factor(size.super_sample_factor),
       progressive(request.progressive ? 1 : 0), allocator(channels.main_buffer.getAllocator()) {

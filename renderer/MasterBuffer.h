@@ -71,7 +71,7 @@ class MasterBuffer : public SdkAllocated {
   public:
     // The library's as much as ours.
     std::uint32_t reserved_8 = 0;
-    std::uint32_t greatest_tile_edge;
+    std::uint32_t max_tile_edge;
     std::uint32_t reserved_16 = 1;
     std::uint64_t reserved_24 = 0;
     double constructed_at = 0.0;
@@ -111,7 +111,7 @@ class MasterBuffer : public SdkAllocated {
 };
 
 static_assert(offsetof(MasterBuffer, reserved_8) == 8);
-static_assert(offsetof(MasterBuffer, greatest_tile_edge) == 12);
+static_assert(offsetof(MasterBuffer, max_tile_edge) == 12);
 static_assert(offsetof(MasterBuffer, reserved_16) == 16);
 static_assert(offsetof(MasterBuffer, reserved_24) == 24);
 static_assert(offsetof(MasterBuffer, constructed_at) == 32);

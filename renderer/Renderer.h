@@ -42,7 +42,7 @@ class RendererImpl final : public SdkAllocated {
     RendererImpl& operator=(const RendererImpl&) = delete;
 
     /// Slot 0. Runs the destructor and, with bit 0 of `flags` set, frees the memory. The library's objects go first and
-    /// the context, which may unload the library, goes last.
+    /// the context, which may unload the library, is released last.
     void* destroy(unsigned flags);
 
     /// The library's object.

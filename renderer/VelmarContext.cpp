@@ -1,6 +1,5 @@
 #include "renderer/VelmarContext.h"
 
-#include "renderer/MemAllocFunctions.h"
 #include "utils/FileUtils.h"
 #include "utils/PlatformUtils.h"
 #include "utils/System.h"

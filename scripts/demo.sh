@@ -53,4 +53,4 @@ tr -d '\r' <demo/scene.xml | cmp - demo/native/scene.xml || die "the two builds 
 say "the native build wrote the same scene, byte for byte except for the line ends (demo/native/)"
 
 say "render_in_c.exe passes a scene to a stub renderer library, which prints each call"
-(cd build/windows/standin/demo && VELMAR_STANDIN_RECORD=- ../../wine ../../render_in_c.exe | tr -d '\r' | grep -v '^ ')
+(cd build/windows/fake_library/demo && VELMAR_FAKE_LIBRARY_RECORD=- ../../wine ../../render_in_c.exe | tr -d '\r' | grep -v '^ ')

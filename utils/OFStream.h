@@ -20,7 +20,7 @@ class OFStream : public Destroyable<OFStream, OStream> {
     void writeString(const String& text) override;
     void writeDouble(double value) override;
 
-    /// Writes what is buffered to the file, so that `failed` tells of it too.
+    /// Writes what is buffered to the file, so that `failed` reports its errors too.
     void flush();
 
     /// Whether opening or a write has failed.

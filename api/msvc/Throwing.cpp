@@ -2,8 +2,8 @@
 
 #include "velmarexceptions.h"
 
-#include "renderer/MemAllocFunctions.h"
 #include "renderer/MicrosoftException.h"
+#include "renderer/VelmarContext.h"
 
 #include <windows.h>
 // After windows.h, which it needs.
@@ -85,8 +85,8 @@ struct StdStringMessage {
         if (size < large_block) return static_cast<char*>(allocate(size));
         void* const block = allocate(size + sizeof(void*) + alignment - 1);
         if (block == nullptr) return nullptr;
-        const std::uintptr_t behind = reinterpret_cast<std::uintptr_t>(block) + sizeof(void*) + alignment - 1;
-        auto* const text = reinterpret_cast<char*>(behind / alignment * alignment);
+        const std::uintptr_t after_object = reinterpret_cast<std::uintptr_t>(block) + sizeof(void*) + alignment - 1;
+        auto* const text = reinterpret_cast<char*>(after_object / alignment * alignment);
         reinterpret_cast<void**>(text)[-1] = block;
         return text;
     }

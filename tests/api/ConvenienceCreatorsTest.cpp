@@ -75,7 +75,7 @@ TEST(ConvenienceCreators, DefaultMaterialIsLightGrey) {
     EXPECT_EQ(Written(velmar_create_default_material).text, document({materialElement("1", "Default")}));
 }
 
-TEST(ConvenienceCreators, SunAndSkyStandInADirectionOfAnyLength) {
+TEST(ConvenienceCreators, SunAndSkyTakeADirectionOfAnyLength) {
     EXPECT_EQ(Written(velmar_create_sunsky).text, document({golden("background/sun_sky")}));
 }
 

@@ -17,7 +17,7 @@ namespace {
 
 const std::array<float, 12> four_vertices = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
 
-/// The words of a plain vmmesh file behind its header of 16 bytes.
+/// The words of a plain vmmesh file after its header of 16 bytes.
 std::vector<std::uint32_t> wordsOf(VelmarMesh* mesh) {
     const TempDir dir;
     VelmarMesh_WriteToFile(mesh, dir.file("m.vmmesh").c_str());

@@ -30,7 +30,7 @@ TEST(SceneFamily, AnAddedNodeIsCountedOnceByTheScene) {
     VelmarScene_Delete(scene);
 }
 
-TEST(SceneFamily, NodesStandInTheOrderOfAddingWhateverTheFunction) {
+TEST(SceneFamily, NodesAreInTheOrderOfAddingWhateverTheFunction) {
     VelmarScene* const scene = VelmarScene_Create();
     VelmarScene_AddTonemapping(scene, VelmarTonemapping_Create());
     VelmarScene_AddBackground(scene, reinterpret_cast<VelmarBackground*>(VelmarTonemapping_Create()));

@@ -47,7 +47,7 @@ TEST(CommaLocale, OfTheHostChangesNoNumberThatIsRead) {
     const CommaLocale comma;
     expectCommaOfTheHost();
     for (const auto& [name, text] : {std::pair{"a.obj", obj}, std::pair{"a.ply", ply}, std::pair{"a.stl", stl},
-                                     // Without a line end behind the last number, which takes a way of its own.
+                                     // Without a line end after the last number, which takes a way of its own.
                                      std::pair{"a.ply", ply.substr(0, ply.size() - 1)}}) {
         const TextFile file(name, text);
         EXPECT_EQ(bytesOf(positionsOf(file.path())), bytesOf(expected)) << name;

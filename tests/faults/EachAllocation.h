@@ -17,14 +17,14 @@ namespace Faults {
 
 inline const std::string bad_allocation = "std::bad_alloc";
 
-/// An operation and how its outcome is told. Only `act` meets failures.
+/// An operation and how its outcome is described. Only `act` meets failures.
 struct Operation {
     std::function<void()> act;
     /// The whole result of `act`, after it returned.
     std::function<std::string()> tellResult;
-    /// What `act` may throw, as `thrownBy` tells it.
+    /// What `act` may throw, as `thrownBy` describes it.
     std::vector<std::string> failures;
-    /// Removes what `act` may leave behind.
+    /// Removes what `act` may leave.
     std::function<void()> cleanUp = [] {};
 };
 
@@ -59,7 +59,7 @@ inline void failEachAllocation(const Operation& operation) {
         return result;
     };
     const std::string expected = resultNow();
-    constexpr std::size_t longest_failure = 1000;
+    constexpr std::size_t max_failure_length = 1000;
 
     for (const Lasting lasting : {Lasting::once, Lasting::for_ever}) {
         bool met = true;
@@ -71,7 +71,7 @@ inline void failEachAllocation(const Operation& operation) {
             std::int64_t blocks_after = 0;
             std::string failure;
             bool same_result = false;
-            failure.reserve(longest_failure);
+            failure.reserve(max_failure_length);
             const std::int64_t blocks_before = liveBlocks();
             {
                 FailingAllocation fault(nth, lasting);

@@ -233,7 +233,7 @@ class Exports : public testing::TestWithParam<const char*> {
         return host.describe();
     }
 
-    /// The blocks that a host with one successful call leaves behind.
+    /// The blocks that a host with one successful call leaves.
     static std::int64_t blocksLeftBy(const Call& call) {
         const std::int64_t before = liveBlocks();
         describeAfter(call);

@@ -124,7 +124,7 @@ class FailingReader : public testing::Test {
                                 }});
     }
 
-    /// RPly tells of want of memory by the same words as of a bad file.
+    /// RPly reports missing memory by the same words as a bad file.
     void failEachAllocationOfPly(const std::string& text) const {
         const std::string path = makeFile("a.ply", text);
         failEachAllocationOf(path,
@@ -133,7 +133,7 @@ class FailingReader : public testing::Test {
     }
 
     void expectNoTemporaryFile() const {
-        EXPECT_TRUE(std::filesystem::is_empty(systemPath(temporary.path()))) << "a temporary file was left behind";
+        EXPECT_TRUE(std::filesystem::is_empty(systemPath(temporary.path()))) << "a temporary file was left";
     }
 
     const TempDir dir;

@@ -87,7 +87,7 @@ class Pool {
     void markHeld() { entries_[last_].held = true; }
 
     /// As `any`, but a handle that is to be given to another object: it is added to the scene first, so that it stays
-    /// alive when that object goes.
+    /// alive when that object is destroyed.
     template <class Add>
     Handle* anyInScene(Input& input, VelmarScene* scene, Add add_to_scene) {
         Handle* const handle = any(input);
@@ -115,7 +115,8 @@ class Pool {
     std::size_t last_ = 0;
 };
 
-/// Everything that a host has made so far. The scene goes last: what it holds must outlive the use of the handles.
+/// Everything that a host has made so far. The scene is deleted last: what it holds must outlive the use of the
+/// handles.
 struct Host {
     VelmarScene* scene = VelmarScene_Create();
     Pool<VelmarMesh> meshes{VelmarMesh_Delete};
@@ -445,7 +446,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static constexpr Step steps[] = {makeSomething,     makeSomething,  changeMesh,      changeMesh,   changeCamera,
                                      changeTonemapping, changeSettings, changeModel,     giveMaterial, addToScene,
                                      addToScene,        createWhole,    deleteSomething, writeScene};
-    constexpr int most_steps = 200;
+    constexpr int max_steps = 200;
     [[maybe_unused]] static const bool prepared = (Faults::prepareRuntime(), true);
 
     Input input(data, size);
@@ -453,7 +454,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     {
         Host host;
         scene = host.scene;
-        for (int i = 0; i < most_steps && !input.empty(); ++i) {
+        for (int i = 0; i < max_steps && !input.empty(); ++i) {
             // What the byte holds beyond the step: no failure, the first allocation alone, it and all that follow, the
             // second alone ...
             const auto byte = input.take<std::uint8_t>();
@@ -463,7 +464,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             try {
                 steps[byte % std::size(steps)](host, input);
             } catch (const Velmar::VelmarException&) {
-                // An inconsistent mesh, say: the host goes on.
+                // An inconsistent mesh, say: the host continues.
             } catch (const Velmar::Exception&) {
                 // A buffer without memory.
             } catch (const std::bad_alloc&) {

@@ -20,7 +20,7 @@ void requireAgreement(std::string_view text) {
 
 } // namespace
 
-/// `parseFloat` gives the value and the cursor of the reference, at the end of a buffer and with more text behind.
+/// `parseFloat` gives the value and the cursor of the reference, at the end of a buffer and with more text after it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     requireAgreement(text);

@@ -69,7 +69,7 @@ TEST(String, SeventeenBytesFitExactlyOnTheHeap) {
     EXPECT_EQ(seventeen, text.view());
 }
 
-TEST(String, FieldsStandInTheirOrder) {
+TEST(String, FieldsAreInTheirOrder) {
     const String text(seventeen.c_str());
     const auto words = wordsOf(text);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(text.data()), words[0]);

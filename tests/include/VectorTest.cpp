@@ -23,7 +23,7 @@ using Velmar::Vector;
 
 namespace {
 
-constexpr std::size_t greatest_size = std::numeric_limits<std::size_t>::max();
+constexpr std::size_t max_size = std::numeric_limits<std::size_t>::max();
 
 /// Writes down every copy and destruction; the copy numbered `failing_copy` throws.
 class Logged {
@@ -85,7 +85,7 @@ TEST(Vector, BeginsEmptyWithoutAnArray) {
     EXPECT_EQ(0U, numbers.capacity());
 }
 
-TEST(Vector, FieldsStandInTheirOrder) {
+TEST(Vector, FieldsAreInTheirOrder) {
     Vector<int> numbers = countTo(2);
     numbers.reserve(5);
     std::array<std::uint64_t, 3> words = {};
@@ -283,7 +283,7 @@ TEST(Vector, AppendEndsAtTheCapacityOfSinglePushes) {
 
 TEST(Vector, ExhaustedMemoryLeavesTheOldContents) {
     Vector<int> numbers = countTo(3);
-    for (const std::size_t n : {greatest_size, greatest_size / sizeof(int), greatest_size / sizeof(int) / 2}) {
+    for (const std::size_t n : {max_size, max_size / sizeof(int), max_size / sizeof(int) / 2}) {
         EXPECT_THROW(numbers.reserve(n), std::bad_alloc);
         EXPECT_THROW(numbers.resize(n), std::bad_alloc);
         EXPECT_THROW(numbers.resizeUninitialized(n), std::bad_alloc);

@@ -109,7 +109,7 @@ TEST(BrokenFiles, PlyCountsThatOverflowWhileTheyAreParsed) {
 }
 
 TEST(BrokenFiles, VmmeshBlocksWhoseSizeInBytesWraps) {
-    // Plain: vertices, normals, UVs, triangles and quads stand behind so many words of zeros.
+    // Plain: vertices, normals, UVs, triangles and quads come after so many words of zeros.
     const std::vector<std::pair<int, std::uint32_t>> blocks = {{0, 12}, {1, 12}, {3, 8}, {4, 28}, {5, 36}};
     for (const auto& [words_before, record] : blocks) {
         const auto wraps = static_cast<std::uint32_t>((std::uint64_t{1} << 32) / record + 1);
@@ -168,7 +168,7 @@ TEST(BrokenFiles, PlyCornersThatAreNoIndices) {
 }
 
 TEST(BrokenFiles, TextsThatEndInANumberAKeywordOrALineAtThePagesEnd) {
-    // The byte behind belongs to nobody.
+    // The next byte belongs to nobody.
     constexpr std::size_t page = 4096;
     const std::vector<std::pair<std::string, std::string>> ends = {
         {"a.obj", obj_positions + "f 1 2 3"},

@@ -188,7 +188,7 @@ std::string stlOutcome(const std::string& text) {
     return message + bytesOf(mesh.verts) + bytesOf(mesh.triangles);
 }
 
-/// Facets are read on a quick road when they are of the usual form. Two blanks before "normal" change nothing of what
+/// Facets are read on the fast path when they are of the usual form. Two blanks before "normal" change nothing of what
 /// they mean, but take them off that road.
 std::string offTheQuickRoad(std::string text) {
     for (std::size_t at = 0; (at = text.find("facet normal", at)) != std::string::npos; at += 12)
@@ -219,7 +219,7 @@ TEST(StlLoader, ReadsFacetsOfTheUsualFormAsAnyOthers) {
             text += "endloop" + end + "endfacet" + end;
         }
         if (random() % 4 != 0) text += "endsolid x\n";
-        // The last facets of a file are too near to its end for the quick road.
+        // The last facets of a file are too near to its end for the fast path.
         if (random() % 2 == 0) text += std::string(200, ' ');
         ASSERT_EQ(stlOutcome(text), stlOutcome(offTheQuickRoad(text))) << text;
     }

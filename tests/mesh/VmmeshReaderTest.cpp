@@ -286,7 +286,7 @@ TEST(VmmeshReader, DoesNotBelieveTheFramesLength) {
 }
 
 TEST(VmmeshReader, ReadsWhatADamagedFrameDoesNotGiveAsZeros) {
-    // The frame's length is told as 0, so that nothing is decompressed: six zero words make an empty mesh.
+    // The frame's length is given as 0, so that nothing is decompressed: six zero words make an empty mesh.
     const std::string frame = compressed(VmmeshBytes().u32(1).f32(1).f32(2).f32(3).zeros(5).bytes);
     Mesh mesh;
     addUnitSquare(mesh);

@@ -73,7 +73,7 @@ using namespace Velmar;
 using TestSupport::expectGolden;
 using TestSupport::textOf;
 
-TEST(WhitePoint, TheIndentationStandsAgainBehindTheNumbers) {
+TEST(WhitePoint, TheIndentationFollowsTheNumbersToo) {
     const Reference<WhitePoint> point(new WhitePoint(0.3, 0.4));
     expectGolden(textOf([&](OStream& stream) { point->writeXML(stream, 2); }), "\t\t<white_point>\n"
                                                                                "\t\t\t0.3 0.4\t\t\t\n"

@@ -2,8 +2,8 @@
 
 #include "scene/Material.h"
 #include "tests/support/Documents.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/Golden.h"
-#include "tests/support/MaterialStandIns.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -79,7 +79,7 @@ TEST(SceneNodeBackgroundSettings, EveryPassReachesTheMaterialAndLeavesTheDepth) 
         const Background node(new SceneNodeBackgroundSettings);
         std::string visits;
         node->background_material = new DiffuseMaterial;
-        node->background_material->bump = new SurfaceParamStandIn("b", &visits);
+        node->background_material->bump = new FakeSurfaceParam("b", &visits);
         TraversalState state(kind, "", "");
         state.depth = 100;
         node->traverse(state);

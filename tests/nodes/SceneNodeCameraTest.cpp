@@ -30,15 +30,15 @@ Reference<SceneNodeCamera> cloneOf(const SceneNodeCamera& node) {
 }
 
 /// A shape with a path, as libraries may bring.
-class ImageStandIn : public Destroyable<ImageStandIn, ApertureImage> {
+class FakeImage : public Destroyable<FakeImage, ApertureImage> {
   public:
-    explicit ImageStandIn(const char* path_) { path = path_; }
+    explicit FakeImage(const char* path_) { path = path_; }
     std::int32_t getType() const override { return 2; }
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override {
         writePathElement(stream, depth, "image", path, options);
     }
     Reference<ApertureShape>* cloneInto(Reference<ApertureShape>* result) const override {
-        return new (static_cast<void*>(result)) Reference<ApertureShape>(new ImageStandIn(toStdString(path).c_str()));
+        return new (static_cast<void*>(result)) Reference<ApertureShape>(new FakeImage(toStdString(path).c_str()));
     }
 };
 
@@ -142,7 +142,7 @@ TEST(SceneNodeCamera, ACloneWritesTheSameDocument) {
 
 TEST(SceneNodeCamera, ACloneHasAShapeOfItsOwn) {
     const auto node = camera();
-    node->aperture_shape = new ImageStandIn("a.png");
+    node->aperture_shape = new FakeImage("a.png");
     const auto copy = cloneOf(*node);
     EXPECT_NE(copy->aperture_shape, node->aperture_shape);
     EXPECT_EQ(copy->aperture_shape->getType(), 2);
@@ -168,7 +168,7 @@ TEST(SceneNodeCamera, ItsObstacleMapIsADependencyUnlessEmpty) {
 TEST(SceneNodeCamera, TheImageOfItsApertureIsADependencyToo) {
     const auto node = camera();
     node->obstacle_map = "map.png";
-    node->aperture_shape = new ImageStandIn("iris.png");
+    node->aperture_shape = new FakeImage("iris.png");
     TraversalState state(TraversalKind::GetDependencies, "", "");
     node->traverse(state);
     ASSERT_EQ(state.dependencies.size(), 2u);
@@ -185,7 +185,7 @@ TEST(SceneNodeCamera, WithoutAShapeThereIsNoImage) {
 
 TEST(SceneNodeCamera, UpdateDependenciesReplacesBothPaths) {
     const auto node = camera();
-    const Reference<ImageStandIn> image(new ImageStandIn("iris.png"));
+    const Reference<FakeImage> image(new FakeImage("iris.png"));
     node->obstacle_map = "map.png";
     node->aperture_shape = image;
     TraversalState state(TraversalKind::UpdateDependencies, "", "");
@@ -308,7 +308,7 @@ TEST(SceneNodeCamera, EqualityComparesOpticsObstacleMapAndDirections) {
 TEST(SceneNodeCamera, ShapeMotionAndTypeTakeNoPartInEquality) {
     const auto node = camera();
     const auto other = camera();
-    other->aperture_shape = new ImageStandIn("a.png");
+    other->aperture_shape = new FakeImage("a.png");
     other->setPosition({1, 2, 3});
     other->camera_type = SceneNodeCamera::spherical;
     EXPECT_TRUE(node->isEqual(other.getPointer()));

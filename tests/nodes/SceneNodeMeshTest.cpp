@@ -4,9 +4,9 @@
 
 #include "mesh/VmmeshFile.h"
 #include "tests/support/Documents.h"
-#include "tests/support/System.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/Golden.h"
+#include "tests/support/System.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/Throws.h"
 #include "utils/FileUtils.h"
@@ -79,7 +79,7 @@ TEST_F(SceneNodeMeshTest, SettingsThatReadersTakeForGrantedAreLeftOut) {
     EXPECT_EQ(elementOf(*node, 0, options), goldenWithPath("mesh/plain"));
 }
 
-TEST_F(SceneNodeMeshTest, AllSettingsStandInAFixedOrder) {
+TEST_F(SceneNodeMeshTest, AllSettingsHaveAFixedOrder) {
     node->max_num_subdivisions = -1;
     node->num_smoothings = 3;
     node->subdivide_pixel_threshold = 0.5;

@@ -2,7 +2,7 @@
 
 #include "scene/nodes/SceneNodeModel.h"
 #include "tests/nodes/ModelSupport.h"
-#include "tests/support/MaterialStandIns.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/PlainNode.h"
 #include "tests/support/Throws.h"
 

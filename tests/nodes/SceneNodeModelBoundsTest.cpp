@@ -2,7 +2,7 @@
 
 #include "scene/nodes/SceneNodeModel.h"
 #include "tests/nodes/ModelSupport.h"
-#include "tests/support/MaterialStandIns.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/PlainNode.h"
 #include "tests/support/SpecialFloats.h"
 #include "tests/support/Throws.h"
@@ -46,9 +46,9 @@ void expectNear(const Bounds& actual, const Bounds& expected, float tolerance = 
 }
 
 /// A displaced quad: it begins with its two extents.
-class QuadStandIn : public Destroyable<QuadStandIn, PlainSceneNode> {
+class FakeQuad : public Destroyable<FakeQuad, PlainSceneNode> {
   public:
-    QuadStandIn(float u_, float v_) : Destroyable(NodeType::DisplacedQuad), u(u_), v(v_) {}
+    FakeQuad(float u_, float v_) : Destroyable(NodeType::DisplacedQuad), u(u_), v(v_) {}
 
     Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override {
         return new (static_cast<void*>(result)) Reference<SceneNode>();
@@ -58,7 +58,7 @@ class QuadStandIn : public Destroyable<QuadStandIn, PlainSceneNode> {
     float u;
     float v;
 };
-static_assert(offsetof(QuadStandIn, u) == 96 && offsetof(QuadStandIn, v) == 100);
+static_assert(offsetof(FakeQuad, u) == 96 && offsetof(FakeQuad, v) == 100);
 
 } // namespace
 
@@ -82,7 +82,7 @@ TEST(SceneNodeModelBounds, FollowTheRotationRowByRow) {
 
 TEST(SceneNodeModelBounds, FollowAnAxisAndAnAngle) {
     const auto node = boxModel();
-    const Reference<AxisAngleStandIn> rotation(new AxisAngleStandIn);
+    const Reference<FakeAxisAngle> rotation(new FakeAxisAngle);
     rotation->axis[2] = 5;
     rotation->angle = std::numbers::pi / 2;
     node->rotation = rotation.getPointer();
@@ -97,7 +97,7 @@ TEST(SceneNodeModelBounds, AgreeWithAReferenceForAnyAxisAndAngle) {
             Eigen::Vector3d(unit(random), unit(random), unit(random)) + Eigen::Vector3d(0, 0, 2);
         const double angle = 4 * unit(random);
         const auto node = boxModel();
-        const Reference<AxisAngleStandIn> rotation(new AxisAngleStandIn);
+        const Reference<FakeAxisAngle> rotation(new FakeAxisAngle);
         std::copy_n(axis.data(), 3, rotation->axis);
         rotation->angle = angle;
         node->rotation = rotation.getPointer();
@@ -167,7 +167,7 @@ TEST(SceneNodeModelBounds, MotionThatMakesNoSenseIsThePointAtTheOrigin) {
 
 TEST(SceneNodeModelBounds, RotationOfAnUnknownKindThrows) {
     const auto node = boxModel();
-    node->rotation = new AxisAngleStandIn(2);
+    node->rotation = new FakeAxisAngle(2);
     EXPECT_EQ(messageOf<SceneLoaderExcep>([&] { boundsOf(*node); }),
               "Failed to convert rotation. Unknown rotation type.");
 }
@@ -180,7 +180,7 @@ TEST(SceneNodeModelBounds, ParametricSurfaceIsThePointAtTheOrigin) {
 
 TEST(SceneNodeModelBounds, DisplacedQuadIsItsExtents) {
     const auto node = boxModel();
-    node->setGeometry(new QuadStandIn(2.5f, 4));
+    node->setGeometry(new FakeQuad(2.5f, 4));
     EXPECT_EQ(boundsOf(*node), (Bounds{0, 0, 0, 2.5f, 4, 0}));
 }
 

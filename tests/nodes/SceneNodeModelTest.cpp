@@ -4,8 +4,8 @@
 
 #include "tests/nodes/ModelSupport.h"
 #include "tests/support/Documents.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/Golden.h"
-#include "tests/support/MaterialStandIns.h"
 #include "tests/support/PlainNode.h"
 #include "tests/support/Throws.h"
 

@@ -130,7 +130,7 @@ TEST(SceneNodeRenderSettings, VectorsStandOnOneLine) {
     expectGolden(elementOf(*node), documentOf("\t<receiver_quad_i>0.5 0 1e21</receiver_quad_i>\n"));
 }
 
-TEST(SceneNodeRenderSettings, ARegionsElementsStandInAnotherOrderThanItsFields) {
+TEST(SceneNodeRenderSettings, ARegionsElementsHaveAnotherOrderThanItsFields) {
     const auto node = settings();
     node->render_regions.push_back({.x1 = 1, .x2 = 2, .y1 = 3, .y2 = 4});
     expectGolden(elementOf(*node), documentOf("\t<render_region>\n"

@@ -11,9 +11,9 @@
 #include "scene/nodes/SceneNodeRenderSettings.h"
 #include "scene/nodes/SceneNodeSphere.h"
 #include "tests/nodes/ModelSupport.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/Golden.h"
-#include "tests/support/MaterialStandIns.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/Throws.h"
 
@@ -126,7 +126,7 @@ class WholeScene : public testing::Test {
     const Reference<SceneNodeBackgroundSettings> background{new SceneNodeBackgroundSettings};
     const Reference<SceneNodeCurve1D> curve{new SceneNodeCurve1D(vectorOf({0.0f, 0.1f}), vectorOf({1.0f, 0.5f}))};
     const Reference<SceneNodeMaterial> second_material{new SceneNodeMaterial};
-    const Reference<ScatterStandIn> scatter{new ScatterStandIn};
+    const Reference<FakeScatter> scatter{new FakeScatter};
 };
 
 } // namespace

@@ -178,13 +178,13 @@ class Package(unittest.TestCase):
 
     @unittest.skipIf(WINDOWS, "elsewhere versions belong to whole libraries")
     def test_it_needs_no_newer_system_than_it_tells(self):
-        told = (TREE / "README.md").read_text(encoding="utf-8")
+        readme = (TREE / "README.md").read_text(encoding="utf-8")
         for library in ["GLIBC", "GLIBCXX"]:
             pattern = rf"\b{library}_([\d.]+\d)"
-            greatest = re.search(pattern, told).group(1)
+            newest = re.search(pattern, readme).group(1)
             symbols = "".join(run("nm", "-D", file) for file in [TREE / "bin" / "velmar", *LIBRARIES])
             needed = {tuple(map(int, version.split("."))) for version in re.findall(pattern, symbols)}
-            self.assertLessEqual(max(needed), tuple(map(int, greatest.split("."))), library)
+            self.assertLessEqual(max(needed), tuple(map(int, newest.split("."))), library)
 
     def test_the_tool_runs_from_it(self):
         program = program_of(TREE / "bin", "velmar")

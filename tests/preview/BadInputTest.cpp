@@ -1,4 +1,4 @@
-// Scenes that make no sense: each is reported or drawn as far as it can be, and the host goes on.
+// Scenes that make no sense: each is reported or drawn as far as it can be, and the host continues.
 
 #include "tests/preview/PreviewRender.h"
 #include "tests/support/PlainNode.h"

@@ -22,7 +22,7 @@ def rendered_scene():
 def render(program):
     """Runs a program in the folder of the stub renderer library, which prints its calls."""
     program = f"import os\nos.chdir({FOLDER!r})\n{PROGRAM}{program}"
-    status, output = support.run(program, "-u", VELMAR_STANDIN_RECORD="-")
+    status, output = support.run(program, "-u", VELMAR_FAKE_LIBRARY_RECORD="-")
     return status, [line for line in output.splitlines() if line.startswith(("interface ", "unloaded", "python: "))]
 
 

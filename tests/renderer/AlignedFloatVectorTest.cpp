@@ -31,7 +31,7 @@ TEST(VelmarSDKAllocator, MayBeDestroyedWhateverItsCount) {
 
 namespace {
 
-/// Tells how often it was asked.
+/// Counts how often it was asked.
 class CountingAllocator : public Velmar::Destroyable<CountingAllocator, quorl::Allocator> {
   public:
     void* alloc(std::uint64_t size, std::uint64_t alignment) override {

@@ -18,7 +18,7 @@ namespace FakeLibrary {
 
 constexpr std::size_t slot_count = 16;
 
-/// An object as the library makes it. The words behind the head are the library's own.
+/// An object as the library makes it. The words after the head are the library's own.
 struct Object {
     const Velmar::LibraryObject::Operation* operations = nullptr;
     std::int32_t refcount = 0;
@@ -66,7 +66,7 @@ inline Velmar::Reference<Velmar::VelmarContext> makeContext() {
     return context;
 }
 
-/// The value of type T that stands `offset` bytes into an object.
+/// The value of type T that is `offset` bytes into an object.
 template <class T>
 T at(const void* object, std::size_t offset) {
     T value;

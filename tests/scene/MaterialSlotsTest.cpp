@@ -3,7 +3,7 @@
 #include "scene/Rotations.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/Spectra.h"
-#include "tests/support/MaterialStandIns.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/MemoryOStream.h"
 #include "tests/support/PlainNode.h"
 #include "tests/support/Slots.h"
@@ -73,7 +73,7 @@ TEST(RotationSlots, AreInOrder) {
 
 TEST(WavelengthDependentParamSlots, AreInOrder) {
     std::string visits;
-    auto* const param = new WavelengthParamStandIn("w", &visits);
+    auto* const param = new FakeWavelengthParam("w", &visits);
     const XMLWriteOptions options{};
     EXPECT_EQ(textOf([&](OStream& stream) {
                   callSlot<void, OStream&, std::uint32_t, const XMLWriteOptions&>(param, 1, stream, 0, options);
@@ -92,7 +92,7 @@ TEST(WavelengthDependentParamSlots, AreInOrder) {
 
 TEST(SurfaceParamSlots, HaveTheirHashInSlot5) {
     std::string visits;
-    auto* const param = new SurfaceParamStandIn("s", &visits);
+    auto* const param = new FakeSurfaceParam("s", &visits);
     EXPECT_EQ(callSlot<std::uint32_t>(param, 2), 0u);
     TraversalState state(TraversalKind::GetBounds, "", "");
     callSlot<void, TraversalState&, SceneNode*>(param, 3, state, nullptr);
@@ -102,21 +102,21 @@ TEST(SurfaceParamSlots, HaveTheirHashInSlot5) {
 }
 
 TEST(ShaderParameterSlots, HaveTheirWriterInSlot3) {
-    auto* const parameter = new ShaderParameterStandIn;
+    auto* const parameter = new FakeShaderParameter;
     EXPECT_EQ(textOf([&](OStream& stream) { callSlot<void, OStream&, std::uint32_t>(parameter, 3, stream, 0); }),
               "<parameter/>\n");
     callSlot<void*, unsigned>(parameter, 0, 1);
 }
 
 TEST(TexCoordGenerationSlots, AreInOrder) {
-    auto* const generation = new TexCoordStandIn({2, 0, 0, 1, 0, 0}, 7);
+    auto* const generation = new FakeTexCoord({2, 0, 0, 1, 0, 0}, 7);
     EXPECT_EQ(textThroughSlot1(generation), "<first>2</first>\n");
     EXPECT_EQ(callSlot<std::uint32_t>(generation, 2), 7u);
     callSlot<void*, unsigned>(generation, 0, 1);
 }
 
 TEST(MaterialSlots, AreInOrder) {
-    auto* const material = new MaterialStandIn(6);
+    auto* const material = new FakeMaterial(6);
     const Reference<PlainNode> node(new PlainNode);
     node->setUID(9);
     material->references[2] = node.getPointer();
@@ -139,7 +139,7 @@ TEST(MaterialSlots, AreInOrder) {
 
 TEST(MaterialSlots, HashDisplacementAndFieldsComeLast) {
     auto* const material = new DiffuseMaterial;
-    material->displacement = new SurfaceParamStandIn("d");
+    material->displacement = new FakeSurfaceParam("d");
     EXPECT_EQ(hashThroughSlot(material, 7), XXH64("d", 1, 1));
     EXPECT_TRUE(callSlot<bool>(material, 8));
     const XMLWriteOptions options{};

@@ -3,8 +3,8 @@
 #include "scene/MaterialParams.h"
 #include "scene/Spectra.h"
 #include "tests/support/Documents.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/Golden.h"
-#include "tests/support/MaterialStandIns.h"
 #include "tests/support/MemoryOStream.h"
 
 #include <gtest/gtest.h>
@@ -45,7 +45,7 @@ TEST(Material, EmissionSamplingFactorOf1IsNotWritten) {
 
 TEST(Material, ShaderInfoComesFirstWithItsContentTwoLevelsDeeper) {
     const Reference<DiffuseMaterial> material(new DiffuseMaterial);
-    material->albedo = new WavelengthParamStandIn("a");
+    material->albedo = new FakeWavelengthParam("a");
     material->shared_shader_info = new SharedShaderInfo;
     material->shared_shader_info->includes.push_back("noise.txt");
     expectGolden(elementOf(*material), indented(golden("diffuse/with_shader_info")));
@@ -76,15 +76,15 @@ TEST(Material, WithoutPathsPassesAnUpdateWithAnEmptyTable) {
 }
 
 TEST(Material, FieldsOfADerivedClassHearOfTheOwner) {
-    const Reference<MaterialStandIn> material(new MaterialStandIn);
-    const Reference<ScatterStandIn> owner(new ScatterStandIn);
+    const Reference<FakeMaterial> material(new FakeMaterial);
+    const Reference<FakeScatter> owner(new FakeScatter);
     TraversalState state(TraversalKind::GetBounds, "", "");
     material->traverseMaterial(state, owner.getPointer());
     EXPECT_EQ(material->last_owner, owner.getPointer());
 }
 
 TEST(Material, NamesNoLayerUnlessItsClassDoes) {
-    const Reference<MaterialStandIn> material(new MaterialStandIn);
+    const Reference<FakeMaterial> material(new FakeMaterial);
     material->layer = 3;
     EXPECT_EQ(material->getMaxLayerIndex(), 0u);
 }
@@ -120,12 +120,12 @@ std::uint64_t hashOf(const Material& material) {
 /// A material with every parameter of a family that names itself.
 Reference<DiffuseMaterial> fullMaterial(std::string* visits = nullptr) {
     const Reference<DiffuseMaterial> material(new DiffuseMaterial);
-    material->albedo = new WavelengthParamStandIn("a", visits);
-    material->bump = new SurfaceParamStandIn("b", visits);
-    material->displacement = new SurfaceParamStandIn("d", visits);
-    material->base_emission = new WavelengthParamStandIn("be", visits);
-    material->emission = new WavelengthParamStandIn("e", visits);
-    material->normal_map = new SurfaceParamStandIn("n", visits);
+    material->albedo = new FakeWavelengthParam("a", visits);
+    material->bump = new FakeSurfaceParam("b", visits);
+    material->displacement = new FakeSurfaceParam("d", visits);
+    material->base_emission = new FakeWavelengthParam("be", visits);
+    material->emission = new FakeWavelengthParam("e", visits);
+    material->normal_map = new FakeSurfaceParam("n", visits);
     return material;
 }
 
@@ -155,10 +155,10 @@ TEST(DiffuseMaterial, LayerBeyondTheSignedRangeIsWrittenNegative) {
 
 TEST(DiffuseMaterial, TexturesPrecedeTheirParametersInTheModeWithTextures) {
     const Reference<DiffuseMaterial> material(new DiffuseMaterial);
-    const Reference<TexturedParamStandIn> albedo(new TexturedParamStandIn);
+    const Reference<FakeTexturedParam> albedo(new FakeTexturedParam);
     albedo->texture.path = "albedo.png";
     material->albedo = albedo.getPointer();
-    const Reference<TexturedSurfaceParamStandIn> normal_map(new TexturedSurfaceParamStandIn(1));
+    const Reference<FakeTexturedSurfaceParam> normal_map(new FakeTexturedSurfaceParam(1));
     normal_map->texture.path = "normals.png";
     material->normal_map = normal_map.getPointer();
     XMLWriteOptions options;
@@ -168,11 +168,11 @@ TEST(DiffuseMaterial, TexturesPrecedeTheirParametersInTheModeWithTextures) {
 
 TEST(DiffuseMaterial, OtherModesAndTypesHaveNoTextures) {
     const Reference<DiffuseMaterial> material(new DiffuseMaterial);
-    material->albedo = new TexturedParamStandIn;
+    material->albedo = new FakeTexturedParam;
     EXPECT_EQ(elementOf(*material).find("<texture>"), std::string::npos);
 
     material->albedo = nullptr;
-    material->bump = new TexturedSurfaceParamStandIn(1);
+    material->bump = new FakeTexturedSurfaceParam(1);
     XMLWriteOptions options;
     options.write_mode = 3;
     EXPECT_EQ(elementOf(*material, options).find("<texture>"), std::string::npos);
@@ -192,7 +192,7 @@ TEST(DiffuseMaterial, HasKind1) {
 TEST(DiffuseMaterial, HasDisplacementWhenItIsSet) {
     const Reference<DiffuseMaterial> material(new DiffuseMaterial);
     EXPECT_FALSE(material->hasDisplacement());
-    material->displacement = new SurfaceParamStandIn("d");
+    material->displacement = new FakeSurfaceParam("d");
     EXPECT_TRUE(material->hasDisplacement());
 }
 
@@ -247,7 +247,7 @@ TEST(SunSkyMaterial, DirectionOfTheSunIsWrittenAsItStands) {
 TEST(SunSkyMaterial, CommonParametersAndLayerAreNotWritten) {
     const Reference<SunSkyMaterial> material(new SunSkyMaterial);
     material->layer = 5;
-    material->bump = new SurfaceParamStandIn("b");
+    material->bump = new FakeSurfaceParam("b");
     EXPECT_EQ(elementOf(*material), elementOf(*Reference<Material>(new SunSkyMaterial)));
 }
 
@@ -263,14 +263,14 @@ TEST(SunSkyMaterial, MaxLayerIndexIsTheLargerOfSunAndSky) {
 
 TEST(SunSkyMaterial, HasKind10AndNoDisplacement) {
     const Reference<SunSkyMaterial> material(new SunSkyMaterial);
-    material->displacement = new SurfaceParamStandIn("d");
+    material->displacement = new FakeSurfaceParam("d");
     EXPECT_EQ(material->getMaterialKind(), 10u);
     EXPECT_FALSE(material->hasDisplacement());
 }
 
 TEST(SunSkyMaterial, AddsNothingToAHash) {
     const Reference<SunSkyMaterial> material(new SunSkyMaterial);
-    material->bump = new SurfaceParamStandIn("b");
+    material->bump = new FakeSurfaceParam("b");
     XXH64_state_t* const state = XXH64_createState();
     XXH64_reset(state, 1);
     material->updateHash(state);
@@ -281,7 +281,7 @@ TEST(SunSkyMaterial, AddsNothingToAHash) {
 TEST(SunSkyMaterial, PassesVisitItsCommonParametersAllTheSame) {
     std::string visits;
     const Reference<SunSkyMaterial> material(new SunSkyMaterial);
-    material->bump = new SurfaceParamStandIn("b", &visits);
+    material->bump = new FakeSurfaceParam("b", &visits);
     TraversalState state(TraversalKind::GetBounds, "", "");
     material->traverseMaterial(state, nullptr);
     EXPECT_EQ(visits, "b ");

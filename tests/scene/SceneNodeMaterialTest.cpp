@@ -7,8 +7,8 @@
 #include "scene/SceneNodeRoot.h"
 #include "scene/Spectra.h"
 #include "tests/support/Documents.h"
+#include "tests/support/FakeParams.h"
 #include "tests/support/Golden.h"
-#include "tests/support/MaterialStandIns.h"
 #include "tests/support/PlainNode.h"
 
 #include <cstddef>
@@ -49,11 +49,11 @@ std::vector<MaterialNode> chainOf(std::size_t count) {
     std::vector<MaterialNode> nodes;
     for (std::size_t i = 0; i < count; ++i) {
         nodes.emplace_back(new SceneNodeMaterial);
-        const Reference<MaterialStandIn> material(new MaterialStandIn);
+        const Reference<FakeMaterial> material(new FakeMaterial);
         nodes.back()->material = material.getPointer();
         nodes.back()->setUID(static_cast<UID>(i + 1));
         nodes.back()->setName(toVelmarString("link " + std::to_string(i + 1)));
-        if (i > 0) static_cast<MaterialStandIn&>(*nodes[i - 1]->material).visited_in_a_pass = nodes[i].getPointer();
+        if (i > 0) static_cast<FakeMaterial&>(*nodes[i - 1]->material).visited_in_a_pass = nodes[i].getPointer();
     }
     return nodes;
 }
@@ -109,8 +109,8 @@ TEST(SceneNodeMaterial, EachBoundScatterNodeHasAnElementOfItsOwn) {
     const Reference<SceneNodeRoot> root(new SceneNodeRoot);
     const MaterialNode node(new SceneNodeMaterial);
     root->addChildNode(node);
-    root->addChildNode(new ScatterStandIn);
-    root->addChildNode(new ScatterStandIn);
+    root->addChildNode(new FakeScatter);
+    root->addChildNode(new FakeScatter);
     node->scatter_uids = vectorOf<UID>({3, 2});
     traverse(*node, TraversalKind::BindReferences);
     expectGolden(elementOf(*node), golden("material/with_scatter_nodes"));
@@ -125,7 +125,7 @@ TEST(SceneNodeMaterial, ScatterNodesThatWereNeverBoundAreNotWritten) {
 TEST(SceneNodeMaterial, BindingTellsTheScatterNodeItsOwner) {
     const Reference<SceneNodeRoot> root(new SceneNodeRoot);
     const MaterialNode node(new SceneNodeMaterial);
-    const Reference<ScatterStandIn> scatter(new ScatterStandIn);
+    const Reference<FakeScatter> scatter(new FakeScatter);
     root->addChildNode(scatter);
     root->addChildNode(node);
     node->scatter_uids.push_back(scatter->getUID());
@@ -140,7 +140,7 @@ TEST(SceneNodeMaterial, BindingTwiceBindsTwice) {
     const Reference<SceneNodeRoot> root(new SceneNodeRoot);
     const MaterialNode node(new SceneNodeMaterial);
     root->addChildNode(node);
-    root->addChildNode(new ScatterStandIn);
+    root->addChildNode(new FakeScatter);
     node->scatter_uids.push_back(2);
     traverse(*node, TraversalKind::BindReferences);
     traverse(*node, TraversalKind::BindReferences);
@@ -168,7 +168,7 @@ TEST(SceneNodeMaterial, BindingToAnotherKindOfNodeThrowsAndKeepsWhatWasBound) {
     const Reference<SceneNodeRoot> root(new SceneNodeRoot);
     const MaterialNode node(new SceneNodeMaterial);
     root->addChildNode(node);
-    root->addChildNode(new ScatterStandIn);
+    root->addChildNode(new FakeScatter);
     node->scatter_uids = vectorOf<UID>({2, 1});
     TraversalState state(TraversalKind::BindReferences, "", "");
     EXPECT_EQ(messageOf([&] { node->traverse(state); }), "Referenced node did not have type SceneNodeScatter");
@@ -198,7 +198,7 @@ TEST(SceneNodeMaterial, HundredAndFirstNestedVisitThrows) {
 
 TEST(SceneNodeMaterial, LoopOfReferencesThrows) {
     const auto chain = chainOf(2);
-    static_cast<MaterialStandIn&>(*chain[1]->material).visited_in_a_pass = chain[0].getPointer();
+    static_cast<FakeMaterial&>(*chain[1]->material).visited_in_a_pass = chain[0].getPointer();
     EXPECT_EQ(messageOf([&] { traverse(*chain.front(), TraversalKind::OffsetUIDs); }).substr(0, 60),
               "While traversing scene, exceeded maximum traversal depth, po");
 }
@@ -228,7 +228,7 @@ TEST(SceneNodeMaterial, EveryPassReachesTheMaterial) {
           TraversalKind::LoadMeshes, TraversalKind::GetBounds, TraversalKind::OffsetUIDs}) {
         const MaterialNode node(new SceneNodeMaterial);
         std::string visits;
-        node->material->bump = new SurfaceParamStandIn("b", &visits);
+        node->material->bump = new FakeSurfaceParam("b", &visits);
         traverse(*node, kind);
         EXPECT_EQ(visits, "b ");
     }
@@ -313,7 +313,7 @@ TEST(SceneNodeMaterial, RefersToWhatItsMaterialRefersTo) {
     const Reference<PlainNode> other(new PlainNode);
     const MaterialNode node(new SceneNodeMaterial);
     EXPECT_FALSE(node->refersToNode(other.getPointer()));
-    const Reference<MaterialStandIn> material(new MaterialStandIn);
+    const Reference<FakeMaterial> material(new FakeMaterial);
     material->references[1] = other.getPointer();
     node->material = material.getPointer();
     EXPECT_TRUE(node->refersToNode(other.getPointer()));
@@ -324,7 +324,7 @@ TEST(SceneNodeMaterial, RefersToWhatItsMaterialRefersTo) {
 TEST(SceneNodeMaterial, DependenciesAreScatterUIDsThoseOfBoundNodesAndThoseOfTheMaterial) {
     const Reference<SceneNodeRoot> root(new SceneNodeRoot);
     const MaterialNode node(new SceneNodeMaterial);
-    const Reference<ScatterStandIn> scatter(new ScatterStandIn);
+    const Reference<FakeScatter> scatter(new FakeScatter);
     root->addChildNode(node);
     root->addChildNode(scatter);
     scatter->dependencies = vectorOf<UID>({2, 50});
@@ -333,7 +333,7 @@ TEST(SceneNodeMaterial, DependenciesAreScatterUIDsThoseOfBoundNodesAndThoseOfThe
 
     const Reference<PlainNode> other(new PlainNode);
     other->setUID(60);
-    const Reference<MaterialStandIn> material(new MaterialStandIn);
+    const Reference<FakeMaterial> material(new FakeMaterial);
     material->references[0] = other.getPointer();
     node->material = material.getPointer();
     const Vector<UID> uids = node->getDependencyUIDs();
@@ -370,7 +370,7 @@ class Rebinding : public testing::TestWithParam<RebindingCase> {
     }
 
     const MaterialNode node{new SceneNodeMaterial};
-    const Reference<MaterialStandIn> material{new MaterialStandIn(GetParam().material_kind)};
+    const Reference<FakeMaterial> material{new FakeMaterial(GetParam().material_kind)};
     const Reference<PlainNode> old_target{new PlainNode(GetParam().target)};
 };
 

@@ -128,7 +128,7 @@ TEST(SceneNode, ACloneHasUidNameAndFlagsButNoParent) {
 
 namespace {
 
-/// Clones into a node that stands in a scene already, as a class of another library may.
+/// Clones into a node that is in a scene already, as a class of another library may.
 class NodeClonedIntoScene : public Destroyable<NodeClonedIntoScene, PlainSceneNode> {
   public:
     NodeClonedIntoScene(SceneNodeRoot& root) : Destroyable(NodeType::Metadata), root_(root) {}

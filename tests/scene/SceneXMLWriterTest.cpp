@@ -35,7 +35,7 @@ class SceneXMLWriterTest : public testing::Test {
     }
 };
 
-/// Tells what options reach it, and fails on demand.
+/// Records the options that reach it, and fails on demand.
 class ProbeNode : public Destroyable<ProbeNode, PlainSceneNode> {
   public:
     ProbeNode() : Destroyable(NodeType::Metadata) {}

@@ -2,8 +2,8 @@
 
 #include "velmarexceptions.h"
 
+#include "tests/support/FakeParams.h"
 #include "tests/support/Golden.h"
-#include "tests/support/MaterialStandIns.h"
 #include "tests/support/MemoryOStream.h"
 
 #include <gtest/gtest.h>
@@ -13,10 +13,10 @@ namespace SharedShaderInfoTests {
 
 using namespace Velmar;
 using TestSupport::expectGolden;
+using TestSupport::FakeShaderParameter;
+using TestSupport::FakeTexCoord;
 using TestSupport::golden;
 using TestSupport::indented;
-using TestSupport::ShaderParameterStandIn;
-using TestSupport::TexCoordStandIn;
 using TestSupport::textOf;
 using TestSupport::vectorOf;
 
@@ -41,7 +41,7 @@ TEST(Texture, WritesWhatDiffersFromTheDefaultsInFixedOrder) {
     texture.uv_set_index = -3;
     texture.exponent = 2.2;
     texture.has_exponent = true;
-    texture.tex_coord_generation = new TexCoordStandIn({2, 0, 0, 1, 0, 0});
+    texture.tex_coord_generation = new FakeTexCoord({2, 0, 0, 1, 0, 0});
     texture.smooth = true;
     expectGolden(textureElement(texture), "<texture>\n"
                                           "\t<path>wood.png</path>\n"
@@ -80,7 +80,7 @@ TEST(Texture, ExponentOfZeroIsWrittenWithItsFlag) {
 
 TEST(Texture, NeutralTextureCoordinatesAreLeftOut) {
     Texture texture;
-    texture.tex_coord_generation = new TexCoordStandIn({1, 0, 0, 1, 0, 0});
+    texture.tex_coord_generation = new FakeTexCoord({1, 0, 0, 1, 0, 0});
     EXPECT_EQ(textureElement(texture), textureElement(Texture()));
 }
 
@@ -88,13 +88,13 @@ TEST(Texture, AnyValueMakesTextureCoordinatesCount) {
     for (std::size_t i = 0; i < 6; ++i) {
         std::array<double, 6> values = {1, 0, 0, 1, 0, 0};
         values[i] = 0.5;
-        const Reference<TexCoordStandIn> generation(new TexCoordStandIn(values));
+        const Reference<FakeTexCoord> generation(new FakeTexCoord(values));
         EXPECT_FALSE(generation->isNeutral()) << i;
     }
 }
 
 TEST(Texture, OnlyTheAffineKindCanBeNeutral) {
-    const Reference<TexCoordStandIn> other_kind(new TexCoordStandIn({1, 0, 0, 1, 0, 0}, 1));
+    const Reference<FakeTexCoord> other_kind(new FakeTexCoord({1, 0, 0, 1, 0, 0}, 1));
     EXPECT_FALSE(other_kind->isNeutral());
 }
 
@@ -114,7 +114,7 @@ std::string shaderElement(const SharedShaderInfo& info) {
 
 TEST(SharedShaderInfo, ContentStandsTwoLevelsDeeper) {
     const Reference<SharedShaderInfo> info(new SharedShaderInfo);
-    info->parameters.push_back(new ShaderParameterStandIn);
+    info->parameters.push_back(new FakeShaderParameter);
     info->includes.push_back("a & b.txt");
     info->textures.push_back(textureAt("t.png"));
     info->shader = "x < y";
@@ -144,7 +144,7 @@ TEST(SharedShaderInfo, ParametersIncludesOrAProgramMakeItCount) {
     info->includes.push_back("x");
     EXPECT_TRUE(info->isWritten());
     info->includes.clear();
-    info->parameters.push_back(new ShaderParameterStandIn);
+    info->parameters.push_back(new FakeShaderParameter);
     EXPECT_TRUE(info->isWritten());
 }
 

@@ -9,7 +9,7 @@
 
 namespace TestSupport {
 
-/// The element of a node as it stands at `depth` tabs.
+/// The element of a node at `depth` tabs.
 inline std::string elementOf(const Velmar::SceneNode& node, std::uint32_t depth = 0,
                              const Velmar::XMLWriteOptions& options = {}) {
     return textOf([&](Velmar::OStream& stream) { node.writeXML(stream, depth, options); });

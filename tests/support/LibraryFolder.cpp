@@ -16,7 +16,7 @@ constexpr const char* record_name = "record.txt";
 
 LibraryFolder::LibraryFolder() : former(std::filesystem::current_path()) {
     std::filesystem::create_directory(path(sdk_folder));
-    setEnvironmentVariable("VELMAR_STANDIN_RECORD", path(record_name).string().c_str());
+    setEnvironmentVariable("VELMAR_FAKE_LIBRARY_RECORD", path(record_name).string().c_str());
     std::filesystem::current_path(systemPath(dir.path()));
 }
 
@@ -25,20 +25,20 @@ LibraryFolder::~LibraryFolder() {
 }
 
 void LibraryFolder::install(std::string_view variant, std::string_view name, std::string_view folder) const {
-    const std::string suffix = VELMAR_STANDIN_SUFFIX;
-    // The build's folder is told as seen from the drive on which the test was started.
+    const std::string suffix = VELMAR_FAKE_LIBRARY_SUFFIX;
+    // The build's folder as seen from the drive on which the test was started.
     const std::filesystem::path built =
-        former.root_path() / std::filesystem::path(VELMAR_STANDIN_DIR).relative_path() / variant;
+        former.root_path() / std::filesystem::path(VELMAR_FAKE_LIBRARY_DIR).relative_path() / variant;
     std::filesystem::create_directories(path(folder));
     std::filesystem::copy_file(built / ("velmar_sdk" + suffix), path(folder) / (std::string(name) + suffix));
 }
 
 void LibraryFolder::installText() const {
-    std::ofstream(path(sdk_folder) / (std::string("velmar_sdk") + VELMAR_STANDIN_SUFFIX)) << "not a library";
+    std::ofstream(path(sdk_folder) / (std::string("velmar_sdk") + VELMAR_FAKE_LIBRARY_SUFFIX)) << "not a library";
 }
 
 void* LibraryFolder::functionOfLibrary(const char* name) const {
-    const std::filesystem::path file = path(sdk_folder) / (std::string("velmar_sdk") + VELMAR_STANDIN_SUFFIX);
+    const std::filesystem::path file = path(sdk_folder) / (std::string("velmar_sdk") + VELMAR_FAKE_LIBRARY_SUFFIX);
     return functionOfLoadedModule(file.string().c_str(), name);
 }
 

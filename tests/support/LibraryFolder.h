@@ -17,7 +17,7 @@ class LibraryFolder {
     LibraryFolder(const LibraryFolder&) = delete;
     LibraryFolder& operator=(const LibraryFolder&) = delete;
 
-    /// Puts the stand-in library `variant` into `folder` under the system's file name for `name`.
+    /// Puts the fake library `variant` into `folder` under the system's file name for `name`.
     void install(std::string_view variant, std::string_view name = "velmar_sdk",
                  std::string_view folder = "vs2017_64") const;
     /// Puts a file that is no library there.

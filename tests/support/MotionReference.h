@@ -97,7 +97,7 @@ inline void widen(BoxD& bounds, const BoxD& by) {
     bounds.max = bounds.max.cwiseMax(by.max);
 }
 
-/// A moving body. Between two frames translation and stretch change linearly and the quaternion goes straight from one
+/// A moving body. Between two frames translation and stretch change linearly and the quaternion moves straight from one
 /// to the other, by the shorter way, and is brought back to unit length.
 class MotionReference {
   public:

@@ -7,7 +7,7 @@
 
 namespace TestSupport {
 
-/// A node of any kind that writes its identity, counts its passes and tells when it goes.
+/// A node of any kind that writes its identity, counts its passes and reports when it is destroyed.
 class PlainNode : public Velmar::Destroyable<PlainNode, Velmar::PlainSceneNode> {
   public:
     explicit PlainNode(Velmar::NodeType kind = Velmar::NodeType::Metadata, int* destructions = nullptr)

@@ -12,7 +12,7 @@ namespace TestSupport {
 struct ReferenceFloat {
     bool parsed;
     float value;
-    /// With one `f` or `F` behind the number.
+    /// With one `f` or `F` after the number.
     std::size_t consumed;
 };
 

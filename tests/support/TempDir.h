@@ -6,7 +6,7 @@
 
 namespace TestSupport {
 
-/// A fresh empty directory that goes with all its contents when the object does.
+/// A fresh empty directory that is removed with its contents when the object is destroyed.
 class TempDir {
   public:
     TempDir();

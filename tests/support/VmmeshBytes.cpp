@@ -41,7 +41,7 @@ class Words {
     }
     std::uint32_t u32() { return next<std::uint32_t>(); }
     void expectEnd() const {
-        if (!rest.empty()) throw std::runtime_error("bytes behind the end");
+        if (!rest.empty()) throw std::runtime_error("bytes after the end");
     }
 
   private:

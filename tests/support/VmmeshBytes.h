@@ -49,12 +49,12 @@ class VmmeshBytes {
 /// The content of a whole zstd frame. Throws `std::runtime_error` when it is damaged.
 std::string decompressed(std::string_view frame);
 
-/// One zstd frame whose header tells the content's size.
+/// One zstd frame whose header has the content's size.
 std::string compressed(std::string_view content);
 
 /// Reads a file of version 4 by the words of the format, without the library's reader, and gives its content as the
-/// mesh that it stands for. Throws `std::runtime_error` for anything that isn't as the writer should leave it: another
-/// version, bytes behind the end.
+/// mesh that it holds. Throws `std::runtime_error` for anything that isn't as the writer should leave it: another
+/// version, bytes after the end.
 void readIndependently(std::string_view file, Velmar::Mesh& mesh);
 
 } // namespace TestSupport

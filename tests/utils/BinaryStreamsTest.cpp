@@ -103,14 +103,14 @@ TEST(BufferInStream, LengthsThatWouldWrapAreRefused) {
     EXPECT_TRUE(stream.endOfStream());
 }
 
-TEST(BufferInStream, FieldsStandInTheirOrder) {
+TEST(BufferInStream, FieldsAreInTheirOrder) {
     BufferInStream stream;
     const auto* const start = reinterpret_cast<const char*>(&stream);
     EXPECT_EQ(start + 8, reinterpret_cast<const char*>(&stream.data));
     EXPECT_EQ(start + 32, reinterpret_cast<const char*>(&stream.read_index));
 }
 
-TEST(BufferInStream, OperationsStandInTheOrderOfTheirSlots) {
+TEST(BufferInStream, OperationsAreInTheOrderOfTheirSlots) {
     auto* const stream = new BufferInStream;
     fill(*stream, std::string_view("\x05\0\0\0\x06\0\0\0xyz", 11));
     EXPECT_EQ(5, callSlot<std::int32_t>(stream, 1));
@@ -188,7 +188,7 @@ TEST(BufferOutStream, AnImpossibleLengthIsTheStandardLengthError) {
     EXPECT_THROW(stream.writeData("", Velmar::ByteVector::max_size + 1), std::length_error);
 }
 
-TEST(BufferOutStream, OperationsStandInTheOrderOfTheirSlots) {
+TEST(BufferOutStream, OperationsAreInTheOrderOfTheirSlots) {
     auto* const stream = new BufferOutStream;
     callSlot<void>(stream, 1, std::int32_t{1});
     callSlot<void>(stream, 2, std::uint32_t{2});

@@ -15,8 +15,8 @@ TEST(Digits, AreToldFromAllOtherBytes) {
             std::string text(48, '5');
             text[static_cast<std::size_t>(place)] = static_cast<char>(c);
             const auto expected = [&](int bytes) {
-                const std::uint64_t behind = ~std::uint64_t{0} << bytes;
-                return behind | (is_digit || place >= bytes ? 0 : std::uint64_t{1} << place);
+                const std::uint64_t after_end = ~std::uint64_t{0} << bytes;
+                return after_end | (is_digit || place >= bytes ? 0 : std::uint64_t{1} << place);
             };
             EXPECT_EQ(Digits::findOthers<48>(text.data()), expected(48)) << c;
             EXPECT_EQ(Digits::findOthers<32>(text.data()), expected(32)) << c;

@@ -146,7 +146,7 @@ TEST(OFStream, OpensNonAsciiPaths) {
     EXPECT_EQ("here", readFileBytes(path));
 }
 
-TEST(OFStream, OperationsStandInTheOrderOfTheirSlots) {
+TEST(OFStream, OperationsAreInTheOrderOfTheirSlots) {
     const TempDir dir;
     const std::string path = dir.file("a");
     auto* const stream = new OFStream(stringOf(path));

@@ -34,7 +34,7 @@ testing::AssertionResult agrees(std::string_view text) {
                                        << expected.consumed;
 }
 
-/// As `agrees`, at the very end of a buffer and with more text behind.
+/// As `agrees`, at the very end of a buffer and with more text after it.
 testing::AssertionResult agreesEverywhere(const std::string& text) {
     const ExactBlock alone(text);
     if (auto result = agrees({alone.data(), alone.size()}); !result) return result << " (at the end)";
@@ -216,12 +216,12 @@ TEST(ParseFloat, AgreesWithTheReferenceOnMillionsOfPrintedNumbers) {
     std::mt19937_64 random(14);
     const std::array<const char*, 12> forms = {"%.6f", "%.3f",  "%g",    "%.9g",  "%.17g", "%e",
                                                "%.0f", "%.12e", "%+.8f", "%010f", "%.18g", "%.19e"};
-    const std::string behind = " " + std::string(FloatScanner::reach, '1');
+    const std::string following = " " + std::string(FloatScanner::reach, '1');
     for (int i = 0; i < 1500000; ++i) {
         const char* const form = forms[random() % forms.size()];
         const double unit = static_cast<double>(random() >> 11) * 0x1p-53;
         const double scale = std::ldexp(1.0, static_cast<int>(random() % 60) - 30);
-        ASSERT_TRUE(agrees(format(form, (unit - 0.5) * scale) + behind));
+        ASSERT_TRUE(agrees(format(form, (unit - 0.5) * scale) + following));
     }
 }
 

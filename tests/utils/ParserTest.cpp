@@ -34,7 +34,7 @@ TEST(Parser, BeginsAtTheFirstByte) {
     EXPECT_FALSE(parser.atEnd());
 }
 
-TEST(Parser, FieldsStandInTheirOrder) {
+TEST(Parser, FieldsAreInTheirOrder) {
     EXPECT_EQ(0U, offsetof(Parser, text));
     EXPECT_EQ(8U, offsetof(Parser, pos));
     EXPECT_EQ(12U, offsetof(Parser, size));

@@ -23,8 +23,8 @@ std::size_t consumedBy(const std::string& text, Scan scan) {
     std::string padded = text;
     padded.resize(std::max(padded.size(), PlainFloats::reach), 'x');
     const ExactBlock block(padded);
-    const char* const behind = scan(block.data());
-    return behind == nullptr ? 0 : static_cast<std::size_t>(behind - block.data());
+    const char* const next = scan(block.data());
+    return next == nullptr ? 0 : static_cast<std::size_t>(next - block.data());
 }
 
 template <std::size_t count>
@@ -96,7 +96,7 @@ TEST(PlainFloats, LeaveAllElseToTheParser) {
 }
 
 TEST(PlainFloats, MayFillTheWholeWindow) {
-    // The third number ends at the last bytes that are looked at together, and behind them.
+    // The third number ends at the last bytes that are looked at together, and after them.
     const std::string two = "1234567.12345678 1234567.12345678 ";
     float numbers[3] = {};
     std::string digits;

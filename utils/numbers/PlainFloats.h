@@ -60,7 +60,7 @@ struct Number {
 
 enum class Exponents { refused, taken };
 
-/// Goes through the numbers of one line by the places of the bytes that aren't digits.
+/// Visits the numbers of one line by the places of the bytes that aren't digits.
 template <Exponents exponents>
 class Walk {
   public:
