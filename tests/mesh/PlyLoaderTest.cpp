@@ -156,7 +156,7 @@ TEST(PlyLoader, RefusesABodyThatEndsEarly) {
     EXPECT_EQ(plyMessage(header(1000000000, 1) + square), "read of body failed.");
 }
 
-TEST(PlyLoader, ReadsATextWithoutALineEndBehindTheLastNumber) {
+TEST(PlyLoader, ReadsATextWithoutALineEndAfterTheLastNumber) {
     Mesh mesh;
     loadPlyText(header(4, 2) + square + "3 0 1 2\n3 2 3 0", mesh);
     EXPECT_EQ(mesh.triangles.size(), 2u);

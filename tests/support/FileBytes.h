@@ -9,7 +9,7 @@ namespace TestSupport {
 /// `path` (UTF-8, with `\` or `/`, of any length) as the standard library's file functions take it on this system.
 std::filesystem::path systemPath(std::string_view path);
 
-/// All bytes of a file as they stand. Throws `std::runtime_error` when it can't be read.
+/// All bytes of a file. Throws `std::runtime_error` when it can't be read.
 std::string readFileBytes(std::string_view path);
 
 /// Makes or replaces a file. Throws `std::runtime_error` when it can't be written.
