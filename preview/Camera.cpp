@@ -1,6 +1,6 @@
 #include "preview/Camera.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 
 #include <cmath>
 #include <string>

@@ -1,7 +1,7 @@
 // The exports: the four entry points of every renderer library, and the functions of velmarpreview.h.
 
 #include "preview/LibraryObjects.h"
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 #include "preview/velmarpreview.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "preview/ImageStore.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 #include "preview/System.h"
 
 #include <algorithm>

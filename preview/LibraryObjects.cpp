@@ -1,6 +1,6 @@
 #include "preview/LibraryObjects.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 
 #include <cstddef>
 #include <cstring>

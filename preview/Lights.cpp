@@ -1,7 +1,7 @@
 #include "preview/Lights.h"
 
-#include "preview/Messages.h"
 #include "preview/Sampler.h"
+#include "preview/SceneNodes.h"
 
 #include "scene/Material.h"
 

@@ -1,6 +1,6 @@
 #include "preview/MeshGeometry.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 
 #include <algorithm>
 #include <new>

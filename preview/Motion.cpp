@@ -1,6 +1,6 @@
 #include "preview/Motion.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 
 #include "scene/Rotations.h"
 

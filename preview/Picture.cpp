@@ -1,6 +1,5 @@
 #include "preview/Picture.h"
 
-#include "preview/Messages.h"
 #include "preview/SceneNodes.h"
 #include "preview/Surface.h"
 #include "preview/System.h"
@@ -12,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
@@ -56,11 +56,22 @@ std::vector<Taps> makeTaps(const PictureSettings& settings, std::uint32_t size, 
     return all;
 }
 
-/// Bytes of an image file that a function of stb hands over piece by piece.
-void append(void* context, void* data, int size) {
-    auto& bytes = *static_cast<std::vector<unsigned char>*>(context);
-    const auto* const from = static_cast<const unsigned char*>(data);
-    bytes.insert(bytes.end(), from, from + size);
+/// A file that is being encoded.
+struct EncodedFile {
+    std::vector<unsigned char> bytes;
+    bool is_complete = true;
+};
+
+/// Takes bytes that a function of stb hands over piece by piece. Throws nothing: that function has memory of its own to
+/// release.
+void append(void* file, void* data, int size) noexcept {
+    auto& encoded = *static_cast<EncodedFile*>(file);
+    const auto* const begin = static_cast<const unsigned char*>(data);
+    try {
+        encoded.bytes.insert(encoded.bytes.end(), begin, begin + size);
+    } catch (const std::bad_alloc&) {
+        encoded.is_complete = false;
+    }
 }
 
 /// "PF", the size, the order of bytes, and the rows from the lowest on (Debevec's portable float map).
@@ -258,11 +269,11 @@ bool holdsLinearLight(const std::string& path) {
 }
 
 std::string writePicture(const std::string& path, const Picture& picture, const std::vector<unsigned char>& bytes) {
-    std::vector<unsigned char> file;
+    EncodedFile file;
     const int width = static_cast<int>(picture.width);
     const int height = static_cast<int>(picture.height);
     if (endsWith(path, ".pfm")) {
-        file = encodePfm(picture);
+        file.bytes = encodePfm(picture);
     } else if (endsWith(path, ".hdr")) {
         if (stbi_write_hdr_to_func(append, &file, width, height, 3, picture.light.data()) == 0)
             return "the picture can't be encoded";
@@ -271,7 +282,8 @@ std::string writePicture(const std::string& path, const Picture& picture, const 
         if (stbi_write_png_to_func(append, &file, width, height, components, bytes.data(), width * components) == 0)
             return "the picture can't be encoded";
     }
-    return System::writeFileAtomically(path, file);
+    if (!file.is_complete) throw std::bad_alloc();
+    return System::writeFileAtomically(path, file.bytes);
 }
 
 } // namespace Preview

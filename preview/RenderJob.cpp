@@ -1,15 +1,16 @@
 #include "preview/RenderJob.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 #include "preview/System.h"
 
 #include "scene/nodes/SceneNodeMesh.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <exception>
 #include <new>
-#include <system_error>
 
 namespace Preview {
 
@@ -31,6 +32,12 @@ double secondsOf(std::chrono::steady_clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
 }
 
+void reportEnd(const char* reason) noexcept {
+    std::array<char, 200> text{};
+    std::snprintf(text.data(), text.size(), "the render ends: %s", reason);
+    report(text.data());
+}
+
 } // namespace
 
 RenderJob::RenderJob(const Velmar::SceneNodeRoot& scene_, Velmar::RenderBuffer& buffer_)
@@ -47,7 +54,7 @@ bool RenderJob::start() {
     }
     end(false);
     const std::lock_guard<std::mutex> lock(mutex);
-    stopping = false;
+    stopping = broken = false;
     paused = halted = save_due = false;
     save_at_end = true;
     pass = 0;
@@ -59,9 +66,11 @@ bool RenderJob::start() {
     state = VELMAR_PREVIEW_PREPARING;
     try {
         control = std::thread(&RenderJob::run, this);
-    } catch (const std::system_error&) {
-        report("no thread can be started");
+    } catch (const std::exception&) {
+        report("no thread can be started; nothing is rendered");
         state = VELMAR_PREVIEW_FAILED;
+        ended = begun;
+        changed.notify_all();
     }
     return true;
 }
@@ -165,14 +174,18 @@ void RenderJob::run() {
     try {
         rendered = prepare();
         if (rendered) renderAll();
+        rendered = rendered && !broken;
     } catch (const std::bad_alloc&) {
         report("out of memory; the render ends");
         rendered = false;
     } catch (const std::exception& exception) {
-        report(std::string("the render ends: ") + exception.what());
+        reportEnd(exception.what());
+        rendered = false;
+    } catch (...) {
+        reportEnd("an unknown exception");
         rendered = false;
     }
-    const bool cancelled = stopping && !rendered;
+    const bool cancelled = stopping && !broken;
     setState(rendered || cancelled ? VELMAR_PREVIEW_FINISHED : VELMAR_PREVIEW_FAILED);
 }
 
@@ -329,7 +342,7 @@ void RenderJob::renderAll() {
         saver = std::thread(&RenderJob::savePictures, this);
         while (helpers.size() + 1 < thread_count)
             helpers.emplace_back(&RenderJob::work, this);
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         report("fewer threads than asked for can be started");
     }
     work();
@@ -351,6 +364,7 @@ void RenderJob::work() {
         }
     } catch (const std::bad_alloc&) {
         report("out of memory; the render ends");
+        broken = true;
         stopping = true;
     }
     const std::lock_guard<std::mutex> lock(mutex);

@@ -114,6 +114,8 @@ class RenderJob {
     double save_period = 1800.0;
 
     std::atomic<bool> stopping{false};
+    /// By a thread that had to end.
+    std::atomic<bool> broken{false};
     mutable std::mutex mutex;
     std::condition_variable changed;
     int state = VELMAR_PREVIEW_IDLE;

@@ -1,6 +1,9 @@
 #include "preview/SceneNodes.h"
 
-#include "preview/Messages.h"
+#include <cstdio>
+#include <mutex>
+#include <set>
+#include <string>
 
 namespace Preview {
 
@@ -15,6 +18,21 @@ void keepFirst(const Node*& kept, const Velmar::SceneNode* node, const char* kin
 }
 
 } // namespace
+
+void report(std::string_view text) noexcept {
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> lock(mutex);
+    try {
+        static std::set<std::string, std::less<>> reported;
+        // A scene may name any number of objects, each with a text of its own.
+        constexpr std::size_t max_reports = 200;
+        if (reported.size() >= max_reports || reported.contains(text)) return;
+        reported.emplace(text);
+    } catch (const std::bad_alloc&) {
+        // Then it may be written again.
+    }
+    std::fprintf(stderr, "velmar preview: %.*s\n", static_cast<int>(text.size()), text.data());
+}
 
 SceneNodes::SceneNodes(const Velmar::SceneNodeRoot& root) {
     for (const Velmar::Reference<Velmar::SceneNode>& child : root.children()) {

@@ -8,9 +8,14 @@
 #include "scene/nodes/SceneNodeRenderSettings.h"
 #include "scene/nodes/SceneNodeSphere.h"
 
+#include <string_view>
 #include <vector>
 
 namespace Preview {
+
+/// Writes "velmar preview: <text>" to the standard error stream, each text once in the life of the process: what isn't
+/// rendered is worth one line, however many objects ask for it. Safe from any thread, and when memory is exhausted.
+void report(std::string_view text) noexcept;
 
 /// The nodes of a scene by kind. Where a scene has several of a kind of which one counts, the first does. Null where
 /// there is none.

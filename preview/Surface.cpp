@@ -1,6 +1,6 @@
 #include "preview/Surface.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 #include "preview/Sky.h"
 
 #include "scene/Material.h"

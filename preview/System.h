@@ -33,20 +33,8 @@ class Lock {
     void* section;
 };
 
-/// The threads with which Embree builds. They belong to the process and outlive the device that started them; the last
-/// of these objects ends them and waits until they are gone, so that none runs while its process or library is taken
-/// down.
-class BuilderThreads {
-  public:
-    /// Throws `std::bad_alloc`.
-    BuilderThreads();
-    /// After the device has been released.
-    ~BuilderThreads();
-    BuilderThreads(const BuilderThreads&) = delete;
-    BuilderThreads& operator=(const BuilderThreads&) = delete;
-
-  private:
-    void* handle = nullptr;
-};
+/// With how many threads Embree may build when `wanted` are there for it. More than one only where Embree ends its
+/// threads with the device: none may run while the library or the process is taken down.
+unsigned builderThreads(unsigned wanted);
 
 } // namespace Preview::System

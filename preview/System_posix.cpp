@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <oneapi/tbb/global_control.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -66,11 +65,10 @@ void leaveCriticalSection(void* section) {
     pthread_mutex_unlock(static_cast<pthread_mutex_t*>(section));
 }
 
-BuilderThreads::BuilderThreads() : handle(new tbb::task_scheduler_handle(tbb::attach())) {}
-
-BuilderThreads::~BuilderThreads() {
-    const std::unique_ptr<tbb::task_scheduler_handle> owner(static_cast<tbb::task_scheduler_handle*>(handle));
-    tbb::finalize(*owner, std::nothrow);
+/// The threads of oneTBB, with which Debian's Embree builds, go on for an unknown time, and the function that ends them
+/// may wait for ever.
+unsigned builderThreads(unsigned) {
+    return 1;
 }
 
 } // namespace Preview::System

@@ -1,6 +1,6 @@
 #include "preview/ToneMapping.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 #include "preview/Sky.h"
 #include "preview/System.h"
 

@@ -1,6 +1,6 @@
 #include "preview/World.h"
 
-#include "preview/Messages.h"
+#include "preview/SceneNodes.h"
 #include "preview/System.h"
 
 #include "scene/nodes/SceneNodeMesh.h"
@@ -37,8 +37,8 @@ bool isUsable(const Affine& m) {
 World::World(unsigned threads) {
     // One instruction set, where results must be the same on different machines.
     const std::string isa = System::getEnvironment("VELMAR_PREVIEW_ISA");
-    const std::string settings =
-        "threads=" + std::to_string(threads) + ",set_affinity=0" + (isa.empty() ? std::string() : ",max_isa=" + isa);
+    const std::string settings = "threads=" + std::to_string(System::builderThreads(threads)) + ",set_affinity=0" +
+                                 (isa.empty() ? std::string() : ",max_isa=" + isa);
     device.reset(rtcNewDevice(settings.c_str()));
     if (device == nullptr) throw std::bad_alloc();
     rtcSetDeviceMemoryMonitorFunction(device.get(), countMemory, this);
@@ -69,6 +69,25 @@ void World::throwIfFailed() {
 
 bool World::build(const SceneNodes& nodes, std::vector<std::string> material_masks,
                   const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled) {
+    // Nothing is known about what a build that was broken off leaves.
+    const auto forget = [this] {
+        scene.reset();
+        instances.clear();
+        spheres.clear();
+        rtcGetDeviceError(device.get());
+    };
+    try {
+        const bool built = tryToBuild(nodes, std::move(material_masks), object_masks, cancelled);
+        if (!built) forget();
+        return built;
+    } catch (...) {
+        forget();
+        throw;
+    }
+}
+
+bool World::tryToBuild(const SceneNodes& nodes, std::vector<std::string> material_masks,
+                       const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled) {
     cancel = &cancelled;
     surfaces.reset(std::move(material_masks));
     surface_lists.assign(1, 0);
@@ -107,12 +126,7 @@ bool World::build(const SceneNodes& nodes, std::vector<std::string> material_mas
     attachSpheres();
     rtcCommitScene(scene.get());
     std::erase_if(geometries, [](const auto& entry) { return !entry.second.used; });
-    if (cancelled) {
-        // Nothing is known about what a build that was broken off left.
-        scene.reset();
-        instances.clear();
-        return false;
-    }
+    if (cancelled) return false;
     throwIfFailed();
     return true;
 }
@@ -138,9 +152,10 @@ const MeshGeometry* World::geometryOf(const Velmar::SceneNodeModel& model) {
     if (mesh_node->max_num_subdivisions > 0) report("subdivision isn't rendered");
     KnownGeometry& entry = geometries[node];
     if (entry.geometry == nullptr || !entry.geometry->isMadeOf(*mesh, mesh_node->normal_smoothing)) {
-        entry.geometry =
+        auto geometry =
             std::make_unique<MeshGeometry>(device.get(), *mesh, mesh_node->normal_smoothing, nameOf(*mesh_node));
         throwIfFailed();
+        entry.geometry = std::move(geometry);
     }
     entry.used = true;
     return entry.geometry.get();

@@ -4,7 +4,6 @@
 #include "preview/Motion.h"
 #include "preview/SceneNodes.h"
 #include "preview/Surface.h"
-#include "preview/System.h"
 #include "preview/Vec.h"
 
 #include <atomic>
@@ -83,7 +82,7 @@ struct Ray {
 /// The geometry of a scene, with its surfaces, ready for rays. Rays may be traced from any number of threads.
 class World {
   public:
-    /// `threads` is the number of threads that build. Throws `std::bad_alloc`.
+    /// `threads` is the number of threads that may build. Throws `std::bad_alloc`.
     explicit World(unsigned threads);
     ~World();
     World(const World&) = delete;
@@ -128,6 +127,8 @@ class World {
     static void occludeSphere(const RTCOccludedFunctionNArguments* arguments);
     bool isSphereHit(unsigned index, const RTCRay& ray, float& t, Vec3& normal) const;
 
+    bool tryToBuild(const SceneNodes& nodes, std::vector<std::string> material_masks,
+                    const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled);
     void readModel(const Velmar::SceneNodeModel& model, const std::vector<std::string>& object_masks);
     void readSphere(const Velmar::SceneNodeSphere& sphere);
     void readSurfaces(const Velmar::SceneNodeModel& model, Instance& instance);
@@ -139,7 +140,6 @@ class World {
 
     std::atomic<std::int64_t> embree_bytes{0};
     const std::atomic<bool>* cancel = nullptr;
-    System::BuilderThreads builders;
     DeviceOwner device;
     struct KnownGeometry {
         std::unique_ptr<MeshGeometry> geometry;
