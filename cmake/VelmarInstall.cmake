@@ -34,6 +34,9 @@ install(DIRECTORY include/velmarapi DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FI
 # Its companion.
 install(FILES kit/velmarkit.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(DIRECTORY kit/velmarkit DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+# For hosts in C++.
+install(FILES cpp/velmar.hpp DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(DIRECTORY cpp/velmar DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.hpp")
 
 # The Python package finds the library from there; the files next to it are for pip.
 install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" FILES_MATCHING
@@ -76,9 +79,9 @@ if(TARGET VelmarAPI_msvc)
     install(FILES "${CMAKE_CURRENT_BINARY_DIR}/msvc/VelmarAPI.lib" "${CMAKE_CURRENT_BINARY_DIR}/msvc/VelmarAPI.def"
                   "${CMAKE_CURRENT_BINARY_DIR}/msvc/velmarkit.lib" "${CMAKE_CURRENT_BINARY_DIR}/msvc/velmarkit.def"
             DESTINATION "${CMAKE_INSTALL_LIBDIR}" ${velmar_msvc})
-    install(FILES ${velmar_headers} kit/velmarkit.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc})
-    install(DIRECTORY include/velmarapi kit/velmarkit DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc}
-            FILES_MATCHING PATTERN "*.h")
+    install(FILES ${velmar_headers} kit/velmarkit.h cpp/velmar.hpp DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc})
+    install(DIRECTORY include/velmarapi kit/velmarkit cpp/velmar DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" ${velmar_msvc}
+            FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
     install(DIRECTORY api/functions DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar" ${velmar_msvc}
             FILES_MATCHING PATTERN "*.toml")
     install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" ${velmar_msvc} FILES_MATCHING

@@ -7,7 +7,7 @@ velmar_exports(velmarkit kit/VelmarKit.def)
 velmar_link_aliases(velmarkit api/VelmarAPI.def)
 target_include_directories(velmarkit
     PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>" "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/kit>"
-           "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+           "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/cpp>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
 target_compile_definitions(velmarkit PRIVATE VELMAR_VERSION="${PROJECT_VERSION}")
 target_link_libraries(velmarkit PRIVATE $<BUILD_INTERFACE:velmar_import> $<BUILD_INTERFACE:velmar_core>)
 velmar_hardened(velmarkit)

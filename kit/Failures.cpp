@@ -92,6 +92,12 @@ std::int32_t statusOf(Subject subject, std::string_view text) {
     }
 }
 
+/// The status of an exception of a class that the library doesn't throw.
+std::int32_t foreignStatusOf(Subject subject) {
+    const bool calls_renderer_library = subject == Subject::context || subject == Subject::renderer;
+    return calls_renderer_library ? VELMARKIT_RENDERER_ERROR : VELMARKIT_INTERNAL_ERROR;
+}
+
 std::int32_t failAs(Subject subject, std::string_view text) noexcept {
     return fail(statusOf(subject, text), text);
 }
@@ -127,9 +133,9 @@ std::int32_t describeFailure(Subject subject) noexcept {
     } catch (const std::bad_alloc&) {
         return fail(VELMARKIT_OUT_OF_MEMORY, "Out of memory.");
     } catch (const std::exception& exception) {
-        return fail(VELMARKIT_INTERNAL_ERROR, exception.what());
+        return fail(foreignStatusOf(subject), exception.what());
     } catch (...) {
-        return fail(VELMARKIT_INTERNAL_ERROR, "An unknown exception was thrown.");
+        return fail(foreignStatusOf(subject), "An unknown exception was thrown.");
     }
 }
 

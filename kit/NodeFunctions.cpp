@@ -72,6 +72,19 @@ int32_t VelmarKit_Node_Delete(void* node) {
     });
 }
 
+int32_t VelmarKit_Node_Retain(void* node) {
+    return guarded(Subject::scene, [&] { nodeOf(node, "node").increment(); });
+}
+
+int32_t VelmarKit_Node_Release(void* node) {
+    return guarded(Subject::scene, [&] {
+        if (node == nullptr) return;
+        SceneNode& object = nodeOf(node, "node");
+        if (object.getRefCount() == 0) refuse("node", " isn't held by anything");
+        if (object.decrement() == 1) object.destroy(1);
+    });
+}
+
 int32_t VelmarKit_Background_Delete(void* background) {
     return guarded(Subject::background, [&] {
         const auto* const handle = static_cast<VelmarBackground*>(background);

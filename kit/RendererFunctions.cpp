@@ -46,9 +46,14 @@ int32_t VelmarKit_Renderer_Create(::VelmarContext* context, VelmarRenderer** res
         // A renderer takes its context with it; what can't be used must not.
         const HeldForCall held(fromHandle(context));
         takeFailureLine();
-        VelmarRenderer* const renderer = callLibrary([=] { return VelmarRenderer_Create(context); });
-        if (takeFailureLine()) {
-            fromHandle(renderer)->destroy(1);
+        VelmarRenderer* renderer = nullptr;
+        try {
+            renderer = callLibrary([=] { return VelmarRenderer_Create(context); });
+        } catch (const KitFailure&) {
+            // An assertion: the library returned no object at all.
+        }
+        if (takeFailureLine() || renderer == nullptr) {
+            if (renderer != nullptr) fromHandle(renderer)->destroy(1);
             throw KitFailure{VELMARKIT_RENDERER_ERROR,
                              "The renderer library failed to create or initialise its renderer."};
         }

@@ -149,6 +149,16 @@ VELMARKIT_API int32_t VelmarKit_Scene_GetNodeCount(const VelmarScene* scene, uin
 VELMARKIT_API int32_t VelmarKit_Node_Delete(void* node);
 
 /**
+ * Holds a node or scene for the host, so that it outlives the scene, models and renderer that hold it too. For bindings
+ * with objects of their own: each retains the node that it refers to, and releases it at its end. An object that a
+ * function creates is held by nothing yet.
+ */
+VELMARKIT_API int32_t VelmarKit_Node_Retain(void* node);
+
+/** Takes back one VelmarKit_Node_Retain. The node is destroyed if nothing else holds it. Null does nothing. */
+VELMARKIT_API int32_t VelmarKit_Node_Release(void* node);
+
+/**
  * Turns the camera from its position towards a target.
  * @param x, y, z          the target, in metres; it must not be at the camera.
  * @param up_x, up_y, up_z the direction that is up in the image; it must not be parallel to the view.

@@ -18,6 +18,11 @@ SceneNodeRoot::SceneNodeRoot() : Destroyable(NodeType::Root) {
     name = "Scene";
 }
 
+SceneNodeRoot::~SceneNodeRoot() {
+    for (const Reference<SceneNode>& child : children())
+        if (child->getParent() == this) child->setParent(nullptr);
+}
+
 void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
     const bool is_new = node->getUID() == invalid_uid;
     const UID node_uid = is_new ? next_uid : node->getUID();

@@ -14,6 +14,10 @@ class SceneNodeMaterial;
 class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
   public:
     SceneNodeRoot();
+    /// Children that others hold too have no parent then.
+    ~SceneNodeRoot();
+    SceneNodeRoot(const SceneNodeRoot&) = delete;
+    SceneNodeRoot& operator=(const SceneNodeRoot&) = delete;
 
     /// Appends `node`, which must not be null, as the last child. A node without a UID receives the next free one; of
     /// two nodes with one UID the later is found by it, and both stay children. A node may be added several times.

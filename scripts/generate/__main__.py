@@ -10,6 +10,7 @@ of each file by its path from the root.
 import sys
 
 import c_interface
+import cpp_binding
 import kit
 import layouts
 import microsoft
@@ -25,7 +26,7 @@ GENERATED_FOLDERS = ["docs/api", "include/velmarapi"]
 def generated() -> dict[str, str]:
     table = load()
     files: dict[str, str] = {}
-    for output in (c_interface, kit, layouts, microsoft, pages, python_binding, setting_defaults):
+    for output in (c_interface, cpp_binding, kit, layouts, microsoft, pages, python_binding, setting_defaults):
         files.update(output.files(table))
     return files
 

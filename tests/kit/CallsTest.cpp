@@ -86,6 +86,24 @@ TEST(KitCalls, OwnedObjectIsNotDeleted) {
     EXPECT_SUCCESS(VelmarKit_Scene_Delete(scene));
 }
 
+TEST(KitCalls, RetainedNodeOutlivesItsScene) {
+    VelmarScene* const scene = newScene();
+    VelmarMesh* const mesh = newMesh();
+    EXPECT_SUCCESS(VelmarKit_Node_Retain(mesh));
+    EXPECT_SUCCESS(VelmarKit_Scene_AddMesh(scene, mesh));
+    EXPECT_SUCCESS(VelmarKit_Scene_Delete(scene));
+    EXPECT_EQ(nameOf(mesh), "Mesh");
+    EXPECT_SUCCESS(VelmarKit_Node_Release(mesh));
+}
+
+TEST(KitCalls, ReleaseNeedsARetain) {
+    EXPECT_SUCCESS(VelmarKit_Node_Release(nullptr));
+    expectRefused(VelmarKit_Node_Retain(nullptr), "node is null");
+    VelmarMesh* const mesh = newMesh();
+    expectRefused(VelmarKit_Node_Release(mesh), "isn't held");
+    EXPECT_SUCCESS(VelmarKit_Mesh_Delete(mesh));
+}
+
 TEST(KitCalls, MeshFailureHasItsStatusAndTheFullText) {
     constexpr float pairs[] = {0, 0, 1, 0, 1, 1};
     VelmarMesh* const mesh = newMesh();

@@ -1,35 +1,10 @@
 #include "tests/kit/Support.h"
+#include "tests/support/SmallDisk_posix.h"
 #include "tests/support/TempDir.h"
 
-#include <csignal>
 #include <filesystem>
-#include <sys/resource.h>
 
 using namespace TestSupport;
-
-namespace {
-
-/// While it lives, no file grows beyond `size` bytes: writing behaves as on a disk that is full.
-class SmallDisk {
-  public:
-    explicit SmallDisk(rlim_t size) : former_handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &former);
-        const rlimit small = {size, former.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~SmallDisk() {
-        setrlimit(RLIMIT_FSIZE, &former);
-        std::signal(SIGXFSZ, former_handler);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-  private:
-    void (*former_handler)(int);
-    rlimit former = {};
-};
-
-} // namespace
 
 TEST(KitDocument, OnAFullDiskIsReportedAndNothingIsLeft) {
     const TempDir dir;
