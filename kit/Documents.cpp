@@ -37,6 +37,13 @@ class NewFile {
         failFile("Error while writing to '" + path + "': " + PlatformUtils::getLastErrorText());
     }
 
+    /// Fails with a text that names the file as it is written.
+    [[noreturn]] void failAs(std::string text) const {
+        const std::size_t at = text.find(part.path());
+        if (at != std::string::npos) text.replace(at, part.path().size(), path);
+        throw VelmarException(toVelmarString(text));
+    }
+
     /// Gives the whole file its name.
     void finish() {
         if (!part.moveToFinalPath())
@@ -128,7 +135,11 @@ int32_t VelmarKit_Mesh_WriteToFile(VelmarMesh* mesh, const char* path) {
         checkPath(path, "path");
         NewFile file{std::string(path)};
         data.checkConsistency();
-        writeToFile(toVelmarString(file.partPath()), data, false);
+        try {
+            writeToFile(toVelmarString(file.partPath()), data, false);
+        } catch (const VelmarException& exception) {
+            file.failAs(toStdString(exception.getMessage()));
+        }
         file.finish();
     });
 }

@@ -35,8 +35,7 @@ def main():
     with velmar.Scene() as scene:
         scene.add(velmar.RenderSettings(1280, 720, halt_samples_per_pixel=200))
         camera = scene.add(velmar.Camera(position=(0, -14, 6)))
-        camera.look_at((0, 0, 0))
-        camera.field_of_view = math.radians(50)
+        camera.look_at((0, 0, 0), fov=math.radians(50))
         scene.add(velmar.Tonemapping(velmar.TonemappingKind.REINHARD, burn=10))
         scene.add(velmar.Background.sun_sky((0, 0.8, 0.6)))
 
@@ -44,7 +43,7 @@ def main():
         water = scene.add(velmar.Material("Water", (0.1, 0.3, 0.4)))
         scene.add(velmar.Model("Waves", mesh, [water]))
         scene.write(path)
-    print(f"{path}: {mesh.num_vertices} vertices, {mesh.num_faces} faces")
+        print(f"{path}: {mesh.num_vertices} vertices, {mesh.num_faces} faces")
 
 
 if __name__ == "__main__":

@@ -1,4 +1,4 @@
-"""Describes scenes to a renderer and writes them, by the library VelmarAPI.
+"""Describes scenes to a renderer and writes them, by the library VelmarKit.
 
     import velmar
 
@@ -8,17 +8,20 @@
         scene.add(velmar.Model("Triangle", mesh, [red]))
         scene.write("triangle.xml")
 
-The library is loaded at its first use. `velmar.library()` returns its functions, declared for ctypes.
+The library is loaded at its first use. A failure of it is an exception of a class derived from `velmar.VelmarError`.
+`velmar.library()` returns the functions of velmarkit.h, declared for ctypes: each raises these exceptions too.
 """
 from ._bases import TonemappingKind
 from ._functions import VERSION as __version__
-from ._library import library
-from .errors import ClosedError, LibraryError, OwnershipError, RendererError, VelmarError, WriteError
+from ._library import library, set_line_handler
+from .errors import (BadArgumentError, ClosedError, DocumentError, FileError, InternalError, LibraryError, MeshError,
+                     OutOfMemoryError, OwnershipError, RendererError, VelmarError)
 from .mesh import Mesh
 from .nodes import Background, Camera, Material, Model, RenderSettings, Tonemapping
 from .renderer import Renderer
 from .scene import Scene
 
-__all__ = ["Background", "Camera", "ClosedError", "LibraryError", "Material", "Mesh", "Model", "OwnershipError",
+__all__ = ["Background", "BadArgumentError", "Camera", "ClosedError", "DocumentError", "FileError", "InternalError",
+           "LibraryError", "Material", "Mesh", "MeshError", "Model", "OutOfMemoryError", "OwnershipError",
            "RenderSettings", "Renderer", "RendererError", "Scene", "Tonemapping", "TonemappingKind", "VelmarError",
-           "WriteError", "__version__", "library"]
+           "__version__", "library", "set_line_handler"]

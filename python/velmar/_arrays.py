@@ -5,7 +5,7 @@ from __future__ import annotations
 import array
 import ctypes
 import sys
-from typing import Any, List, Optional, Tuple
+from typing import Any, List, Optional, Sequence, Tuple
 
 from ._values import INT32_MAX
 
@@ -125,3 +125,57 @@ def rows_of(what: str, value: Any) -> List[Tuple[Any, ...]]:
 def is_numpy(value: Any) -> bool:
     numpy = sys.modules.get("numpy")
     return numpy is not None and isinstance(value, numpy.ndarray)
+
+
+def sets_of(value: Any) -> Sequence[Any]:
+    """The sets of texture coordinates that a value means: it is one, or a list or tuple of arrays."""
+    if isinstance(value, (list, tuple)) and value and all(view_of(each) is not None for each in value) \
+            and all(getattr(view_of(each), "ndim", 0) == 2 for each in value):
+        return value
+    return [value]
+
+
+def separated(pairs: Any, count: int) -> List[Any]:
+    """Copies of the `count` sets of which the pairs are interleaved."""
+    words = memoryview(pairs).cast("B").cast("Q") if len(pairs) else memoryview(b"").cast("Q")
+    return [memoryview(words[first::count].tobytes()).cast("f", (len(pairs) // count, 2)) if len(pairs) else []
+            for first in range(count)]
+
+
+class _Retained:
+    """Keeps a node of the library alive."""
+
+    def __init__(self, node: Any) -> None:
+        self.handle = node._pointer()
+        self.release = node._library.VelmarKit_Node_Release
+        node._call("VelmarKit_Node_Retain")
+
+    def __del__(self) -> None:
+        if hasattr(self, "handle"):
+            self.release(self.handle)
+
+
+def view_at(node: Any, address: Optional[int], kind: Any, rows: int, columns: int) -> Tuple[Any, Any]:
+    """Rows of numbers in the memory of a node, as an array of numpy or a memoryview that can't be written; and the object
+    that lives as long as any part of it."""
+    numpy = _numpy()
+    name, _, code = KINDS[kind]
+    if rows == 0 or address is None:
+        empty = memoryview(b"").cast(code) if numpy is None else numpy.empty((0, columns), name)
+        return empty, None
+    block = (kind * (rows * columns)).from_address(address)
+    # An attribute: the node lives as long as the block.
+    block.retained = retained = _Retained(node)
+    if numpy is None:
+        return memoryview(block).cast("B").cast(code, (rows, columns)).toreadonly(), retained
+    array_of_block = numpy.frombuffer(block, name).reshape(rows, columns)
+    array_of_block.flags.writeable = False
+    return array_of_block, retained
+
+
+def _numpy() -> Any:
+    try:
+        import numpy
+    except ImportError:
+        return None
+    return numpy

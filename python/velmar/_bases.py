@@ -7,8 +7,8 @@ from __future__ import annotations
 import enum
 from typing import Optional
 
-from ._library import library
-from ._objects import Object, Setting, assign
+from . import _functions
+from ._objects import Object, Setting, assign, created
 from ._values import Vector, flag, int32, number, one_of, text, uint32, vector
 
 
@@ -28,63 +28,69 @@ class TonemappingKind(enum.IntEnum):
 class MeshBase(Object):
     """A mesh node: geometry with its subdivision settings."""
 
-    _add = "VelmarScene_AddMesh"
-    _delete = "VelmarMesh_Delete"
+    _type = _functions.VelmarMesh
+    _add = "VelmarKit_Scene_AddMesh"
 
-    normal_smoothing = Setting("VelmarMesh_NormalSmoothing", flag, False,
+    normal_smoothing = Setting("VelmarKit_Mesh_NormalSmoothing", "VelmarKit_Mesh_GetNormalSmoothing", flag, False,
                                "Whether the renderer shades with smoothed normals. Default: false.")
-    view_dependent_subdivision = Setting("VelmarMesh_ViewDependentSubdivision", flag, False,
+    view_dependent_subdivision = Setting("VelmarKit_Mesh_ViewDependentSubdivision",
+                                         "VelmarKit_Mesh_GetViewDependentSubdivision", flag, False,
                                          "Whether the renderer subdivides by the size on the image. Default: "
                                          "false.")
-    max_num_subdivisions = Setting("VelmarMesh_MaxNumSubdivisions", uint32, 0,
-                                   "How often the renderer may subdivide. Default: 0.")
+    max_num_subdivisions = Setting("VelmarKit_Mesh_MaxNumSubdivisions", "VelmarKit_Mesh_GetMaxNumSubdivisions", uint32,
+                                   0, "How often the renderer may subdivide. Default: 0.")
 
 
 class ModelBase(Object):
     """A model node: places geometry in a scene."""
 
-    _add = "VelmarScene_AddModel"
-    _delete = "VelmarModel_Delete"
+    _type = _functions.VelmarModel
+    _add = "VelmarKit_Scene_AddModel"
 
 
 class MaterialBase(Object):
     """A material node: a material of a scene."""
 
-    _add = "VelmarScene_AddMaterial"
-    _delete = "VelmarMaterial_Delete"
+    _type = _functions.VelmarMaterialNode
+    _add = "VelmarKit_Scene_AddMaterial"
 
 
 class BackgroundBase(Object):
     """A background node."""
 
-    _add = "VelmarScene_AddBackground"
+    _type = _functions.VelmarBackground
+    _add = "VelmarKit_Scene_AddBackground"
 
 
 class CameraBase(Object):
     """A camera node."""
 
-    _add = "VelmarScene_AddCamera"
+    _type = _functions.VelmarCamera
+    _add = "VelmarKit_Scene_AddCamera"
 
-    lens_radius = Setting("VelmarCamera_SetLensRadius", number, 0.001,
+    lens_radius = Setting("VelmarKit_Camera_SetLensRadius", "VelmarKit_Camera_GetLensRadius", number, 0.001,
                           "The radius of the aperture, in metres. Default: 0.001.")
-    autofocus = Setting("VelmarCamera_SetAutofocus", flag, True, "Whether the camera focuses itself. Default: true.")
-    exposure_duration = Setting("VelmarCamera_SetExposureDuration", number, 0.333,
-                                "The exposure time, in seconds. Default: 0.333.")
-    lens_sensor_distance = Setting("VelmarCamera_SetLensSensorDistance", number, 0.036,
-                                   "The distance from lens to sensor, in metres. Default: 0.036.")
-    lens_shift_right = Setting("VelmarCamera_SetLensShiftRightDistance", number, 0.0,
+    autofocus = Setting("VelmarKit_Camera_SetAutofocus", "VelmarKit_Camera_GetAutofocus", flag, True,
+                        "Whether the camera focuses itself. Default: true.")
+    exposure_duration = Setting("VelmarKit_Camera_SetExposureDuration", "VelmarKit_Camera_GetExposureDuration", number,
+                                0.333, "The exposure time, in seconds. Default: 0.333.")
+    lens_sensor_distance = Setting("VelmarKit_Camera_SetLensSensorDistance", "VelmarKit_Camera_GetLensSensorDistance",
+                                   number, 0.036, "The distance from lens to sensor, in metres. Default: 0.036.")
+    lens_shift_right = Setting("VelmarKit_Camera_SetLensShiftRightDistance",
+                               "VelmarKit_Camera_GetLensShiftRightDistance", number, 0.0,
                                "How far the lens is shifted to the right, in metres. Default: 0.")
-    lens_shift_up = Setting("VelmarCamera_SetLensShiftUpDistance", number, 0.0,
-                            "How far the lens is shifted upwards, in metres. Default: 0.")
-    sensor_width = Setting("VelmarCamera_SetSensorWidth", number, 0.036,
+    lens_shift_up = Setting("VelmarKit_Camera_SetLensShiftUpDistance", "VelmarKit_Camera_GetLensShiftUpDistance",
+                            number, 0.0, "How far the lens is shifted upwards, in metres. Default: 0.")
+    sensor_width = Setting("VelmarKit_Camera_SetSensorWidth", "VelmarKit_Camera_GetSensorWidth", number, 0.036,
                            "The width of the sensor, in metres. Default: 0.036.")
-    focus_distance = Setting("VelmarCamera_SetFocusDistance", number, 20.0,
+    focus_distance = Setting("VelmarKit_Camera_SetFocusDistance", "VelmarKit_Camera_GetFocusDistance", number, 20.0,
                              "The distance that is in focus, in metres. Default: 20.")
-    forwards = Setting("VelmarCamera_SetForwards", vector, (0.0, 1.0, 0.0),
+    forwards = Setting("VelmarKit_Camera_SetForwards", "VelmarKit_Camera_GetForwards", vector, (0.0, 1.0, 0.0),
                        "The viewing direction, of any length. Default: (0, 1, 0).")
-    up = Setting("VelmarCamera_SetUp", vector, (0.0, 0.0, 1.0),
+    up = Setting("VelmarKit_Camera_SetUp", "VelmarKit_Camera_GetUp", vector, (0.0, 0.0, 1.0),
                  "The direction that is up in the image, of any length. Default: (0, 0, 1).")
-    position = Setting("VelmarCamera_SetPosition", vector, None, "The position, in metres; unset in a new camera.")
+    position = Setting("VelmarKit_Camera_SetPosition", "VelmarKit_Camera_GetPosition", vector, None,
+                       "The position, in metres; unset in a new camera.")
 
     def __init__(self, *, lens_radius: Optional[float] = None, autofocus: Optional[bool] = None,
                  exposure_duration: Optional[float] = None, lens_sensor_distance: Optional[float] = None,
@@ -93,42 +99,51 @@ class CameraBase(Object):
                  forwards: Optional[Vector] = None, up: Optional[Vector] = None,
                  position: Optional[Vector] = None) -> None:
         settings = {name: value for name, value in locals().items() if name not in ("self", "__class__")}
-        super().__init__(library().VelmarCamera_Create())
+        super().__init__(created(_functions.VelmarCamera, "VelmarKit_Camera_Create"))
         assign(self, settings)
 
 
 class RenderSettingsBase(Object):
     """A render settings node."""
 
-    _add = "VelmarScene_AddRenderSettings"
-    _delete = "VelmarRenderSettings_Delete"
+    _type = _functions.VelmarRenderSettings
+    _add = "VelmarKit_Scene_AddRenderSettings"
 
-    width = Setting("VelmarRenderSettings_Width", int32, None, "The width of the image, in pixels.")
-    height = Setting("VelmarRenderSettings_Height", int32, None, "The height of the image, in pixels.")
-    super_sample_factor = Setting("VelmarRenderSettings_SuperSampleFactor", int32, None,
+    width = Setting("VelmarKit_RenderSettings_Width", "VelmarKit_RenderSettings_GetWidth", int32, None,
+                    "The width of the image, in pixels.")
+    height = Setting("VelmarKit_RenderSettings_Height", "VelmarKit_RenderSettings_GetHeight", int32, None,
+                     "The height of the image, in pixels.")
+    super_sample_factor = Setting("VelmarKit_RenderSettings_SuperSampleFactor",
+                                  "VelmarKit_RenderSettings_GetSuperSampleFactor", int32, None,
                                   "The number of samples along each axis of a pixel before the image is reduced "
                                   "to its size.")
-    halt_time = Setting("VelmarRenderSettings_HaltTime", number, None,
+    halt_time = Setting("VelmarKit_RenderSettings_HaltTime", "VelmarKit_RenderSettings_GetHaltTime", number, None,
                         "The time after which the render halts, in seconds.")
-    halt_samples_per_pixel = Setting("VelmarRenderSettings_HaltSamplesPerPixel", number, None,
+    halt_samples_per_pixel = Setting("VelmarKit_RenderSettings_HaltSamplesPerPixel",
+                                     "VelmarKit_RenderSettings_GetHaltSamplesPerPixel", number, None,
                                      "The number of samples per pixel after which the render halts.")
-    image_save_period = Setting("VelmarRenderSettings_ImageSavePeriod", number, None,
+    image_save_period = Setting("VelmarKit_RenderSettings_ImageSavePeriod",
+                                "VelmarKit_RenderSettings_GetImageSavePeriod", number, None,
                                 "The time between saves of the image while it renders, in seconds.")
-    metropolis = Setting("VelmarRenderSettings_Metropolis", flag, None,
+    metropolis = Setting("VelmarKit_RenderSettings_Metropolis", "VelmarKit_RenderSettings_GetMetropolis", flag, None,
                          "Whether light is sampled by Metropolis light transport.")
-    bidirectional = Setting("VelmarRenderSettings_Bidirectional", flag, None,
-                            "Whether paths are traced from the lights too.")
-    dithering = Setting("VelmarRenderSettings_Dithering", flag, None, "Whether the image is dithered.")
-    vignetting = Setting("VelmarRenderSettings_Vignetting", flag, None,
+    bidirectional = Setting("VelmarKit_RenderSettings_Bidirectional", "VelmarKit_RenderSettings_GetBidirectional", flag,
+                            None, "Whether paths are traced from the lights too.")
+    dithering = Setting("VelmarKit_RenderSettings_Dithering", "VelmarKit_RenderSettings_GetDithering", flag, None,
+                        "Whether the image is dithered.")
+    vignetting = Setting("VelmarKit_RenderSettings_Vignetting", "VelmarKit_RenderSettings_GetVignetting", flag, None,
                          "Whether the image darkens towards its edges, as that of a real camera does.")
-    shadow_pass = Setting("VelmarRenderSettings_ShadowPass", flag, None, "Whether a shadow pass is rendered.")
-    render_foreground_alpha = Setting("VelmarRenderSettings_RenderForegroundAlpha", flag, None,
+    shadow_pass = Setting("VelmarKit_RenderSettings_ShadowPass", "VelmarKit_RenderSettings_GetShadowPass", flag, None,
+                          "Whether a shadow pass is rendered.")
+    render_foreground_alpha = Setting("VelmarKit_RenderSettings_RenderForegroundAlpha",
+                                      "VelmarKit_RenderSettings_GetRenderForegroundAlpha", flag, None,
                                       "Whether the alpha of the foreground is rendered.")
-    info_overlay = Setting("VelmarRenderSettings_InfoOverlay", flag, None,
-                           "Whether information about the render is drawn over the image.")
-    depth_pass = Setting("VelmarRenderSettings_DepthPass", flag, None,
+    info_overlay = Setting("VelmarKit_RenderSettings_InfoOverlay", "VelmarKit_RenderSettings_GetInfoOverlay", flag,
+                           None, "Whether information about the render is drawn over the image.")
+    depth_pass = Setting("VelmarKit_RenderSettings_DepthPass", "VelmarKit_RenderSettings_GetDepthPass", flag, None,
                          "Whether a depth channel is rendered: the element `depth_channel`.")
-    material_id_tracer = Setting("VelmarRenderSettings_MaterialIdTracer", flag, None,
+    material_id_tracer = Setting("VelmarKit_RenderSettings_MaterialIdTracer",
+                                 "VelmarKit_RenderSettings_GetMaterialIdTracer", flag, None,
                                  "Whether a channel of material IDs is rendered: the element "
                                  "`material_id_channel`.")
 
@@ -141,30 +156,32 @@ class RenderSettingsBase(Object):
                  info_overlay: Optional[bool] = None, depth_pass: Optional[bool] = None,
                  material_id_tracer: Optional[bool] = None) -> None:
         settings = {name: value for name, value in locals().items() if name not in ("self", "__class__")}
-        super().__init__(library().VelmarRenderSettings_Create())
+        super().__init__(created(_functions.VelmarRenderSettings, "VelmarKit_RenderSettings_Create"))
         assign(self, settings)
 
 
 class TonemappingBase(Object):
     """A tone mapping node: how linear light becomes an image."""
 
-    _add = "VelmarScene_AddTonemapping"
-    _delete = "VelmarTonemapping_Delete"
+    _type = _functions.VelmarTonemapping
+    _add = "VelmarKit_Scene_AddTonemapping"
 
-    kind = Setting("VelmarTonemapping_SetType", one_of(TonemappingKind), TonemappingKind.LINEAR,
-                   "The active kind. Default: VELMAR_TONEMAPPING_LINEAR.")
-    scale = Setting("VelmarTonemapping_SetScale", number, 1.0, "The factor of the linear and filmic kinds. Default: 1.")
-    pre_scale = Setting("VelmarTonemapping_SetPreScale", number, 4.0,
+    kind = Setting("VelmarKit_Tonemapping_SetType", "VelmarKit_Tonemapping_GetType", one_of(TonemappingKind),
+                   TonemappingKind.LINEAR, "The active kind. Default: VELMAR_TONEMAPPING_LINEAR.")
+    scale = Setting("VelmarKit_Tonemapping_SetScale", "VelmarKit_Tonemapping_GetScale", number, 1.0,
+                    "The factor of the linear and filmic kinds. Default: 1.")
+    pre_scale = Setting("VelmarKit_Tonemapping_SetPreScale", "VelmarKit_Tonemapping_GetPreScale", number, 4.0,
                         "The factor before the curve of the Reinhard kind. Default: 4.")
-    post_scale = Setting("VelmarTonemapping_SetPostScale", number, 1.0,
+    post_scale = Setting("VelmarKit_Tonemapping_SetPostScale", "VelmarKit_Tonemapping_GetPostScale", number, 1.0,
                          "The factor after the curve of the Reinhard kind. Default: 1.")
-    burn = Setting("VelmarTonemapping_SetBurn", number, 6.0,
+    burn = Setting("VelmarKit_Tonemapping_SetBurn", "VelmarKit_Tonemapping_GetBurn", number, 6.0,
                    "The value from which on the Reinhard kind burns out to white. Default: 6.")
-    iso = Setting("VelmarTonemapping_SetIso", number, 200.0,
+    iso = Setting("VelmarKit_Tonemapping_SetIso", "VelmarKit_Tonemapping_GetIso", number, 200.0,
                   "The film speed of the camera kind, as an ISO number. Default: 200.")
-    ev_adjust = Setting("VelmarTonemapping_EvAdjust", number, 0.0,
+    ev_adjust = Setting("VelmarKit_Tonemapping_EvAdjust", "VelmarKit_Tonemapping_GetEvAdjust", number, 0.0,
                         "The exposure adjustment of the camera kind, in EV. Default: 0.")
-    response_function_path = Setting("VelmarTonemapping_SetResponseFunctionPath", text,
+    response_function_path = Setting("VelmarKit_Tonemapping_SetResponseFunctionPath",
+                                     "VelmarKit_Tonemapping_GetResponseFunctionPath", text,
                                      "data/camera_response_functions/dscs315.txt",
                                      "The file of the camera kind's response function. Default: "
                                      "\"data/camera_response_functions/dscs315.txt\".")
@@ -174,5 +191,5 @@ class TonemappingBase(Object):
                  iso: Optional[float] = None, ev_adjust: Optional[float] = None,
                  response_function_path: Optional[str] = None) -> None:
         settings = {name: value for name, value in locals().items() if name not in ("self", "__class__")}
-        super().__init__(library().VelmarTonemapping_Create())
+        super().__init__(created(_functions.VelmarTonemapping, "VelmarKit_Tonemapping_Create"))
         assign(self, settings)

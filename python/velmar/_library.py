@@ -7,16 +7,16 @@ import functools
 import os
 import pathlib
 import sys
-from typing import Any, Iterator
+from typing import Any, Callable, Iterator, Optional
 
 from . import _functions
-from .errors import LibraryError
+from .errors import CLASS_OF_STATUS, InternalError, LibraryError
 
 ENVIRONMENT = "VELMAR_LIBRARY"
 
 
 def file_name() -> str:
-    return "VelmarAPI.dll" if sys.platform == "win32" else "libVelmarAPI.so"
+    return "velmarkit.dll" if sys.platform == "win32" else "libvelmarkit.so"
 
 
 def candidates() -> Iterator[str]:
@@ -39,14 +39,14 @@ def candidates() -> Iterator[str]:
             yield str(prefix / "lib64" / name)
             # On Debian: lib/x86_64-linux-gnu.
             yield from sorted(str(path) for path in prefix.glob(f"lib/*-linux-*/{name}"))
-    found = ctypes.util.find_library("VelmarAPI")
+    found = ctypes.util.find_library("velmarkit")
     if found:
         yield found
 
 
 @functools.lru_cache(maxsize=None)
 def library() -> Any:
-    """The loaded library, with every function declared."""
+    """The loaded library, with every function declared. A call that fails raises the exception of its status."""
     tried = []
     for path in candidates():
         # The system searches for a name without a directory.
@@ -58,16 +58,50 @@ def library() -> Any:
         except OSError as failure:
             tried.append(f"{path}: {failure}")
     places = "".join(f"\n  {place}" for place in tried) or " nowhere"
-    raise LibraryError(f"The library VelmarAPI wasn't found; name it in the environment variable {ENVIRONMENT}. "
+    raise LibraryError(f"The library velmarkit wasn't found; name it in the environment variable {ENVIRONMENT}. "
                        f"Searched:{places}")
 
 
 def declare(loaded: Any) -> Any:
-    for name, (result, *arguments) in _functions.FUNCTIONS.items():
+    def function(name: str) -> Any:
         try:
-            function = getattr(loaded, name)
+            return getattr(loaded, name)
         except AttributeError:
             raise LibraryError(f"{loaded._name} has no function {name}") from None
-        function.restype = result
-        function.argtypes = arguments
+
+    last_error = function("VelmarKit_LastError")
+    last_error.restype = ctypes.c_char_p
+
+    def raise_failure(status: int, called: Any, arguments: Any) -> int:
+        if status != 0:
+            text = (last_error() or b"").decode("utf-8", "replace")
+            raise CLASS_OF_STATUS.get(status, InternalError)(text)
+        return status
+
+    for name, arguments in _functions.FUNCTIONS.items():
+        declared = function(name)
+        declared.restype = ctypes.c_int32
+        declared.argtypes = arguments
+        declared.errcheck = raise_failure
     return loaded
+
+
+#: Called by the library, so it must stay alive.
+_line_callback: Any = None
+
+
+def set_line_handler(handler: Optional[Callable[[bool, str], None]]) -> None:
+    """Sets who receives the lines that the library reports, as "Num materials: 2", instead of the standard streams; None
+    for these. The handler gets whether it is a line for the standard error stream, and the line."""
+    global _line_callback
+    null: Any = None
+    callback: Any = ctypes.cast(null, _functions.LineCallback)
+    if handler is not None:
+        receiver = handler
+
+        def receive(_user: Any, is_error: int, line: bytes) -> None:
+            receiver(bool(is_error), line.decode("utf-8", "replace"))
+
+        callback = _functions.LineCallback(receive)
+    library().VelmarKit_SetLineCallback(callback, None)
+    _line_callback = callback

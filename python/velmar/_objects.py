@@ -1,13 +1,17 @@
 """What scenes, nodes and renderers have in common: a handle, and its owners."""
 from __future__ import annotations
 
+import ctypes
+import enum
 import weakref
-from typing import Any, Callable, Generic, List, Optional, TypeVar, Union, overload
+from typing import Any, Callable, Generic, List, Optional, Tuple, Type, TypeVar, Union, overload
 
+from . import _functions
 from ._library import library
 from .errors import ClosedError, OwnershipError
 
 T = TypeVar("T")
+O = TypeVar("O", bound="Object")
 
 
 class Object:
@@ -16,8 +20,11 @@ class Object:
     Its creator owns it until it is passed to other owners, scenes or models. It is destroyed with its last owner.
     """
 
-    #: The function that destroys an object without an owner.
-    _delete = ""
+    #: The type of the handle.
+    _type: Any = None
+    #: The functions that hold an object for this one, and that end that.
+    _retain = "VelmarKit_Node_Retain"
+    _release = "VelmarKit_Node_Release"
     #: The function that adds the object to a scene.
     _add = ""
 
@@ -25,11 +32,32 @@ class Object:
         self._library = library()
         self._handle: Optional[Any] = handle
         self._owners: "List[weakref.ref[Object]]" = []
+        if self._retain:
+            getattr(self._library, self._retain)(handle)
+
+    @classmethod
+    def _of(cls: Type[O], handle: Any) -> O:
+        """An object of a handle that there is already."""
+        made = cls.__new__(cls)
+        Object.__init__(made, handle)
+        return made
+
+    def __getattribute__(self, name: str) -> Any:
+        # Nothing of a destroyed object is used, not even what is known of it here.
+        if name[0] != "_" and name not in ("close", "closed"):
+            object.__getattribute__(self, "_pointer")()
+        return object.__getattribute__(self, name)
+
+    def __setattr__(self, name: str, value: Any) -> None:
+        if name[0] != "_" and not hasattr(type(self), name):
+            raise AttributeError(f"a {type(self).__name__} has no attribute {name!r}")
+        object.__setattr__(self, name, value)
 
     @property
     def closed(self) -> bool:
         """Whether the object was destroyed."""
-        if self._handle is None:
+        # A constructor that failed leaves no handle.
+        if getattr(self, "_handle", None) is None:
             return True
         return bool(self._owners) and all(owner.closed for owner in map(_owner, self._owners))
 
@@ -38,20 +66,21 @@ class Object:
 
         OwnershipError: a scene or a model owns it.
         """
-        if self.closed:
-            return
-        if self._owners:
+        if self._owners and not self.closed:
             raise OwnershipError(f"{self!r} is destroyed with its owner")
-        handle, self._handle = self._handle, None
-        self._end(handle)
+        self._drop()
+
+    def _drop(self) -> None:
+        """Releases the object, if that wasn't done before."""
+        handle, self._handle = getattr(self, "_handle", None), None
+        if handle is not None:
+            self._end(handle)
 
     def _end(self, handle: Any) -> None:
-        getattr(self._library, self._delete)(handle)
+        getattr(self._library, self._release)(handle)
 
     def __del__(self) -> None:
-        # Missing if the constructor failed.
-        if getattr(self, "_handle", None) is not None and not self._owners:
-            self.close()
+        self._drop()
 
     def __reduce__(self) -> Any:
         # A copy would destroy the same object twice.
@@ -77,8 +106,12 @@ class Object:
     def _released_by(self, owner: "Object") -> None:
         self._owners = [reference for reference in self._owners if reference() not in (owner, None)]
         if not self._owners:
-            # The library destroyed it with its last owner.
-            self._handle = None
+            # It is destroyed with its last owner.
+            self._drop()
+
+    def _taken_from(self, scene: "Object") -> None:
+        """The scene gave the node back."""
+        self._owners = [reference for reference in self._owners if reference() not in (scene, None)]
 
 
 class _Destroyed:
@@ -89,11 +122,19 @@ def _owner(reference: "weakref.ref[Object]") -> Union[Object, _Destroyed]:
     return reference() or _Destroyed()
 
 
-class Setting(Generic[T]):
-    """An attribute that is set in the library. The library has no getters, so the value is kept here."""
+def created(kind: Any, function: str, *arguments: Any) -> Any:
+    """The handle of an object that a function creates."""
+    handle = kind()
+    getattr(library(), function)(*arguments, ctypes.byref(handle))
+    return handle
 
-    def __init__(self, function: str, check: Callable[[str, Any], T], default: Any, doc: str) -> None:
-        self.function = function
+
+class Setting(Generic[T]):
+    """An attribute that is set and read in the library. What is unset there is None."""
+
+    def __init__(self, setter: str, getter: str, check: Callable[[str, Any], T], default: Any, doc: str) -> None:
+        self.setter = setter
+        self.getter = getter
         self.check = check
         self.default = default
         self.__doc__ = doc
@@ -108,13 +149,37 @@ class Setting(Generic[T]):
     def __get__(self, instance: Object, owner: type) -> T: ...
 
     def __get__(self, instance: Any, owner: type) -> Any:
-        return self if instance is None else instance.__dict__.get(self.name, self.default)
+        if instance is None:
+            return self
+        if self.default is None and self.name not in instance.__dict__:
+            return None
+        values = read(instance, self.getter)
+        value = values if len(values) > 1 else values[0]
+        return type(self.default)(value) if isinstance(self.default, enum.Enum) else value
 
     def __set__(self, instance: Object, value: Any) -> None:
         checked = self.check(self.name, value)
         arguments = checked if isinstance(checked, tuple) else (checked,)
-        instance._call(self.function, *arguments)
-        instance.__dict__[self.name] = value if isinstance(checked, bytes) else checked
+        instance._call(self.setter, *arguments)
+        instance.__dict__[self.name] = True
+
+
+def read(instance: Object, getter: str, *arguments: Any) -> Tuple[Any, ...]:
+    """What a function stores through its arguments after the handle and `arguments`."""
+    declared: Any = _functions.FUNCTIONS[getter][1 + len(arguments):]
+    values = [kind._type_() for kind in declared]
+    instance._call(getter, *arguments, *map(ctypes.byref, values))
+    if declared[0] is ctypes.POINTER(ctypes.c_void_p) and declared[-1] is ctypes.POINTER(ctypes.c_uint64):
+        address, size = values
+        return ((ctypes.string_at(address, size.value) if size.value else b"").decode("utf-8", "replace"),)
+    return tuple(value.value for value in values)
+
+
+def read_handle(instance: Object, kind: Any, getter: str, *after: Any, before: Tuple[Any, ...] = ()) -> Any:
+    """A handle that a function stores between the arguments `before` and `after`."""
+    handle = kind()
+    instance._call(getter, *before, ctypes.byref(handle), *after)
+    return handle
 
 
 def assign(instance: Object, settings: Any) -> None:

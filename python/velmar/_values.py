@@ -1,4 +1,4 @@
-"""Checks of values for the library, which doesn't check them."""
+"""Checks of values before they are passed to the library."""
 from __future__ import annotations
 
 import enum
@@ -72,15 +72,12 @@ def text(what: str, value: Any) -> bytes:
 
 
 def path(what: str, value: Path) -> str:
-    """A path for the library. Relative ones with a directory become absolute, since the directory would be applied
-    twice in the folder of a scene's meshes."""
+    """A path for the library."""
     result = os.fspath(value)
     if not isinstance(result, str):
         raise TypeError(f"{what} must be a str or a path, not {type(result).__name__}")
     if not result:
         raise ValueError(f"{what} must not be empty")
-    if os.path.dirname(result):
-        result = os.path.abspath(result)
     if sys.platform != "win32" and "\\" in result:
         raise ValueError(f"{what} must not contain a backslash, which the library takes for a separator")
     text(what, result)

@@ -7,61 +7,60 @@ from typing import Any, Container, Optional, Sequence, Tuple
 
 from . import _functions
 from ._bases import BackgroundBase, CameraBase, MaterialBase, ModelBase, RenderSettingsBase, TonemappingBase
-from ._library import library
-from ._objects import Object
+from ._objects import Object, created, read, read_handle
 from ._values import Vector, number, text, vector
+from .errors import VelmarError
 from .mesh import Mesh
 
 
-class _WithoutDelete(Object):
-    """A node for which the library has no delete function: it is destroyed with a scene of its own."""
-
-    def _end(self, handle: Any) -> None:
-        scene = self._library.VelmarScene_Create()
-        getattr(self._library, self._add)(scene, handle)
-        self._library.VelmarScene_Delete(scene)
-
-
-class Camera(_WithoutDelete, CameraBase):
+class Camera(CameraBase):
     """A thin lens in front of a sensor. Lengths are in metres."""
 
     @property
     def field_of_view(self) -> float:
         """The horizontal field of view, in radians. Setting it keeps the sensor and moves the lens."""
-        return 2 * math.atan2(0.5 * self.sensor_width, self.lens_sensor_distance)
+        return float(read(self, "VelmarKit_Camera_GetFieldOfView")[0])
 
     @field_of_view.setter
     def field_of_view(self, value: float) -> None:
         angle = number("field_of_view", value)
         if not 0 < angle < math.pi:
             raise ValueError(f"field_of_view must be between 0 and pi, not {angle}")
-        self.lens_sensor_distance = 0.5 * self.sensor_width / math.tan(0.5 * angle)
+        self._call("VelmarKit_Camera_SetFieldOfView", angle)
 
-    def look_at(self, target: Vector) -> None:
-        """Turns the camera from its position towards a point, and focuses there."""
-        if self.position is None:
+    def look_at(self, target: Vector, up: Vector = (0.0, 0.0, 1.0), *, fov: Optional[float] = None) -> None:
+        """Turns the camera from its position towards a point, with `up` upwards in the image, and focuses there. A field
+        of view, in radians, is set too."""
+        point = vector("target", target)
+        here = self.position
+        if here is None:
             raise ValueError("the camera has no position yet")
-        towards = tuple(there - here for there, here in zip(vector("target", target), self.position))
-        distance = math.sqrt(sum(component * component for component in towards))
+        distance = math.dist(point, here)
         if distance == 0:
             raise ValueError("the camera is at the target")
-        self.forwards = towards
+        self._call("VelmarKit_Camera_LookAt", *point, *vector("up", up))
         self.focus_distance = distance
+        if fov is not None:
+            self.field_of_view = fov
 
 
-class Background(_WithoutDelete, BackgroundBase):
+class Background(BackgroundBase):
     """The light from around the scene. Made by `Background.uniform` or `Background.sun_sky`."""
+
+    def __init__(self, *_: Any, **__: Any) -> None:
+        raise TypeError("a Background is made by Background.uniform or Background.sun_sky")
 
     @classmethod
     def uniform(cls, colour: Vector = (1.0, 1.0, 1.0), strength: float = 1.0) -> "Background":
         """Even light from all directions, of a colour with gamma 2.2."""
-        return cls(library().VelmarBackground_CreateUniform(*vector("colour", colour), number("strength", strength)))
+        return cls._of(created(cls._type, "VelmarKit_Background_CreateUniform", *vector("colour", colour),
+                               number("strength", strength)))
 
     @classmethod
     def sun_sky(cls, direction: Vector, model: str = "captured-simulation") -> "Background":
         """Sun and sky. The direction towards the sun has z up and length 1; it isn't normalised."""
         towards, encoded = vector("direction", direction), text("model", model)
-        return cls(library().VelmarBackground_CreateSunSky(*towards, encoded))
+        return cls._of(created(cls._type, "VelmarKit_Background_CreateSunSky", *towards, encoded))
 
 
 class Material(MaterialBase):
@@ -69,13 +68,18 @@ class Material(MaterialBase):
 
     def __init__(self, name: str, colour: Vector = (0.8, 0.8, 0.8)) -> None:
         encoded, components = text("name", name), vector("colour", colour)
-        super().__init__(library().VelmarMaterial_CreateNode(encoded))
+        super().__init__(created(self._type, "VelmarKit_Material_CreateNode", encoded))
         self._name = name
-        self._colour = components
-        self._give(encoded)
+        self._give(encoded, components)
 
-    def _give(self, encoded: bytes) -> None:
-        self._call("VelmarMaterial_AddToNode", self._library.VelmarMaterial_CreateDiffuse(encoded, *self._colour))
+    def _give(self, encoded: bytes, colour: Tuple[float, float, float]) -> None:
+        material = created(_functions.VelmarMaterial, "VelmarKit_Material_CreateDiffuse", encoded, *colour)
+        try:
+            self._call("VelmarKit_Material_AddToNode", material)
+        except VelmarError:
+            self._library.VelmarKit_Material_Delete(material)
+            raise
+        self._colour: Optional[Tuple[float, float, float]] = colour
 
     @property
     def name(self) -> str:
@@ -83,15 +87,14 @@ class Material(MaterialBase):
         return self._name
 
     @property
-    def colour(self) -> Tuple[float, float, float]:
-        """The colour."""
+    def colour(self) -> Optional[Tuple[float, float, float]]:
+        """The colour; None if it came from a file."""
         return self._colour
 
     @colour.setter
     def colour(self, value: Vector) -> None:
         self._pointer()
-        self._colour = vector("colour", value)
-        self._give(text("name", self._name))
+        self._give(text("name", self._name), vector("colour", value))
 
 
 class Model(ModelBase):
@@ -104,14 +107,36 @@ class Model(ModelBase):
         # All checks come first: destroying a model destroys a mesh without other owners.
         encoded, given = text("name", name), _checked_materials(mesh, materials)
         placement = _placement(position, rotation)
-        super().__init__(library().VelmarModel_Create(encoded, mesh._pointer()))
+        super().__init__(created(self._type, "VelmarKit_Model_Create", encoded, mesh._pointer()))
         mesh._owned_by(self)
         self._name = name
         self._mesh = mesh
         self._materials: Tuple[Material, ...] = ()
         if given:
             self.materials = given
-        self._call("VelmarModel_SetTransformation", *placement, 0)
+        self._call("VelmarKit_Model_SetTransformation", *placement, 0)
+
+    @classmethod
+    def _of_library(cls, handle: Any, owner: Object) -> "Model":
+        """A model that the library made, with its mesh and materials, which `owner` owns."""
+        model = cls._of(handle)
+        mesh = Mesh._of_library(read_handle(model, _functions.VelmarMesh, "VelmarKit_Model_GetGeometry", None))
+        count = ctypes.c_uint64()
+        model._call("VelmarKit_Model_GetGeometry", None, ctypes.byref(count))
+        materials = []
+        for i in range(count.value):
+            node = read_handle(model, _functions.VelmarMaterialNode, "VelmarKit_Model_GetMaterial", before=(i,))
+            material = Material._of(node)
+            material._name = read(material, "VelmarKit_Node_GetName")[0]
+            material._colour = None
+            materials.append(material)
+        model._name = read(model, "VelmarKit_Node_GetName")[0]
+        model._mesh, model._materials = mesh, tuple(materials)
+        for held in (mesh, *materials):
+            held._owned_by(owner)
+            held._owned_by(model)
+        model._owned_by(owner)
+        return model
 
     @property
     def name(self) -> str:
@@ -132,7 +157,7 @@ class Model(ModelBase):
     def materials(self, value: Sequence[Material]) -> None:
         given = _checked_materials(self._mesh, value)
         handles = (_functions.VelmarMaterialNode * len(given))(*(material._pointer() for material in given))
-        self._call("VelmarModel_SetMaterials", len(given), handles)
+        self._call("VelmarKit_Model_SetMaterials", len(given), handles)
         former, self._materials = self._materials, given
         for material in set(given) - set(former):
             material._owned_by(self)
@@ -141,7 +166,7 @@ class Model(ModelBase):
 
     def place(self, position: Vector, rotation: Any = None) -> None:
         """Sets the position, and the rotation as a matrix of three rows (by default none)."""
-        self._call("VelmarModel_SetTransformation", *_placement(position, rotation), 0)
+        self._call("VelmarKit_Model_SetTransformation", *_placement(position, rotation), 0)
 
     def _check(self, nodes: Container[int]) -> None:
         """Raises if no document can be written of the model in a scene of the nodes with these ids."""

@@ -4,9 +4,10 @@ from __future__ import annotations
 from types import TracebackType
 from typing import Any, Optional, Type
 
+from . import _functions
 from ._library import library
-from ._objects import Object
-from .errors import OwnershipError, RendererError
+from ._objects import Object, created
+from .errors import OwnershipError, VelmarError
 from .nodes import RenderSettings
 from .scene import Scene
 
@@ -16,11 +17,13 @@ class Renderer(Object):
 
     The renderer owns the scene: closing it destroys the scene and its nodes. It is a context manager.
 
-    RendererError: there is no renderer library, or it couldn't be set up.
+    RendererError: there is no renderer library, or it failed.
     ValueError: the scene has no render settings with a width, a height and a super sample factor.
     """
 
-    _delete = "VelmarRenderer_Delete"
+    _type = _functions.VelmarRenderer
+    _retain = ""
+    _release = "VelmarKit_Renderer_Delete"
 
     def __init__(self, scene: Scene) -> None:
         if not isinstance(scene, Scene):
@@ -34,12 +37,19 @@ class Renderer(Object):
                 raise ValueError(f"the scene needs render settings with a {name}")
         scene._check()
         functions = library()
-        context = functions.VelmarContext_Create()
-        if functions.VelmarContext_Initialize(context) != 0:
-            functions.VelmarContext_Delete(context)
-            raise RendererError("the renderer library couldn't be set up; the reason is on the standard error stream")
-        super().__init__(functions.VelmarRenderer_Create(context))
-        functions.VelmarRenderer_InitializeWithScene(self._handle, context, handle)
+        context = created(_functions.VelmarContext, "VelmarKit_Context_Create")
+        try:
+            functions.VelmarKit_Context_Initialize(context, None)
+            renderer = created(self._type, "VelmarKit_Renderer_Create", context)
+        except VelmarError:
+            functions.VelmarKit_Context_Delete(context)
+            raise
+        try:
+            functions.VelmarKit_Renderer_InitializeWithScene(renderer, context, handle)
+        except VelmarError:
+            functions.VelmarKit_Renderer_Delete(renderer)
+            raise
+        super().__init__(renderer)
         scene._owned_by(self)
         self._scene = scene
         self._running = False
@@ -59,28 +69,28 @@ class Renderer(Object):
 
     def start(self) -> None:
         """Starts the render, which runs on threads of the renderer library."""
-        self._call("VelmarRenderer_Start")
+        self._call("VelmarKit_Renderer_Start", None)
         self._running = True
 
     def pause(self) -> None:
         """Pauses the render."""
-        self._call("VelmarRenderer_Pause")
+        self._call("VelmarKit_Renderer_Pause", None)
 
     def resume(self) -> None:
         """Resumes the render."""
-        self._call("VelmarRenderer_Resume")
+        self._call("VelmarKit_Renderer_Resume", None)
 
     def stop(self) -> None:
         """Stops the render."""
-        self._call("VelmarRenderer_Stop")
+        self._call("VelmarKit_Renderer_Stop", None)
         self._running = False
 
-    def update_scene(self, *arguments: Any) -> int:
+    def update_scene(self, *arguments: Any) -> None:
         """Passes changes of the scene to the renderer library. Its documentation describes the arguments, which are
         passed as ctypes does."""
-        return int(self._call("VelmarRenderer_UpdateScene", *arguments))
+        self._call("VelmarKit_Renderer_UpdateScene", *arguments)
 
     def _end(self, handle: Any) -> None:
         if self._running:
-            self._library.VelmarRenderer_Stop(handle)
+            self._library.VelmarKit_Renderer_Stop(handle, None)
         super()._end(handle)

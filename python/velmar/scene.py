@@ -1,17 +1,14 @@
 """Scenes."""
 from __future__ import annotations
 
-import errno
-import os
-import shutil
-import tempfile
+import ctypes
 from types import TracebackType
-from typing import Any, Dict, Iterator, Optional, Tuple, Type, TypeVar
+from typing import Dict, Optional, Tuple, Type, TypeVar
 
-from ._library import library
-from ._objects import Object
+from . import _functions
+from ._objects import Object, created
 from ._values import Path, number, path, text
-from .errors import OwnershipError, WriteError
+from .errors import OwnershipError
 from .mesh import Mesh
 from .nodes import Background, Camera, Material, Model, RenderSettings, Tonemapping
 
@@ -28,13 +25,11 @@ class Scene(Object):
     Nodes may be changed until the scene is closed, which destroys them.
     """
 
-    _delete = "VelmarScene_Delete"
+    _type = _functions.VelmarScene
 
     def __init__(self) -> None:
-        super().__init__(library().VelmarScene_Create())
+        super().__init__(created(self._type, "VelmarKit_Scene_Create"))
         self._nodes: Dict[int, Object] = {}
-        # Created by the library, without an object here.
-        self._has_other_meshes = False
 
     def __enter__(self) -> "Scene":
         self._pointer()
@@ -49,6 +44,9 @@ class Scene(Object):
         harmless."""
         if not self._owners:
             super().close()
+            for node in self._nodes.values():
+                if node.closed:
+                    node._drop()
             self._nodes.clear()
 
     @property
@@ -72,53 +70,49 @@ class Scene(Object):
         self._nodes[id(node)] = node
         return node
 
+    def load_model(self, file: Path, scale: float = 1.0) -> Model:
+        """Loads a mesh file (obj, ply, stl or vmmesh) and adds its mesh, the materials of its faces, with the colours of
+        an OBJ file's MTL files, and a model of them, which is returned. After a failure the scene is as before.
+
+        `scale` multiplies the positions, except those of vmmesh files.
+        """
+        handle = Model._type()
+        self._call("VelmarKit_Scene_LoadModel", text("file", path("file", file)), number("scale", scale),
+                   ctypes.byref(handle))
+        model = Model._of_library(handle, self)
+        for node in (model._mesh, *model._materials, model):
+            self._nodes[id(node)] = node
+        return model
+
+    def remove(self, node: Object) -> None:
+        """Takes a node out of the scene. Models that use it keep it."""
+        self._call("VelmarKit_Scene_RemoveNode", node._pointer())
+        self._nodes.pop(id(node))
+        node._taken_from(self)
+
     def add_ground_plane(self, z: float = 0.0, half_size: float = 50.0) -> None:
         """Adds a light grey square of ground: a mesh, a material and a model."""
-        self._call("VelmarScene_AddGroundPlane", number("z", z), number("half_size", half_size))
-        self._has_other_meshes = True
+        self._call("VelmarKit_Scene_AddGroundPlane", number("z", z), number("half_size", half_size))
 
     def add_default_material(self) -> None:
         """Adds a light grey material named "Default"."""
-        self._call("velmar_create_default_material")
+        self._call("VelmarKit_create_default_material")
 
     def add_sun_sky(self) -> None:
         """Adds a background of sun and sky, with the sun in the direction (1, 1, 1)."""
-        self._call("velmar_create_sunsky")
+        self._call("VelmarKit_create_sunsky")
 
     def write(self, document: Path) -> None:
-        """Writes the scene as an XML document, and its meshes as binary files next to it. An existing document is
-        overwritten.
-
-        With a path without a directory, the document refers to its meshes relative to itself and can be moved with
-        them; otherwise it refers to them by absolute paths.
+        """Writes the scene as an XML document, and its meshes as binary files in a folder next to it. The document refers
+        to them relative to itself and can be moved with them. After a failure, a document that was there is as before.
 
         ValueError: an index of a face is out of range, or a model uses a node that isn't in the scene.
-        OSError: the document or the folder of the meshes can't be written, or there is too little space on the disk.
-        Errors that can't be foreseen, such as a disk that fills up meanwhile, end the process: the library throws, and
-        Python can't catch that.
+        FileError: the document or a mesh can't be written.
         """
-        name = path("document", document)
+        name = text("document", path("document", document))
         self._pointer()
         self._check()
-        if self._meshes_are_written():
-            self._check_folder(name)
-        # Emptied first, so that what is there afterwards was written now.
-        with open(name, "wb"):
-            pass
-        self._call("VelmarScene_WriteToXML", text("document", name))
-        # The library doesn't report a document that it couldn't write.
-        size = os.path.getsize(name)
-        with open(name, "rb") as written:
-            written.seek(max(size - 16, 0))
-            # A device may have any number of bytes to read, and none of them ours.
-            if not written.read(min(size, 16)).rstrip().endswith(b"</scene>"):
-                raise WriteError(f"{name} couldn't be written to its end")
-
-    def _meshes(self) -> Iterator[Mesh]:
-        return (node for node in self._nodes.values() if isinstance(node, Mesh))
-
-    def _meshes_are_written(self) -> bool:
-        return self._has_other_meshes or any(True for _ in self._meshes())
+        self._call("VelmarKit_Scene_WriteToXML", name)
 
     def _check(self) -> None:
         for node in self._nodes.values():
@@ -126,18 +120,6 @@ class Scene(Object):
                 node._prepare()
             elif isinstance(node, Model):
                 node._check(self._nodes)
-
-    def _check_folder(self, name: str) -> None:
-        """Creates the folder of the meshes. Raises if the library would throw because it can't write there."""
-        # The library takes for an extension what begins at the last dot, wherever that is.
-        folder = (name[:name.rindex(".")] if "." in name else name) + "_meshes"
-        if not os.path.isdir(folder):
-            os.mkdir(folder)
-        with tempfile.TemporaryFile(dir=folder):
-            pass
-        needed = sum(mesh._file_size() for mesh in self._meshes())
-        if shutil.disk_usage(folder).free < needed:
-            raise OSError(errno.ENOSPC, f"the meshes may need {needed} bytes", folder)
 
 
 __all__ = ["Scene"]

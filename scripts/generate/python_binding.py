@@ -3,13 +3,14 @@ import json
 import re
 import textwrap
 
-from table import Default, Function, Handle, Table
+from kit import getter_name, kit_name
+from table import ROOT, Default, Function, Handle, Table
 from text import WIDTH, capitalised, listed, notice, one_line, setting, wrapped
 
 C_TYPES = {
-    "void": "None", "double": "c_double", "int": "c_int", "unsigned": "c_uint", "int32_t": "c_int32",
-    "uint32_t": "c_uint32", "uint64_t": "c_uint64", "VelmarBool": "c_bool", "const char*": "c_char_p",
-    "void*": "c_void_p", "const float*": "POINTER(c_float)", "const uint32_t*": "POINTER(c_uint32)",
+    "double": "c_double", "float": "c_float", "int": "c_int", "unsigned": "c_uint", "int32_t": "c_int32",
+    "uint32_t": "c_uint32", "uint64_t": "c_uint64", "VelmarBool": "c_bool", "VelmarKitMeshCounts": "MeshCounts",
+    "VelmarKitLineCallback": "LineCallback",
 }
 #: The check of an attribute and its type, by the type of the setter's argument.
 CHECKS = {
@@ -25,34 +26,68 @@ def files(table: Table) -> dict[str, str]:
 # ---- the functions --------------------------------------------------------------------------------------------------
 
 
-def ctypes_type(c_type: str, table: Table) -> str:
-    if c_type in C_TYPES:
-        return C_TYPES[c_type]
-    name = c_type.rstrip("*")
-    if name not in [handle.name for handle in table.handles]:
-        raise ValueError(f"no Python type is known for {c_type}")
-    return {f"{name}*": name, f"{name}**": f"POINTER({name})"}[c_type]
+def ctypes_type(c_type: str, handles: set[str]) -> str:
+    """The type of a C argument. Texts that a function gives have no zero byte at their end, so they are addresses."""
+    name = re.sub(r"\bconst\b|\s", "", c_type)
+    if name == "char*":
+        return "c_char_p"
+    if name in ("void*", "char**"):
+        return "c_void_p" if name == "void*" else "POINTER(c_void_p)"
+    base, stars = name.rstrip("*"), name.count("*")
+    if base in handles and stars > 0:
+        stars -= 1
+        result = base
+    else:
+        result = C_TYPES[base]
+    return "POINTER(" * stars + result + ")" * stars
 
 
 def functions_module(table: Table) -> str:
-    declared = {function.name: [ctypes_type(c_type, table) for c_type in
-                                (function.returns.type, *(a.type for a in function.arguments if not a.is_variadic))]
-                for function in table.functions}
+    handles = {handle.name for handle in table.handles}
+    declared = {name: [ctypes_type(c_type, handles) for c_type in types] for name, types in c_declarations().items()}
     used = {name for types in declared.values() for text in types for name in re.findall(r"c_\w+|POINTER", text)}
-    lines = ['"""The library\'s functions, as ctypes declares them.', "", notice(), '"""',
-             f"from ctypes import {', '.join(sorted(used | {'c_void_p'}, key=str.lower))}", "",
-             f'VERSION = "{table.version}"']
-    for enumeration in table.enumerations.values():
-        lines += ["", *(f"{enumeration.prefix}{value.name} = {value.value}" for value in enumeration.values)]
+    used |= {"c_char_p", "c_int32", "c_uint32", "c_uint64", "c_void_p", "CFUNCTYPE", "Structure"}
+    lines = ['"""The functions of velmarkit.h, as ctypes declares them.', "", notice(), '"""',
+             *listed(sorted(used, key=str.lower), "from ctypes import (", ")"), "", f'VERSION = "{table.version}"']
     for handle in table.handles:
         lines += ["", "", f"class {handle.name}(c_void_p):", f'    """{one_line(handle.brief)}"""']
-    lines += ["", "", "# The result, then the arguments; a function in VARIADIC takes further ones.", "FUNCTIONS = {"]
+    lines += ["", "", "class MeshCounts(Structure):", '    """The number of elements of a mesh."""', "",
+              *listed([f'("{name}", {ctypes_type(c_type, handles)})' for name, c_type in structure("VelmarKitMeshCounts")],
+                      "    _fields_ = [", "]"),
+              "", "", "LineCallback = CFUNCTYPE(None, c_void_p, c_int32, c_char_p)",
+              "", "# The types of the arguments. All functions return a status; one in VARIADIC takes further arguments.",
+              "FUNCTIONS = {"]
     for name, types in declared.items():
         begin = f'    "{name}": ('
         lines += wrapped(", ".join(types) + (",)," if len(types) == 1 else "),"), begin, " " * len(begin))
-    variadic = ", ".join(f'"{function.name}"' for function in table.functions
+    variadic = ", ".join(f'"{kit_name(function.name)}"' for function in table.functions
                          if any(argument.is_variadic for argument in function.arguments))
     return "\n".join(lines + ["}", "", f"VARIADIC = {{{variadic}}}"]) + "\n"
+
+
+def c_declarations() -> dict[str, list[str]]:
+    """The types of the arguments of each function of velmarkit.h that returns a status."""
+    result: dict[str, list[str]] = {}
+    for header in ("velmarkit/calls.h", "velmarkit/getters.h", "velmarkit.h"):
+        text = (ROOT / "kit" / header).read_text(encoding="utf-8")
+        for name, arguments in re.findall(r"^VELMARKIT_API int32_t (\w+)\(([^;]*)\);", text, re.M):
+            result[name] = [argument_type(argument) for argument in arguments.split(",")
+                            if argument.strip() not in ("void", "...")]
+    return result
+
+
+def argument_type(declarator: str) -> str:
+    declarator, array = re.subn(r"\[\d+\]", "", declarator)
+    head = re.sub(r"\w+$", "", declarator.strip())
+    return head + "*" * array
+
+
+def structure(name: str) -> list[tuple[str, str]]:
+    """The fields of a structure of velmarkit.h with their types."""
+    text = (ROOT / "kit" / "velmarkit.h").read_text(encoding="utf-8")
+    body = re.search(rf"typedef struct {name} {{(.*?)}}", text, re.S)
+    assert body
+    return [(field, c_type) for c_type, field in re.findall(r"^\s*(\w+) (\w+);", body.group(1), re.M)]
 
 
 # ---- the base classes -----------------------------------------------------------------------------------------------
@@ -62,7 +97,7 @@ def bases_module(table: Table) -> str:
     lines = ['"""The base classes of the objects: settings as attributes, and constructors that take them.', "",
              notice(), '"""',
              "from __future__ import annotations", "", "import enum", "from typing import Optional", "",
-             "from ._library import library", "from ._objects import Object, Setting, assign",
+             "from . import _functions", "from ._objects import Object, Setting, assign, created",
              "from ._values import Vector, flag, int32, number, one_of, text, uint32, vector"]
     for enumeration in table.enumerations.values():
         lines += ["", "", f"class {enumeration.name}(enum.IntEnum):", f'    """{one_line(enumeration.brief)}"""', ""]
@@ -80,7 +115,7 @@ def literal(value: Default) -> str:
 
 def base_class(handle: Handle, table: Table) -> list[str]:
     lines = [f"class {handle.python}Base(Object):", f'    """{one_line(handle.brief)}"""', ""]
-    lines += [f'    {key} = "{name}"' for key, name in (("_add", handle.add), ("_delete", handle.delete)) if name]
+    lines += [f"    _type = _functions.{handle.name}", f'    _add = "{kit_name(handle.add)}"']
     if handle.settings:
         lines.append("")
     for function in handle.settings:
@@ -111,7 +146,7 @@ def attribute(function: Function, table: Table) -> list[str]:
     literals = [json.dumps(piece + " ") for piece in textwrap.wrap(doc, WIDTH - len(begin) - 8)]
     # Adjacent literals are one; the last has no blank at its end.
     literals[-1] = literals[-1].replace(' "', '"')
-    lines = listed([f'"{function.name}"', check_of(function)[0], python_default(function), literals[0]], begin, "")
+    lines = listed([f'"{kit_name(function.name)}"', f'"{getter_name(function)}"', check_of(function)[0], python_default(function), literals[0]], begin, "")
     lines += [" " * len(begin) + literal for literal in literals[1:]]
     return [*lines[:-1], lines[-1] + ")"]
 
@@ -123,4 +158,4 @@ def constructor(handle: Handle, creator: Function) -> list[str]:
     parameters.insert(len(handle.positional), "*")
     return listed(["self", *parameters], "    def __init__(", ") -> None:") + [
         "        settings = {name: value for name, value in locals().items() if name not in (\"self\", \"__class__\")}",
-        f"        super().__init__(library().{creator.name}())", "        assign(self, settings)"]
+        f"        super().__init__(created(_functions.{handle.name}, \"{kit_name(creator.name)}\"))", "        assign(self, settings)"]

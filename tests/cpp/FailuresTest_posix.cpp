@@ -27,7 +27,7 @@ TEST(CppFailures, FullDisk) {
 }
 
 // The sanitizers' own memory is beyond any limit.
-#if !VELMAR_SANITIZED
+#ifndef VELMAR_SANITIZED
 namespace {
 
 /// Leaves little more memory than the process has. Ends the process with 0 if the library reports that.

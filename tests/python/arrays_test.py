@@ -1,6 +1,7 @@
 """Vertices, faces and texture coordinates that a mesh accepts, and those that it refuses."""
 import array
 import ctypes
+import gc
 import itertools
 import struct
 import unittest
@@ -27,6 +28,10 @@ def words_of(call):
     return sizes
 
 
+def address_of(pointer):
+    return ctypes.cast(pointer, ctypes.c_void_p).value
+
+
 class Vertices(unittest.TestCase):
     def setUp(self):
         self.mesh = velmar.Mesh("mesh")
@@ -34,7 +39,7 @@ class Vertices(unittest.TestCase):
     @with_numpy
     def test_array_is_handed_over_where_it_lies(self):
         vertices = numpy.array(TRIANGLE, numpy.float32)
-        with support.recorded("VelmarMesh_AddVertices") as calls:
+        with support.recorded("VelmarKit_Mesh_AddVertices") as calls:
             self.mesh.add_vertices(vertices)
         self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (3, vertices.ctypes.data))
         self.assertEqual(self.mesh.num_vertices, 3)
@@ -43,38 +48,38 @@ class Vertices(unittest.TestCase):
     def test_read_only_array_is_handed_over_where_it_lies(self):
         vertices = numpy.array(TRIANGLE, numpy.float32)
         vertices.flags.writeable = False
-        with support.recorded("VelmarMesh_AddVertices") as calls:
+        with support.recorded("VelmarKit_Mesh_AddVertices") as calls:
             self.mesh.add_vertices(vertices)
         self.assertEqual(ctypes.addressof(calls[0][2]), vertices.ctypes.data)
 
     @with_numpy
     def test_rows_of_a_larger_array_are_passed_in_place(self):
         vertices = numpy.zeros((10, 3), numpy.float32)
-        with support.recorded("VelmarMesh_AddVertices") as calls:
+        with support.recorded("VelmarKit_Mesh_AddVertices") as calls:
             self.mesh.add_vertices(vertices[4:6])
         self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (2, vertices.ctypes.data + 4 * 12))
 
     def test_memory_at_an_odd_address_is_copied(self):
         block = bytearray(1 + 36)
         struct.pack_into("=9f", block, 1, *range(9))
-        with support.recorded("VelmarMesh_AddVertices") as calls:
+        with support.recorded("VelmarKit_Mesh_AddVertices") as calls:
             self.mesh.add_vertices(memoryview(block)[1:].cast("f", (3, 3)))
         self.assertEqual(ctypes.addressof(calls[0][2]) % 4, 0)
         self.assertEqual(list(calls[0][2]), list(range(9)))
 
     def test_other_arrays_than_those_of_numpy_are_passed_too(self):
         numbers = array.array("f", range(6))
-        with support.recorded("VelmarMesh_AddVertices") as calls:
+        with support.recorded("VelmarKit_Mesh_AddVertices") as calls:
             self.mesh.add_vertices(memoryview(numbers).cast("B").cast("f", (2, 3)))
         self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (2, numbers.buffer_info()[0]))
         read_only = memoryview(numbers.tobytes()).cast("f", (2, 3))
-        with support.recorded("VelmarMesh_AddVertices") as calls:
+        with support.recorded("VelmarKit_Mesh_AddVertices") as calls:
             self.mesh.add_vertices(read_only)
         self.assertEqual(list(calls[0][2]), list(range(6)))
 
     def test_sequence_is_converted(self):
         for row in (*forms([2, 3, 4]), array.array("d", [2, 3, 4])):
-            with support.recorded("VelmarMesh_AddVertices") as calls:
+            with support.recorded("VelmarKit_Mesh_AddVertices") as calls:
                 self.mesh.add_vertices([(0, 0.5, 1), row])
             self.assertEqual(list(calls[0][2]), [0, 0.5, 1, 2, 3, 4])
 
@@ -131,15 +136,15 @@ class TextureCoordinates(unittest.TestCase):
     @with_numpy
     def test_array_is_handed_over_where_it_lies(self):
         pairs = numpy.zeros((4, 2), numpy.float32)
-        with support.recorded("VelmarMesh_AddTextureCoordinates") as calls:
+        with support.recorded("VelmarKit_Mesh_SetTextureCoordinates") as calls:
             velmar.Mesh("mesh").add_texture_coordinates(pairs)
-        self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (4, pairs.ctypes.data))
+        self.assertEqual((calls[0][1:3], address_of(calls[0][3][0])), ((1, 4), pairs.ctypes.data))
 
     def test_other_arrays_than_those_of_numpy_are_passed_too(self):
         pairs = (ctypes.c_float * 2 * 4)()
-        with support.recorded("VelmarMesh_AddTextureCoordinates") as calls:
+        with support.recorded("VelmarKit_Mesh_SetTextureCoordinates") as calls:
             velmar.Mesh("mesh").add_texture_coordinates(pairs)
-        self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (4, ctypes.addressof(pairs)))
+        self.assertEqual((calls[0][1:3], address_of(calls[0][3][0])), ((1, 4), ctypes.addressof(pairs)))
 
     def test_other_kinds_and_shapes_are_refused(self):
         mesh = velmar.Mesh("mesh")
@@ -156,11 +161,69 @@ class TextureCoordinates(unittest.TestCase):
     def test_sets_of_different_sizes_are_refused(self):
         mesh = velmar.Mesh("mesh", TRIANGLE)
         mesh.add_texture_coordinates([(0, 0)] * 2)
-        mesh.add_texture_coordinates([(0, 0)])
-        with self.assertRaisesRegex(ValueError, "the 2 sets of texture coordinates .* differ in size"):
-            mesh.build()
-        mesh.add_texture_coordinates([(0, 0)] * 3)
-        mesh.build()
+        with self.assertRaisesRegex(ValueError, r"sets of texture coordinates of .* differ in size: \[1, 2\]"):
+            mesh.add_texture_coordinates([(0, 0)])
+        self.assertEqual(mesh.num_texture_coordinate_sets, 1)
+
+    def test_sets_are_interleaved(self):
+        first, second = [(0, 1), (2, 3), (4, 5)], [(6, 7), (8, 9), (10, 11)]
+        wanted = [[0, 1], [6, 7], [2, 3], [8, 9], [4, 5], [10, 11]]
+        one_by_one = velmar.Mesh("mesh", TRIANGLE)
+        one_by_one.add_texture_coordinates(first)
+        one_by_one.add_texture_coordinates(second)
+        at_once = velmar.Mesh("mesh", TRIANGLE, texture_coordinates=[array_of(first), array_of(second)])
+        for mesh in (one_by_one, at_once):
+            self.assertEqual(mesh.num_texture_coordinate_sets, 2)
+            self.assertEqual(mesh.texture_coordinates.tolist(), wanted)
+        at_once.set_texture_coordinates()
+        self.assertEqual(at_once.num_texture_coordinate_sets, 0)
+
+
+class Views(unittest.TestCase):
+    def setUp(self):
+        self.mesh = velmar.Mesh("mesh", TRIANGLE, [(0, 1, 2)], normals=[(0, 0, 1)] * 3)
+
+    def test_arrays_are_read(self):
+        self.assertEqual([tuple(row) for row in self.mesh.vertices.tolist()], TRIANGLE)
+        self.assertEqual(self.mesh.normals.tolist(), [[0, 0, 1]] * 3)
+        self.assertEqual(self.mesh.triangles.tolist(), [[0, 1, 2, 0, 0, 0, 0]])
+        self.assertEqual(len(self.mesh.quads), 0)
+
+    @with_numpy
+    def test_they_are_views_of_the_meshes_memory(self):
+        vertices = self.mesh.vertices
+        self.assertEqual((vertices.dtype, vertices.shape), (numpy.float32, (3, 3)))
+        self.assertEqual(vertices.ctypes.data, self.mesh.vertices.ctypes.data)
+        with self.assertRaisesRegex(ValueError, "read-only"):
+            vertices[0, 0] = 1
+
+    def test_mesh_is_not_changed_under_a_view(self):
+        part = self.mesh.vertices[1:]
+        for change in (lambda: self.mesh.add_vertices(TRIANGLE), lambda: setattr(self.mesh, "normals", None),
+                       lambda: self.mesh.add_faces([(0, 1, 2)]), lambda: self.mesh.set_texture_coordinates()):
+            with self.assertRaisesRegex(BufferError, "arrays of .* are in use"):
+                change()
+        self.assertEqual(len(part), 2)
+        del part
+        self.mesh.add_vertices(TRIANGLE)
+
+    def test_view_outlives_its_mesh_and_scene(self):
+        with velmar.Scene() as scene:
+            scene.add(self.mesh)
+            vertices = self.mesh.vertices
+        del self.mesh
+        gc.collect()
+        self.assertEqual([tuple(row) for row in vertices.tolist()], TRIANGLE)
+
+    def test_normals_are_replaced_and_removed(self):
+        self.mesh.normals = [(1, 0, 0)] * 3
+        self.assertEqual(self.mesh.normals.tolist(), [[1, 0, 0]] * 3)
+        with self.assertRaisesRegex(ValueError, "as many as the 3 vertices"):
+            self.mesh.normals = [(1, 0, 0)]
+        with self.assertRaisesRegex(velmar.BadArgumentError, "isn't finite"):
+            self.mesh.normals = [(float("nan"), 0, 0)] * 3
+        self.mesh.normals = None
+        self.assertEqual(len(self.mesh.normals), 0)
 
 
 class Faces(unittest.TestCase):
@@ -168,7 +231,7 @@ class Faces(unittest.TestCase):
         self.mesh = velmar.Mesh("mesh", [(0, 0, 0)] * 9)
 
     def added(self, *arguments, **options):
-        with support.recorded("VelmarMesh_AddFaces") as calls:
+        with support.recorded("VelmarKit_Mesh_AddFaces") as calls:
             self.mesh.add_faces(*arguments, **options)
         return words_of(calls[0])
 
@@ -176,14 +239,14 @@ class Faces(unittest.TestCase):
     def test_records_are_passed_in_place(self):
         for records in (numpy.array([(0, 1, 2, 3, 0, 0, 0, 5)], numpy.uint32),
                         numpy.array([(7, 1, 2, 3, 4, 0, 0, 0, 0, 1)], numpy.uint32)):
-            with support.recorded("VelmarMesh_AddFaces") as calls:
+            with support.recorded("VelmarKit_Mesh_AddFaces") as calls:
                 self.mesh.add_faces(records)
             self.assertEqual((calls[0][1], ctypes.addressof(calls[0][2])), (1, records.ctypes.data))
         self.assertEqual((self.mesh.num_faces, self.mesh.num_materials), (2, 6))
 
     def test_records_of_other_arrays_are_passed_too(self):
         records = (ctypes.c_uint32 * 8 * 2)((0, 1, 2, 3, 0, 0, 0, 5), (0, 3, 2, 1, 0, 0, 0, 4))
-        with support.recorded("VelmarMesh_AddFaces") as calls:
+        with support.recorded("VelmarKit_Mesh_AddFaces") as calls:
             self.mesh.add_faces(records)
         self.assertEqual(ctypes.addressof(calls[0][2]), ctypes.addressof(records))
 
@@ -286,7 +349,7 @@ class Faces(unittest.TestCase):
         self.mesh.add_texture_coordinates([(0, 0)] * 4)
         self.mesh.add_faces([(0, 1, 2)], [(0, 1, 3)])
         self.mesh.build()
-        self.mesh.add_texture_coordinates([(0, 0)] * 2)
+        self.mesh.set_texture_coordinates([(0, 0)] * 3)
         with self.assertRaisesRegex(ValueError, "a face of .* has the texture coordinates 3, and there are 3"):
             self.mesh.build()
 

@@ -12,6 +12,7 @@ import unittest
 
 CMAKE, BUILD = sys.argv[1:3]
 EXAMPLES, WORK = pathlib.Path(sys.argv[3]), pathlib.Path(sys.argv[4])
+SCRIPTS = EXAMPLES.parents[1] / "scripts"
 TREE = WORK / "tree"
 
 
@@ -44,16 +45,20 @@ class Installed(unittest.TestCase):
         self.assertRegex(info, r"vertices +65536\n")
         self.assertRegex(info, r"quads +65025\n")
 
-    def test_pip_installs_it(self):
-        # A copy, because building creates files.
-        shutil.copytree(TREE / "share/velmar/python", WORK / "source")
-        run(sys.executable, "-m", "pip", "install", "--no-build-isolation", "--no-index", "--no-cache-dir",
-            "--disable-pip-version-check", "--target", WORK / "site", WORK / "source")
-        shown = run(sys.executable, "-c", "import velmar; print(velmar.__version__); velmar.Scene().write('scene.xml')",
-                    PYTHONPATH=str(WORK / "site"), VELMAR_LIBRARY=str(TREE / "lib/libVelmarAPI.so"))
-        version = (TREE / "lib/pkgconfig/velmarapi.pc").read_text("utf-8")
-        self.assertEqual(shown.strip(), re.search(r"^Version: (\S+)$", version, re.M).group(1))
-        self.assertTrue((WORK / "site/velmar/py.typed").is_file())
+    def test_wheel_brings_the_libraries(self):
+        wheel = run(sys.executable, SCRIPTS / "wheel.py", pathlib.Path(BUILD) / "package.json", WORK / "wheels").strip()
+        run(sys.executable, "-m", "venv", "--without-pip", WORK / "venv")
+        python = WORK / "venv/bin/python"
+        run(sys.executable, "-m", "pip", "--python", python, "install", "--no-index", "--no-cache-dir",
+            "--disable-pip-version-check", wheel)
+        program = "import velmar; print(velmar.__version__); print(velmar.library()._name); velmar.Scene().write('scene.xml')"
+        version, library = run(python, "-c", program).splitlines()
+        installed = (TREE / "lib/pkgconfig/velmarapi.pc").read_text("utf-8")
+        self.assertEqual(version, re.search(r"^Version: (\S+)$", installed, re.M).group(1))
+        package = pathlib.Path(library).parent
+        self.assertTrue(package.is_relative_to(WORK / "venv"), library)
+        for name in ("libvelmarkit.so", "libVelmarAPI.so", "py.typed"):
+            self.assertTrue((package / name).is_file(), name)
         self.assertTrue((WORK / "scene.xml").is_file())
 
     def test_example_of_the_readme_runs(self):

@@ -63,14 +63,14 @@ class Finding(support.InFolder):
     def test_where_the_loader_looks(self):
         package = self.package_in("site")
         self.library_in("system")
-        os.rename("system/libVelmarAPI.so", "system/libVelmarAPI.so.1")
-        with unittest.mock.patch("ctypes.util.find_library", return_value="libVelmarAPI.so.1"), \
+        os.rename("system/libvelmarkit.so", "system/libvelmarkit.so.1")
+        with unittest.mock.patch("ctypes.util.find_library", return_value="libvelmarkit.so.1"), \
                 unittest.mock.patch.dict(os.environ, VELMAR_LIBRARY=""):
-            self.assertEqual(list(_library.candidates())[-1], "libVelmarAPI.so.1")
+            self.assertEqual(list(_library.candidates())[-1], "libvelmarkit.so.1")
         program = f"import ctypes.util; ctypes.util.find_library = lambda name: 'lib{{}}.so.1'.format(name); {WHERE}"
         status, output = support.run(program, VELMAR_LIBRARY="", PYTHONPATH=str(package),
                                      LD_LIBRARY_PATH=str(self.folder / "system"))
-        self.assertEqual((status, output), (0, "libVelmarAPI.so.1\n"))
+        self.assertEqual((status, output), (0, "libvelmarkit.so.1\n"))
 
     def test_failure_names_every_place(self):
         package = self.package_in("tree/share/velmar/python")
@@ -90,7 +90,7 @@ class Finding(support.InFolder):
         self.assertIn("LibraryError", output)
         other = "kernel32.dll" if on_windows else "libc.so.6"
         status, output = support.run(WHERE, VELMAR_LIBRARY=other)
-        self.assertIn(f"{other} has no function VelmarScene_Create", output)
+        self.assertIn(f"{other} has no function VelmarKit_", output)
 
     def test_package_is_imported_without_a_library(self):
         status, output = support.run("import velmar; print(velmar.__version__)", VELMAR_LIBRARY="/nowhere/velmar.so")
@@ -103,42 +103,30 @@ class FindingOnWindows(unittest.TestCase):
     def test_dll_is_looked_for_in_bin(self):
         with unittest.mock.patch("sys.platform", "win32"), unittest.mock.patch.dict(os.environ, VELMAR_LIBRARY=""), \
                 unittest.mock.patch("sys.prefix", "/python"), \
-                unittest.mock.patch("ctypes.util.find_library", return_value=r"C:\bin\VelmarAPI.dll"):
+                unittest.mock.patch("ctypes.util.find_library", return_value=r"C:\bin\velmarkit.dll"):
             self.assertEqual(list(_library.candidates()),
-                             [str(PACKAGE / "VelmarAPI.dll"), str(pathlib.Path("/python/bin/VelmarAPI.dll")),
-                              r"C:\bin\VelmarAPI.dll"])
+                             [str(PACKAGE / "velmarkit.dll"), str(pathlib.Path("/python/bin/velmarkit.dll")),
+                              r"C:\bin\velmarkit.dll"])
 
 
 class Functions(unittest.TestCase):
     def test_all_are_declared_as_the_table_has_them(self):
         functions = velmar.library()
-        for name, (result, *arguments) in _functions.FUNCTIONS.items():
+        for name, arguments in _functions.FUNCTIONS.items():
             function = getattr(functions, name)
-            self.assertEqual((function.restype, list(function.argtypes)), (result, arguments), name)
-        self.assertEqual(len(_functions.FUNCTIONS), 91)
+            self.assertEqual((function.restype, list(function.argtypes)), (ctypes.c_int32, list(arguments)), name)
+        self.assertGreater(len(_functions.FUNCTIONS), 91)
 
-    def test_names_that_are_one_function_have_one_address(self):
-        functions = velmar.library()
+    def test_failure_of_a_function_is_raised(self):
+        with self.assertRaisesRegex(velmar.BadArgumentError, "^camera is null$"):
+            velmar.library().VelmarKit_Camera_SetLensRadius(None, 1.0)
 
-        def address(name):
-            return ctypes.cast(getattr(functions, name), ctypes.c_void_p).value
-
-        self.assertEqual(address("VelmarScene_Delete"), address("VelmarMesh_Delete"))
-        self.assertNotEqual(address("VelmarScene_AddModel"), address("VelmarScene_AddMesh"))
-
-
-class Throwing(support.InFolder):
-    """Why the package checks for errors beforehand."""
-
-    def test_exception_of_the_library_ends_the_process_and_says_so(self):
-        status, output = support.run("""
-import velmar
-functions = velmar.library()
-functions.VelmarMesh_WriteToFile(functions.VelmarMesh_Create(b"mesh"), b"nowhere/mesh.vmmesh")
-""", "-X", "faulthandler")
-        self.assertNotEqual(status, 0)
-        self.assertIn("Velmar::VelmarException", output)
-        self.assertIn('File "<string>", line 4', output)
+    def test_lines_are_passed_to_a_handler(self):
+        lines = []
+        velmar.set_line_handler(lambda is_error, line: lines.append((is_error, line)))
+        self.addCleanup(velmar.set_line_handler, None)
+        velmar.Model("model", velmar.Mesh("mesh"), [velmar.Material("red")])
+        self.assertEqual(lines, [(False, "Num materials: 1")])
 
 
 if __name__ == "__main__":

@@ -9,48 +9,46 @@ import support
 import velmar
 from support import TRIANGLE
 
-MAKERS = {
-    "VelmarMesh_Delete": lambda: velmar.Mesh("mesh"),
-    "VelmarMaterial_Delete": lambda: velmar.Material("material"),
-    "VelmarRenderSettings_Delete": velmar.RenderSettings,
-    "VelmarTonemapping_Delete": velmar.Tonemapping,
-}
+MAKERS = [lambda: velmar.Mesh("mesh"), lambda: velmar.Material("material"), velmar.RenderSettings, velmar.Tonemapping,
+          velmar.Camera, velmar.Background.uniform, velmar.Scene]
 
 
 class Nodes(unittest.TestCase):
-    def test_node_of_nobody_goes_when_it_is_closed_once(self):
-        for delete, make in MAKERS.items():
+    def released(self, calls):
+        return [call[0].value for call in calls]
+
+    def test_node_of_nobody_is_released_when_it_is_closed_once(self):
+        for make in MAKERS:
             node = make()
-            handle = node._handle
-            with support.recorded(delete) as calls:
+            handle = node._handle.value
+            with support.recorded("VelmarKit_Node_Release") as calls:
                 node.close()
                 node.close()
-            self.assertEqual([call[0] for call in calls], [handle], delete)
+            self.assertEqual(self.released(calls), [handle])
             self.assertTrue(node.closed)
 
-    def test_node_of_nobody_goes_with_its_last_reference(self):
-        for delete, make in MAKERS.items():
-            with support.recorded(delete) as calls:
+    def test_node_of_nobody_is_released_with_its_last_reference(self):
+        for make in MAKERS:
+            with support.recorded("VelmarKit_Node_Release") as calls:
                 make()
                 gc.collect()
-            self.assertEqual(len(calls), 1, delete)
-
-    def test_node_without_a_delete_function_goes_with_a_scene_of_its_own(self):
-        for make in (velmar.Camera, velmar.Background.uniform):
-            with support.recorded("VelmarScene_Delete") as calls:
-                make().close()
             self.assertEqual(len(calls), 1)
 
-    def test_node_of_a_scene_is_not_deleted(self):
-        for delete, make in MAKERS.items():
-            with support.recorded(delete) as calls, velmar.Scene() as scene:
+    def test_node_of_a_scene_is_not_closed(self):
+        for make in MAKERS[:-1]:
+            with velmar.Scene() as scene:
                 node = scene.add(make())
                 with self.assertRaisesRegex(velmar.OwnershipError, "is destroyed with its owner"):
                     node.close()
                 self.assertFalse(node.closed)
-                del node
-            gc.collect()
-            self.assertEqual(calls, [], delete)
+
+    def test_node_is_released_by_its_scene(self):
+        for make in MAKERS[:-1]:
+            with support.recorded("VelmarKit_Node_Release") as calls, velmar.Scene() as scene:
+                node = scene.add(make())
+                handles = [scene._handle.value, node._handle.value]
+                scene.close()
+                self.assertEqual(self.released(calls), handles)
 
     def test_node_is_gone_with_its_scene(self):
         with velmar.Scene() as scene:
@@ -58,14 +56,46 @@ class Nodes(unittest.TestCase):
             mesh = scene.add(velmar.Mesh("mesh", TRIANGLE))
             camera.lens_radius = 0.5
         self.assertTrue(camera.closed and mesh.closed and scene.closed)
-        for use in (lambda: setattr(camera, "lens_radius", 1), mesh.build, lambda: mesh.add_vertices(TRIANGLE),
-                    lambda: velmar.Model("model", mesh), lambda: scene.add(velmar.Camera()), scene.add_ground_plane,
+        for use in (lambda: setattr(camera, "lens_radius", 1), lambda: mesh.build(), lambda: mesh.add_vertices(TRIANGLE),
+                    lambda: velmar.Model("model", mesh), lambda: scene.add(velmar.Camera()),
+                    lambda: scene.add_ground_plane(),
                     lambda: scene.write("scene.xml"), scene.__enter__):
             with self.assertRaisesRegex(velmar.ClosedError, "was closed"):
                 use()
         camera.close()
         scene.close()
-        self.assertEqual(camera.lens_radius, 0.5)
+
+    def test_every_attribute_of_a_closed_object_raises(self):
+        with velmar.Scene() as scene:
+            mesh = scene.add(velmar.Mesh("mesh", TRIANGLE))
+            model = scene.add(velmar.Model("model", mesh, [scene.add(velmar.Material("red"))]))
+            nodes = [scene, model, *scene.nodes, *(scene.add(make()) for make in MAKERS[2:-1])]
+        for node in nodes:
+            names = [name for name in dir(type(node)) if name[0] != "_" and name not in ("close", "closed")]
+            self.assertGreater(len(names), 0)
+            for name in names:
+                with self.assertRaises(velmar.ClosedError, msg=name):
+                    getattr(node, name)
+
+    def test_removed_node_is_the_hosts_again(self):
+        with velmar.Scene() as scene, velmar.Scene() as other:
+            camera = scene.add(velmar.Camera(lens_radius=0.25))
+            scene.remove(camera)
+            self.assertEqual((scene.nodes, camera.lens_radius), ((), 0.25))
+            other.add(camera)
+            with self.assertRaisesRegex(velmar.BadArgumentError, "isn't in this scene"):
+                scene.remove(camera)
+
+    def test_unknown_attributes_are_refused(self):
+        for make in MAKERS:
+            node = make()
+            with self.assertRaisesRegex(AttributeError, f"a {type(node).__name__} has no attribute 'lens_radus'"):
+                node.lens_radus = 3
+
+    def test_background_is_made_by_its_functions_alone(self):
+        for arguments in ((), ("sky",), (5,)):
+            with self.assertRaisesRegex(TypeError, "Background.uniform or Background.sun_sky"):
+                velmar.Background(*arguments)
 
     def test_node_is_gone_with_the_last_reference_to_its_scene(self):
         camera = velmar.Scene().add(velmar.Camera())
@@ -172,10 +202,8 @@ class Models(unittest.TestCase):
 class Functions(unittest.TestCase):
     def test_handle_of_another_kind_is_refused(self):
         functions = velmar.library()
-        scene = functions.VelmarScene_Create()
-        with self.assertRaises(ctypes.ArgumentError):
-            functions.VelmarScene_AddMesh(scene, scene)
-        functions.VelmarScene_Delete(scene)
+        with velmar.Scene() as scene, self.assertRaises(ctypes.ArgumentError):
+            functions.VelmarKit_Scene_AddMesh(scene._handle, scene._handle)
 
     def test_process_ends_cleanly_with_everything_open(self):
         status, output = support.run("""

@@ -81,7 +81,7 @@ class WithoutRenderer(support.InFolder):
     def test_missing_library_is_told_and_the_scene_stays(self):
         with velmar.Scene() as scene:
             scene.add(velmar.RenderSettings(32, 16, super_sample_factor=1))
-            with self.assertRaisesRegex(velmar.RendererError, "couldn't be set up"):
+            with self.assertRaisesRegex(velmar.RendererError, "Failed to load Velmar SDK DLL"):
                 velmar.Renderer(scene)
             self.assertFalse(scene.closed)
             scene.write("scene.xml")
