@@ -2,8 +2,8 @@
 
 #include "velmar.hpp"
 
-#include "tests/standin/LibraryFolder.h"
 #include "tests/support/FileBytes.h"
+#include "tests/support/LibraryFolder.h"
 #include "tests/support/TempDir.h"
 
 #include <gmock/gmock.h>
