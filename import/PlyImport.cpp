@@ -244,32 +244,37 @@ class Values {
 class BodyReader {
   public:
     BodyReader(const Header& file_header, Mesh& filled_mesh, float position_scale)
-        : header(file_header), values(file_header), mesh(filled_mesh), scale(position_scale) {
+        : header(file_header), values(file_header), mesh(filled_mesh), builder(filled_mesh), scale(position_scale) {
         for (const Element& element : header.elements) {
             if (element.kind == ElementKind::vertex) {
                 has_normals = element.has(Role::nx) && element.has(Role::ny) && element.has(Role::nz);
                 has_vertex_uvs = element.has(Role::u) && element.has(Role::v);
+                if (!element.has(Role::x) || !element.has(Role::y) || !element.has(Role::z))
+                    throw Velmar::Exception("PLY file has vertices without positions");
             }
             if (element.kind == ElementKind::face) has_corner_uvs = element.has(Role::texcoord);
         }
         // Those of the corners are the finer ones.
         if (has_corner_uvs) has_vertex_uvs = false;
-        if (has_vertex_uvs || has_corner_uvs) mesh.raiseNumUVMappings(1);
+        if (has_vertex_uvs || has_corner_uvs) builder.raiseNumUVMappings(1);
     }
 
     void read() {
-        mesh.addMaterialUsed(String("default"));
+        builder.useMaterial("default");
         for (const Element& element : header.elements) {
             if (element.properties.empty()) continue;
             const auto reserved = static_cast<std::size_t>(values.limit(element.count, element.properties.size()));
-            if (element.kind == ElementKind::vertex) mesh.verts.reserve(reserved);
-            if (element.kind == ElementKind::face) mesh.triangles.reserve(reserved);
+            if (element.kind == ElementKind::vertex) builder.tryReserveVertices(reserved);
+            if (element.kind == ElementKind::face) builder.tryReserveTriangles(reserved);
             for (std::uint64_t i = 0; i < element.count; ++i)
                 readElement(element);
         }
         for (const Face& kept : faces_before_vertices)
             addFace(kept);
-        mesh.build();
+        builder.build();
+        // A normal without a direction is kept as such.
+        for (Vec3f& normal : mesh.normals)
+            if (std::isnan(normal.x)) normal = {};
     }
 
   private:
@@ -324,20 +329,24 @@ class BodyReader {
     float number(Role role) const { return numbers[static_cast<std::size_t>(role)]; }
 
     void addVertex() {
-        mesh.addVertex({number(Role::x) * scale, number(Role::y) * scale, number(Role::z) * scale});
-        if (has_vertex_uvs) mesh.uv_pairs.push_back({number(Role::u), number(Role::v)});
-        if (!has_normals) return;
+        const Vec3f position = {number(Role::x) * scale, number(Role::y) * scale, number(Role::z) * scale};
+        if (has_vertex_uvs) {
+            builder.addUV({number(Role::u), number(Role::v)});
+            ++num_uvs;
+        }
+        if (!has_normals) {
+            builder.addVertex(position);
+            return;
+        }
         const Vec3f normal = {number(Role::nx), number(Role::ny), number(Role::nz)};
-        const float length = std::hypot(normal.x, normal.y, normal.z);
-        // One without a direction is kept as such.
-        const bool usable = std::isfinite(length) && length > 0;
-        mesh.normals.push_back(usable ? Vec3f{normal.x / length, normal.y / length, normal.z / length} : Vec3f{});
+        const bool finite = std::isfinite(normal.x) && std::isfinite(normal.y) && std::isfinite(normal.z);
+        builder.addVertexWithNormal(position, finite ? normal : Vec3f{});
     }
 
     void addFaceOrKeep() {
         if (face.corners.size() < 3) return;
         const bool complete = std::all_of(face.corners.begin(), face.corners.end(),
-                                          [&](std::uint32_t corner) { return corner < mesh.verts.size(); });
+                                          [&](std::uint32_t corner) { return corner < builder.numVertices(); });
         if (complete || !verticesFollow())
             addFace(face);
         else
@@ -348,39 +357,31 @@ class BodyReader {
         std::uint64_t vertices = 0;
         for (const Element& element : header.elements)
             if (element.kind == ElementKind::vertex) vertices += element.count;
-        return mesh.verts.size() < vertices;
+        return builder.numVertices() < vertices;
     }
 
     void requireVertex(std::uint32_t index) const {
-        if (index >= mesh.verts.size())
+        if (index >= builder.numVertices())
             values.fail("PLY file has a face that refers to vertex " + std::to_string(index) + " of " +
-                        std::to_string(mesh.verts.size()));
+                        std::to_string(builder.numVertices()));
     }
 
     void addFace(const Face& added) {
         const std::vector<std::uint32_t>& v = added.corners;
         for (const std::uint32_t corner : v)
             requireVertex(corner);
-        const auto first_uv = static_cast<std::uint32_t>(mesh.uv_pairs.size());
         if (has_corner_uvs) {
-            for (std::size_t i = 0; i < v.size(); ++i)
-                mesh.uv_pairs.push_back(2 * i + 1 < added.uvs.size() ? Vec2f{added.uvs[2 * i], added.uvs[2 * i + 1]}
-                                                                     : Vec2f{});
+            corner_uvs.clear();
+            for (std::size_t i = 0; i < v.size(); ++i) {
+                builder.addUV(2 * i + 1 < added.uvs.size() ? Vec2f{added.uvs[2 * i], added.uvs[2 * i + 1]} : Vec2f{});
+                corner_uvs.push_back(num_uvs++);
+            }
+            builder.addPolygon(v, corner_uvs, 0);
+        } else if (has_vertex_uvs) {
+            builder.addPolygon(v, v, 0);
+        } else {
+            builder.addPolygon(v, {}, 0);
         }
-        const auto uv = [&](std::uint32_t corner) {
-            return has_corner_uvs ? first_uv + corner : has_vertex_uvs ? v[corner] : 0;
-        };
-        if (v.size() == 4) {
-            mesh.quads.push_back({{v[0], v[1], v[2], v[3]}, {uv(0), uv(1), uv(2), uv(3)}, 0});
-            return;
-        }
-        for (std::uint32_t i = 1; i + 1 < v.size(); ++i)
-            addTriangle({{v[0], v[i], v[i + 1]}, {uv(0), uv(i), uv(i + 1)}, 0});
-    }
-
-    void addTriangle(const MeshTriangle& triangle) {
-        const auto& v = triangle.vertex_indices;
-        if (hasArea(mesh.verts[v[0]], mesh.verts[v[1]], mesh.verts[v[2]])) mesh.triangles.push_back(triangle);
     }
 
     /// Strips of triangles, each ended by an index of -1.
@@ -398,18 +399,23 @@ class BodyReader {
             const std::uint32_t a = corners[i - 2];
             const std::uint32_t b = corners[i - 1];
             const std::uint32_t c = corners[i];
-            const auto uv = [&](std::uint32_t vertex) { return has_vertex_uvs ? vertex : 0; };
             // Every other triangle is wound the other way round.
             if ((i - first) % 2 == 0)
-                addTriangle({{a, b, c}, {uv(a), uv(b), uv(c)}, 0});
+                addStripTriangle({a, b, c});
             else
-                addTriangle({{b, a, c}, {uv(b), uv(a), uv(c)}, 0});
+                addStripTriangle({b, a, c});
         }
+    }
+
+    void addStripTriangle(const std::uint32_t (&vertices)[3]) {
+        constexpr std::uint32_t no_uvs[3] = {};
+        builder.addTriangle(vertices, has_vertex_uvs ? vertices : no_uvs, 0);
     }
 
     const Header& header;
     Values values;
     Mesh& mesh;
+    MeshBuilder builder;
     float scale;
     bool has_normals = false;
     bool has_vertex_uvs = false;
@@ -417,6 +423,8 @@ class BodyReader {
     /// Of the present element.
     float numbers[static_cast<std::size_t>(Role::texcoord) + 1] = {};
     Face face;
+    std::vector<std::uint32_t> corner_uvs;
+    std::uint32_t num_uvs = 0;
     std::vector<Face> faces_before_vertices;
 };
 

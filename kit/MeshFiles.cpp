@@ -1,7 +1,6 @@
 #include "import/MeshImport.h"
 #include "kit/Checks.h"
 #include "kit/Failures.h"
-#include "kit/PlyPolygons.h"
 #include "kit/velmarkit.h"
 
 #include "api/Handles.h"
@@ -23,10 +22,7 @@ constexpr Vec3f default_colour = {0.8F, 0.8F, 0.8F};
 ImportedMesh import(const char* path, float scale) {
     checkPath(path, "path");
     if (!std::isfinite(scale)) refuse("scale", " isn't finite");
-    if (getMeshFormat(path) != "ply") return importMesh(path, scale);
-    ImportedMesh result;
-    result.mesh = readPlyPolygons(path, scale);
-    return result;
+    return importMesh(path, scale);
 }
 
 /// The file's name without folder and extension.

@@ -14,6 +14,7 @@
 #include <memory>
 #include <numbers>
 #include <set>
+#include <span>
 
 #ifdef VELMAR_WITH_ASSIMP
 #include <assimp/cimport.h>
@@ -152,47 +153,31 @@ class SceneReader {
         geometry.name = mesh.mName.length != 0 ? toText(mesh.mName) : name;
         geometry.smooth_normals = mesh.mNormals != nullptr;
         geometry.mesh = new Mesh;
-        Mesh& filled = *geometry.mesh;
-        filled.addMaterialUsed(Velmar::String(getMaterial(mesh.mMaterialIndex).name));
-        filled.verts.reserve(mesh.mNumVertices);
+        Velmar::MeshBuilder builder(*geometry.mesh);
+        builder.useMaterial(getMaterial(mesh.mMaterialIndex).name);
+        const bool has_uvs = mesh.mTextureCoords[0] != nullptr;
+        if (has_uvs) builder.raiseNumUVMappings(1);
+        builder.tryReserveVertices(mesh.mNumVertices);
         for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
             const aiVector3D& v = mesh.mVertices[i];
             if (!std::isfinite(v.x) || !std::isfinite(v.y) || !std::isfinite(v.z))
                 throw Failure("a vertex of the mesh '" + geometry.name + "' isn't finite");
-            filled.addVertex({v.x, v.y, v.z});
+            builder.addVertex({v.x, v.y, v.z});
+            if (has_uvs) builder.addUV({mesh.mTextureCoords[0][i].x, mesh.mTextureCoords[0][i].y});
         }
-        if (mesh.mTextureCoords[0] != nullptr) {
-            filled.raiseNumUVMappings(1);
-            for (unsigned i = 0; i < mesh.mNumVertices; ++i)
-                filled.uv_pairs.push_back({mesh.mTextureCoords[0][i].x, mesh.mTextureCoords[0][i].y});
+        std::uint64_t triangles = 0;
+        for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+            const aiFace& face = mesh.mFaces[i];
+            const std::span<const std::uint32_t> corners(face.mIndices, face.mNumIndices);
+            if (corners.size() < 3) ++points_and_lines;
+            if (corners.size() >= 3 && corners.size() != 4) triangles += corners.size() - 2;
+            builder.addPolygon(corners, has_uvs ? corners : std::span<const std::uint32_t>(), 0);
         }
-        for (unsigned i = 0; i < mesh.mNumFaces; ++i)
-            addFace(filled, mesh.mFaces[i]);
-        if (filled.triangles.empty() && filled.quads.empty()) return no_geometry;
-        filled.build();
+        builder.build();
+        without_area += triangles - geometry.mesh->triangles.size();
+        if (geometry.mesh->triangles.empty() && geometry.mesh->quads.empty()) return no_geometry;
         result.content.geometries.push_back(std::move(geometry));
         return result.content.geometries.size() - 1;
-    }
-
-    void addFace(Mesh& mesh, const aiFace& face) {
-        if (face.mNumIndices < 3) {
-            ++points_and_lines;
-            return;
-        }
-        const unsigned* const v = face.mIndices;
-        const std::size_t count = mesh.verts.size();
-        if (std::any_of(v, v + face.mNumIndices, [&](unsigned index) { return index >= count; }))
-            throw Failure("a face refers to a vertex that doesn't exist");
-        if (face.mNumIndices == 4) {
-            mesh.quads.push_back({{v[0], v[1], v[2], v[3]}, {v[0], v[1], v[2], v[3]}, 0});
-            return;
-        }
-        for (unsigned i = 1; i + 1 < face.mNumIndices; ++i) {
-            if (Velmar::hasArea(mesh.verts[v[0]], mesh.verts[v[i]], mesh.verts[v[i + 1]]))
-                mesh.triangles.push_back({{v[0], v[i], v[i + 1]}, {v[0], v[i], v[i + 1]}, 0});
-            else
-                ++without_area;
-        }
     }
 
     const SceneMaterial& getMaterial(unsigned index) {

@@ -131,7 +131,7 @@ TEST(KitMeshFiles, PLYFaceWithoutItsVertexIsAMeshError) {
                            face + "\n");
         VelmarMesh* mesh = nullptr;
         expectFailure(VelmarKit_Mesh_LoadFile(dir.file("bad.ply").c_str(), 1, &mesh), VELMARKIT_MESH_ERROR,
-                      "A face names");
+                      "PLY file has a face that refers to vertex");
         EXPECT_EQ(mesh, nullptr);
     }
 }
