@@ -6,8 +6,10 @@
 #include "utils/PlatformUtils.h"
 
 #include <algorithm>
+#include <chrono>
 #include <mutex>
 #include <random>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -31,24 +33,34 @@ void forget(std::vector<std::string>& paths, const std::string& path) {
     if (const auto found = std::find(paths.begin(), paths.end(), path); found != paths.end()) paths.erase(found);
 }
 
-/// Also removes the files that a library writes on the way, whose names are longer.
-void removeWithSiblings(const std::string& path) {
-    System::removeFile(path);
+/// Also removes the files that a library writes on the way, whose names are longer. Returns whether none was there.
+bool removeWithSiblings(const std::string& path) {
     const std::string folder = FileUtils::getDirectory(path);
     const std::string name = Text::fileName(path);
     std::vector<System::DirectoryEntry> entries;
     System::listDirectory(folder, entries);
-    for (const System::DirectoryEntry& entry : entries)
-        if (entry.kind == System::EntryKind::file && entry.name.starts_with(name))
-            System::removeFile(FileUtils::join(folder, entry.name));
+    bool none = true;
+    for (const System::DirectoryEntry& entry : entries) {
+        if (entry.kind != System::EntryKind::file || !entry.name.starts_with(name)) continue;
+        none = false;
+        System::removeFile(FileUtils::join(folder, entry.name));
+    }
+    return none;
 }
 
 void removeUnfinished() {
     Unfinished& all = unfinished();
     all.mutex.lock();
-    System::closeAllFiles();
-    for (const std::string& path : all.files)
-        removeWithSiblings(path);
+    // The interrupted thread may have a file open for some time, or be about to open it.
+    constexpr int max_attempts = 200;
+    for (int attempt = 0; attempt < max_attempts; ++attempt) {
+        System::closeAllFiles();
+        bool none = true;
+        for (const std::string& path : all.files)
+            none = removeWithSiblings(path) && none;
+        if (none) break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
     for (auto folder = all.folders.rbegin(); folder != all.folders.rend(); ++folder)
         System::removeDirectory(*folder);
 }
@@ -92,6 +104,8 @@ Failure OutputFile::makeFailure() const {
 }
 
 void OutputFile::flush() {
+    // Also because an interrupt can't remove the file while the system has it open here.
+    const Interrupts::Deferral deferral;
     // Some systems report a full disk only here.
     if (!System::syncFile(partial_path))
         throw Failure(given_path + ": wasn't written whole: " + PlatformUtils::getLastErrorText());
@@ -100,8 +114,8 @@ void OutputFile::flush() {
 
 std::uint64_t OutputFile::commit() {
     if (!flushed) flush();
-    const std::uint64_t size = MappedFile(partial_path).getSize();
     const Interrupts::Deferral deferral;
+    const std::uint64_t size = MappedFile(partial_path).getSize();
     if (!System::moveFile(partial_path, final_path))
         throw Failure(given_path + ": can't be replaced: " + PlatformUtils::getLastErrorText());
     forget(unfinished().files, partial_path);
