@@ -94,8 +94,7 @@ class Search {
     std::set<System::FileIdentity> seen;
 };
 
-// ---- converting
-// ------------------------------------------------------------------------------------------------------
+// ---- converting ---------------------------------------------------------------------------------------------------
 
 /// Makes `folder` and those above it that aren't there. Throws the library's exception when one can't be made.
 void makeFolders(const std::string& folder) {

@@ -58,8 +58,7 @@ std::string describe(const xml_node& node) {
     return {};
 }
 
-// ---- the text
-// --------------------------------------------------------------------------------------------------------
+// ---- the text -----------------------------------------------------------------------------------------------------
 
 /// The markup of a file, piece after piece. Checks that each character is one that XML allows.
 class MarkupReader {
@@ -155,15 +154,15 @@ class MarkupReader {
     }
 
     Piece takeMarkup() {
-        constexpr std::size_t longest_opening = 9;
-        while (rest().size() < longest_opening && fill()) {
+        constexpr std::size_t max_opening = 9;
+        while (rest().size() < max_opening && fill()) {
         }
         Piece piece = {Kind::other, {}, {}};
         std::size_t length = 0;
         if (rest().starts_with("<!--")) {
             length = findEnd("-->", 4);
         } else if (rest().starts_with("<![CDATA[")) {
-            length = findEnd("]]>", longest_opening);
+            length = findEnd("]]>", max_opening);
             piece.kind = Kind::text;
         } else if (rest().starts_with("<?")) {
             length = findEnd("?>", 2);
@@ -241,8 +240,7 @@ class MarkupReader {
     std::uint64_t size = 0;
 };
 
-// ---- the nodes
-// -------------------------------------------------------------------------------------------------------
+// ---- the nodes ----------------------------------------------------------------------------------------------------
 
 class DocumentReader {
   public:

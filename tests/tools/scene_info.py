@@ -1,7 +1,8 @@
 """`velmar info` with scene documents."""
 import re
 
-from support import ToolTest
+from large_document import measure_info, write_document
+from support import COMMAND, ToolTest
 
 
 class SceneInfo(ToolTest):
@@ -180,6 +181,17 @@ curve1d
                 self.assertEqual(message, fault)
                 # Where an element ends wrongly, the reader may be at that of the one around it.
                 self.assertIn(int(line) - before.count("\n") - 1, range(3))
+
+    def test_a_large_document_takes_little_memory(self):
+        peaks = []
+        for size in (2e6, 20e6):
+            models = write_document(self.folder / "large.xml", size)
+            code, output, _, peak = measure_info(COMMAND, self.folder / "large.xml")
+            self.assertEqual(code, 0, output)
+            self.assertIn(f"model2 ({models})", output)
+            peaks.append(peak)
+        # A tree of the nodes would take twice the document's size.
+        self.assertLess(peaks[1] - peaks[0], 12e6)
 
     def test_what_is_not_a_scene(self):
         for content, fault in (("<svg>\n</svg>", "not a scene document: another root element on line 1"),

@@ -8,7 +8,8 @@ import tempfile
 import unittest
 import xml.etree.ElementTree
 
-TOOL, EMULATOR = sys.argv[1:3]
+# Tests run it in folders of their own.
+TOOL, EMULATOR = (os.path.abspath(path) if path else "" for path in sys.argv[1:3])
 COMMAND = [EMULATOR, TOOL] if EMULATOR else [TOOL]
 # Whether the renderer library is beside the tool.
 PREVIEW = (pathlib.Path(TOOL).parent / "vs2017_64").is_dir()
