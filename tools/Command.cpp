@@ -12,14 +12,18 @@ namespace {
 constexpr double min_scale = 1e-9;
 constexpr double max_scale = 1e9;
 
+CLI::Option* takeWords(CLI::Option* option, const std::vector<std::string>& words) {
+    std::string type;
+    for (const std::string& word : words)
+        type += (type.empty() ? "" : "|") + word;
+    return option->type_name(type)->check(CLI::IsMember(words).description(""));
+}
+
 } // namespace
 
 CLI::Option* addChoice(CLI::App& app, const char* name, std::string& value, const std::vector<std::string>& words,
                        const char* description) {
-    std::string type;
-    for (const std::string& word : words)
-        type += (type.empty() ? "" : "|") + word;
-    return addValue(app, name, value, type.c_str(), description)->check(CLI::IsMember(words).description(""));
+    return takeWords(app.add_option(name, value, description), words)->capture_default_str();
 }
 
 CLI::Validator inRange(double low, double high) {
@@ -38,8 +42,19 @@ CLI::Option* addUp(CLI::App& app, std::string& up, const char* description) {
     return addChoice(app, "--up", up, getUpAxes(), description);
 }
 
+CLI::Option* addUp(CLI::App& app, std::vector<std::string>& up, const char* description) {
+    return takeWords(app.add_option("--up", up, description), getUpAxes())->default_str("auto");
+}
+
 CLI::Option* addScale(CLI::App& app, float& scale, const char* description) {
     return addValue(app, "--scale", scale, "FACTOR", description)->check(inRange(min_scale, max_scale));
+}
+
+CLI::Option* addScale(CLI::App& app, std::vector<float>& scale, const char* description) {
+    return app.add_option("--scale", scale, description)
+        ->type_name("FACTOR")
+        ->check(inRange(min_scale, max_scale))
+        ->default_str("1");
 }
 
 } // namespace CommandOptions

@@ -39,9 +39,13 @@ CLI::Validator inRange(double low, double high);
 
 /// The option `--up`, as `makeUpright` takes it.
 CLI::Option* addUp(CLI::App& app, std::string& up, const char* description);
+/// As an option that may be repeated.
+CLI::Option* addUp(CLI::App& app, std::vector<std::string>& up, const char* description);
 
 /// The option `--scale`.
 CLI::Option* addScale(CLI::App& app, float& scale, const char* description);
+/// As an option that may be repeated.
+CLI::Option* addScale(CLI::App& app, std::vector<float>& scale, const char* description);
 
 } // namespace CommandOptions
 

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
+#include <optional>
 #include <utility>
 
 using CommandOptions::addChoice;
@@ -19,37 +21,58 @@ using CommandOptions::inRange;
 
 namespace {
 
-/// `own` where it says something, else `common`.
-PlacementRequest combine(const PlacementRequest& common, const PlacementRequest& own) {
-    return {own.at ? own.at : common.at, own.rotate ? own.rotate : common.rotate, own.on_ground || common.on_ground};
-}
+/// What options say about one model, or about all.
+struct ModelChoices {
+    PlacementRequest placement;
+    std::optional<float> scale;
+    std::optional<std::string> up;
+};
 
-/// The models of the command line. Options of placement belong to the model before them; before the first model and
-/// after the scene they belong to all.
-std::vector<ModelRequest> findCommandLineModels(const CLI::App& app, const std::vector<std::string>& paths,
-                                                const ModelOptions& options) {
-    std::vector<ModelRequest> models;
-    PlacementRequest common;
+struct CommandLine {
+    std::vector<std::pair<std::string, ModelChoices>> models;
+    /// Of all models.
+    ModelChoices common;
+};
+
+/// The models of the command line. Options of single models belong to the model before them; before the first model and
+/// after the file to write they belong to all.
+CommandLine readCommandLine(const CLI::App& app, const std::vector<std::string>& paths, const ModelOptions& options) {
+    CommandLine line;
     std::size_t path = 0;
-    std::size_t at = 0;
-    std::size_t rotate = 0;
+    // Of the values of each option, which is next.
+    std::map<std::string, std::size_t> taken;
     for (const CLI::Option* const option : app.parse_order()) {
         const bool is_model = path != 0 && path < paths.size();
-        PlacementRequest& placement = is_model ? models.back().placement : common;
+        ModelChoices& choices = is_model ? line.models.back().second : line.common;
+        const std::string name = option->get_name();
         if (option->get_positional()) {
-            if (path + 1 < paths.size()) models.push_back({paths[path], {}, options.scale, options.up, {}});
+            if (path + 1 < paths.size()) line.models.push_back({paths[path], {}});
             ++path;
-        } else if (option->get_name() == "--at") {
-            placement.at = parsePoint("--at", options.at[at++]);
-        } else if (option->get_name() == "--rotate") {
-            placement.rotate = parseRotation("--rotate", options.rotate[rotate++]);
-        } else if (option->get_name() == "--on-ground") {
-            placement.on_ground = true;
+        } else if (name == "--at") {
+            choices.placement.at = parsePoint(name, options.at[taken[name]++]);
+        } else if (name == "--rotate") {
+            choices.placement.rotate = parseRotation(name, options.rotate[taken[name]++]);
+        } else if (name == "--on-ground") {
+            choices.placement.on_ground = true;
+        } else if (name == "--scale") {
+            choices.scale = options.scale[taken[name]++];
+        } else if (name == "--up") {
+            choices.up = options.up[taken[name]++];
         }
     }
-    for (ModelRequest& model : models)
-        model.placement = combine(common, model.placement);
-    return models;
+    return line;
+}
+
+/// `own` where it says something, else `common`.
+ModelRequest makeRequest(const std::string& path, const ModelChoices& own, const ModelChoices& common) {
+    ModelRequest request;
+    request.path = path;
+    request.scale = own.scale.value_or(common.scale.value_or(request.scale));
+    request.up = own.up.value_or(common.up.value_or(request.up));
+    request.placement.at = own.placement.at ? own.placement.at : common.placement.at;
+    request.placement.rotate = own.placement.rotate ? own.placement.rotate : common.placement.rotate;
+    request.placement.on_ground = own.placement.on_ground || common.placement.on_ground;
+    return request;
 }
 
 /// A line of a placement file after the path: the options of the command line for one model.
@@ -107,7 +130,7 @@ class PlacementLine {
 };
 
 /// The models of a placement file, whose paths are relative to the file.
-std::vector<ModelRequest> readPlacementFile(const std::string& path, const ModelOptions& options) {
+std::vector<ModelRequest> readPlacementFile(const std::string& path, const ModelChoices& common) {
     std::vector<ModelRequest> models;
     std::string text;
     try {
@@ -125,8 +148,7 @@ std::vector<ModelRequest> readPlacementFile(const std::string& path, const Model
         begin = end + 1;
         if (words.empty()) continue;
         const bool is_absolute = words[0].find_first_of("/\\") == 0 || (words[0].size() > 1 && words[0][1] == ':');
-        ModelRequest model = {
-            is_absolute ? words[0] : Text::folderOf(path) + words[0], {}, options.scale, options.up, {}};
+        ModelRequest model = makeRequest(is_absolute ? words[0] : Text::folderOf(path) + words[0], {}, common);
         try {
             PlacementLine(words, model).read();
         } catch (const UsageError& e) {
@@ -142,9 +164,12 @@ std::vector<ModelRequest> readPlacementFile(const std::string& path, const Model
 
 std::vector<ModelRequest> findModels(const CLI::App& app, const std::vector<std::string>& paths,
                                      const ModelOptions& options) {
-    std::vector<ModelRequest> models = findCommandLineModels(app, paths, options);
+    const CommandLine line = readCommandLine(app, paths, options);
+    std::vector<ModelRequest> models;
+    for (const auto& [path, choices] : line.models)
+        models.push_back(makeRequest(path, choices, line.common));
     if (!options.placement_file.empty()) {
-        const std::vector<ModelRequest> more = readPlacementFile(options.placement_file, options);
+        const std::vector<ModelRequest> more = readPlacementFile(options.placement_file, line.common);
         models.insert(models.end(), more.begin(), more.end());
     }
     if (models.empty())
@@ -203,24 +228,25 @@ namespace {
 void addPlacementOptions(CLI::App& app, ModelOptions& options) {
     app.option_defaults()->group("Models");
     // One value for each time that the option is given.
-    const auto repeat = [](CLI::Option* option) { option->allow_extra_args(false); };
-    repeat(
-        app.add_option("--at", options.at,
-                       "Place the model before this option there, in metres; z is the height. Given before the first "
-                       "model or after the scene, this and the next two options are for all models.")
-            ->type_name("X,Y,Z"));
+    const auto repeat = [](CLI::Option* option) { return option->allow_extra_args(false); };
+    repeat(app.add_option("--at", options.at,
+                          "Place the model before this option there, in metres; z is the height. Given before the "
+                          "first model or after the file to write, this and the next four options are for all models.")
+               ->type_name("X,Y,Z"));
     repeat(app.add_option("--rotate", options.rotate,
                           "Turn that model around its origin: around the height, or around x, y and then z.")
                ->type_name("DEGREES|X,Y,Z"));
     app.add_flag("--on-ground", options.on_ground,
                  "Lift or lower that model so that its lowest point has the height of --at, or 0.");
+    repeat(addScale(app, options.scale,
+                    "Multiplies its positions, except those of a vmmesh file. The scene is in metres."));
+    repeat(addUp(app, options.up,
+                 "Which axis of its file is its height; auto takes y for .obj and z for other mesh files."));
     app.add_option("--placement", options.placement_file,
                    "Read models from this text file too: one a line, followed by its own --at, --rotate, --on-ground, "
                    "--scale, --up and --name. Paths are relative to the file, # begins a comment, and a path with "
                    "blanks is put in double quotes.")
         ->type_name("FILE");
-    addScale(app, options.scale, "Multiplies all positions, except those of vmmesh files. The scene is in metres.");
-    addUp(app, options.up, "Which axis of a mesh file is its height; auto takes y for .obj and z for the others.");
     addValue(
         app, "--ground", options.ground, "auto|none|SIZE",
         "The square below the models: its side in metres, or auto for a large one that is left out if it would hide "

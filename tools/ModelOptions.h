@@ -11,19 +11,20 @@
 
 /// The values of the options as they were given.
 struct ModelOptions {
+    // Options of single models, whose model follows from the order of the arguments.
     std::vector<std::string> at;
     std::vector<std::string> rotate;
-    /// Which model it belongs to follows from the order of the arguments.
     bool on_ground = false;
+    std::vector<float> scale;
+    std::vector<std::string> up;
+
     std::string placement_file;
     SceneSettings scene;
     std::string camera;
     std::string target;
     std::string sun;
     std::string ground = "auto";
-    std::string up = "auto";
     bool no_ground = false;
-    float scale = 1.0F;
 };
 
 /// A model as the user asks for it.

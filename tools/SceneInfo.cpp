@@ -235,7 +235,9 @@ class SceneInfo {
     }
 
     void printFile(const std::string& name) const {
-        printLine(std::string(uid_width + 4, ' ') + name + " (" + files.at(name).text + ')');
+        std::string shown = name;
+        FileUtils::replaceChar(shown, '\\', '/');
+        printLine(std::string(uid_width + 4, ' ') + shown + " (" + files.at(name).text + ')');
     }
 
     std::string describeUID(std::uint32_t uid) const {

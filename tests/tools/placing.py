@@ -58,6 +58,17 @@ class Placing(ToolTest):
         self.run_tool("export", "-q", "--no-ground", "block.ply", "triangle.obj", "scene.xml", "--at", "3,2,1")
         self.assertEqual(self.places(self.read_document()), [[3, 2, 1], [3, 2, 1]])
 
+    def test_scale_and_up_axis_belong_to_the_model_before_them_too(self):
+        scene = self.export("block.ply", "--scale", "2", "--up", "y", "block.ply")
+        files = [mesh.findtext("external/path").replace("\\", "/") for mesh in scene.iter("mesh")]
+        self.assertEqual([self.bounds(file)[1] for file in files], [(6, 2, 16), (3, 1, 8)])
+        self.assertEqual([model.find("rotation") is None for model in scene.iterfind("model2")], [False, True])
+        for arguments in (["--scale", "2", "block.ply", "square.obj"], ["--scale", "2", "--placement", "places.txt"]):
+            self.write("places.txt", "block.ply\nsquare.obj\n")
+            scene = self.export(*arguments)
+            files = [mesh.findtext("external/path").replace("\\", "/") for mesh in scene.iter("mesh")]
+            self.assertEqual([self.bounds(file)[1] for file in files], [(6, 2, 16), (4, 4, 3)])
+
     def test_a_model_is_put_on_the_ground(self):
         scene = self.export("block.ply", "--on-ground", "block.ply", "--at", "1,1,2", "--on-ground")
         self.assertEqual(self.places(scene), [[0, 0, -5], [1, 1, -3]])

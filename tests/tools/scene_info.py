@@ -37,7 +37,7 @@ class SceneInfo(ToolTest):
     def test_a_scene_is_told_node_by_node(self):
         self.export("square.obj", "triangle.obj", "square.obj")
         output = self.info()
-        square, triangle = re.findall(r"scene_meshes\\(mesh_\d+\.vmmesh) ", output)[:2]
+        square, triangle = re.findall(r"scene_meshes/(mesh_\d+\.vmmesh) ", output)[:2]
         sizes = [self.size("scene_meshes/" + name) for name in (square, triangle)]
         total = sum((self.folder / "scene_meshes" / name).stat().st_size for name in (square, triangle))
         self.assertEqual(output, f"""\
@@ -60,9 +60,9 @@ material (3)
      9  default: diffuse
 mesh (2)
      7  square
-          scene_meshes\\{square} ({sizes[0]}, 8 vertices, 2 triangles, 1 quad)
+          scene_meshes/{square} ({sizes[0]}, 8 vertices, 2 triangles, 1 quad)
     10  triangle
-          scene_meshes\\{triangle} ({sizes[1]}, 3 vertices, 1 triangle, 0 quads)
+          scene_meshes/{triangle} ({sizes[1]}, 3 vertices, 1 triangle, 0 quads)
 model2 (3)
      8  square: geometry 7, materials 5 6
     11  triangle: geometry 10, materials 9
@@ -96,7 +96,7 @@ meshes     2 files, {total} bytes, 11 vertices, 3 triangles, 1 quad
         name = re.search(r"mesh_\d+\.vmmesh", self.info("sub/scene.xml")).group()
         (self.folder / "sub/scene_meshes" / name).unlink()
         output = self.info_of_faulty("1 file is missing or damaged", "sub/scene.xml")
-        self.assertIn(f"          scene_meshes\\{name} (missing: looked for sub/scene_meshes/{name} "
+        self.assertIn(f"          scene_meshes/{name} (missing: looked for sub/scene_meshes/{name} "
                       f"and scene_meshes/{name})\n", output)
         self.assertIn("3 vertices", output)
         self.assertIn("meshes     1 file, ", output)
