@@ -1,10 +1,9 @@
 #include "scene/Material.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/MaterialElements.h"
 
 #include <algorithm>
-#include <string_view>
 
 namespace Velmar {
 
@@ -30,17 +29,12 @@ Vector<UID> Material::getDependencyUIDs() const {
 
 void Material::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
     const String element = getTypeName();
+    ElementWriter elements(stream, depth + 1, &options);
     writeOpenTag(stream, depth + 1, element.view());
-    if (shared_shader_info && shared_shader_info->isWritten()) shared_shader_info->writeXML(stream, depth + 1, options);
+    describeShader(elements, *this);
     writeFieldsXML(stream, depth + 1, options);
     writeCloseTag(stream, depth + 1, element.view());
-
-    if (backface_emit) writeBoolElement(stream, depth + 1, "backface_emit", true);
-    if (shadow_catcher) writeBoolElement(stream, depth + 1, "shadow_catcher", true);
-    if (delta_emission) writeBoolElement(stream, depth + 1, "delta_emission", true);
-    if (emission_sampling_factor != 1.0)
-        writeDoubleElement(stream, depth + 1, "emission_sampling_factor", emission_sampling_factor);
-    if (!mask_name.empty()) writeStringElement(stream, depth + 1, "mask_name", mask_name);
+    describeSettings(elements, *this);
 }
 
 void Material::traverseMaterial(TraversalState& state, SceneNode* owner) {
@@ -56,32 +50,8 @@ void Material::traverseMaterial(TraversalState& state, SceneNode* owner) {
     traverseFields(state, owner);
 }
 
-namespace {
-
-/// The mode in which a parameter that reads a texture is preceded by the texture's record.
-constexpr std::uint32_t mode_with_textures = 3;
-
-/// The codes of `getType` of parameters with a `Texture` directly after their base's fields.
-constexpr std::uint32_t texture_param = 2;
-constexpr std::uint32_t texture_normal_map = 1;
-
-template <class Param>
-void writeParam(OStream& stream, std::uint32_t depth, std::string_view element, const Reference<Param>& param,
-                const XMLWriteOptions& options, std::uint32_t textured_type = texture_param) {
-    if (!param) return;
-    if (options.write_mode == mode_with_textures && param->getType() == textured_type) {
-        const char* const behind_base = reinterpret_cast<const char*>(param.getPointer()) + sizeof(Param);
-        writeTexture(*reinterpret_cast<const Texture*>(behind_base), stream, depth, options);
-    }
-    writeOpenTag(stream, depth, element);
-    param->writeXML(stream, depth + 1, options);
-    writeCloseTag(stream, depth, element);
-}
-
-} // namespace
-
 String* DiffuseMaterial::getTypeNameInto(String* result) const {
-    return constructResult(result, "diffuse");
+    return constructResult(result, String(element_of<DiffuseMaterial>));
 }
 
 std::uint32_t DiffuseMaterial::getMaterialKind() const {
@@ -113,18 +83,12 @@ bool DiffuseMaterial::hasDisplacement() const {
 }
 
 void DiffuseMaterial::writeFieldsXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
-    writeParam(stream, depth + 1, "albedo", albedo, options);
-    writeParam(stream, depth + 1, "bump", bump, options);
-    writeParam(stream, depth + 1, "displacement", displacement, options);
-    writeParam(stream, depth + 1, "base_emission", base_emission, options);
-    writeParam(stream, depth + 1, "emission", emission, options);
-    writeParam(stream, depth + 1, "normal_map", normal_map, options, texture_normal_map);
-    if (random_triangle_colours) writeBoolElement(stream, depth + 1, "random_triangle_colours", true);
-    if (layer != 0) writeInt32Element(stream, depth + 1, "layer", static_cast<std::int32_t>(layer));
+    ElementWriter elements(stream, depth + 1, &options);
+    describe(elements, *this);
 }
 
 String* SunSkyMaterial::getTypeNameInto(String* result) const {
-    return constructResult(result, "sunsky");
+    return constructResult(result, String(element_of<SunSkyMaterial>));
 }
 
 std::uint32_t SunSkyMaterial::getMaterialKind() const {
@@ -143,14 +107,9 @@ bool SunSkyMaterial::hasDisplacement() const {
     return false;
 }
 
-void SunSkyMaterial::writeFieldsXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
-    writeVec3Element(stream, depth + 1, "sundir", sundir);
-    writeDoubleElement(stream, depth + 1, "turbidity", turbidity);
-    writeBoolElement(stream, depth + 1, "extra_atmospheric", extra_atmospheric);
-    writeBoolElement(stream, depth + 1, "enable_sky", enable_sky);
-    writeInt32Element(stream, depth + 1, "sun_layer", static_cast<std::int32_t>(sun_layer));
-    writeInt32Element(stream, depth + 1, "sky_layer", static_cast<std::int32_t>(sky_layer));
-    writeStringElement(stream, depth + 1, "model", model);
+void SunSkyMaterial::writeFieldsXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    ElementWriter elements(stream, depth + 1, &options);
+    describe(elements, *this);
 }
 
 } // namespace Velmar

@@ -1,7 +1,7 @@
 #include "scene/MaterialParams.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/MaterialElements.h"
 
 namespace Velmar {
 
@@ -9,10 +9,9 @@ Reference<WavelengthDependentParam> WavelengthDependentParam::clone() const {
     return valueOfSlot<Reference<WavelengthDependentParam>>([this](auto* place) { return cloneInto(place); });
 }
 
-void ConstantWavelengthDependentParam::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
-    writeOpenTag(stream, depth, "constant");
-    if (spectrum) spectrum->writeXML(stream, depth + 1);
-    writeCloseTag(stream, depth, "constant");
+void ConstantWavelengthDependentParam::writeXML(OStream& stream, std::uint32_t depth,
+                                                const XMLWriteOptions& options) const {
+    writeDescribed(stream, depth, *this, &options);
 }
 
 std::uint32_t ConstantWavelengthDependentParam::getType() const {

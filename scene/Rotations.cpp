@@ -1,7 +1,7 @@
 #include "scene/Rotations.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/MaterialElements.h"
 
 #include <algorithm>
 
@@ -16,7 +16,8 @@ MatrixRotation::MatrixRotation(std::span<const double, 9> values) {
 }
 
 void MatrixRotation::writeXML(OStream& stream, std::uint32_t depth) const {
-    writeMatrix3Element(stream, depth, "matrix", matrix);
+    ElementWriter elements(stream, depth, nullptr);
+    describeWhole(elements, *this);
 }
 
 std::uint32_t MatrixRotation::getType() const {

@@ -3,10 +3,9 @@
 #include "velmarexceptions.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/Material.h"
+#include "scene/MaterialElements.h"
 #include "scene/NumberText.h"
 #include "scene/SceneNodeRoot.h"
-#include "scene/XMLPrimitives.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -83,16 +82,7 @@ void SceneNodeMaterial::updateNodeReferences(const NodeUIDMap& map) {
 }
 
 void SceneNodeMaterial::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
-    writeOpenTag(stream, depth, "material");
-    if (options.write_material_uids) writeUInt32Element(stream, depth + 1, "uid", uid);
-    writeStringElement(stream, depth + 1, "name", getName());
-    if (material) material->writeXML(stream, depth, options);
-    for (const SceneNode* const scatter : scatter_nodes) {
-        writeOpenTag(stream, depth + 1, "scatter_uids");
-        writeUInt32Element(stream, depth + 2, "uid", scatter->getUID());
-        writeCloseTag(stream, depth + 1, "scatter_uids");
-    }
-    writeCloseTag(stream, depth, "material");
+    writeDescribed(stream, depth, *this, &options);
 }
 
 void SceneNodeMaterial::traverse(TraversalState& state) {

@@ -1,7 +1,7 @@
 #include "scene/SceneNodeTonemapping.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/MaterialElements.h"
 
 namespace Velmar {
 
@@ -25,41 +25,8 @@ Reference<SceneNode>* SceneNodeTonemapping::cloneInto(Reference<SceneNode>* resu
     return constructResult(result, copy);
 }
 
-void SceneNodeTonemapping::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
-    const auto writeKind = [&](std::string_view element, auto writeFields) {
-        writeOpenTag(stream, depth + 1, element);
-        writeFields();
-        writeCloseTag(stream, depth + 1, element);
-    };
-
-    writeOpenTag(stream, depth, "tonemapping");
-    writeNodeIdentity(stream, depth + 1, *this);
-    switch (tone_mapper_kind) {
-    case linear:
-        writeKind("linear", [&] { writeDoubleElement(stream, depth + 2, "scale", scale); });
-        break;
-    case reinhard:
-        writeKind("reinhard", [&] {
-            writeDoubleElement(stream, depth + 2, "pre_scale", pre_scale);
-            writeDoubleElement(stream, depth + 2, "post_scale", post_scale);
-            writeDoubleElement(stream, depth + 2, "burn", burn);
-        });
-        break;
-    case camera:
-        writeKind("camera", [&] {
-            // A string and not a path: it is looked up in the renderer's own data folder and must stay relative.
-            writeStringElement(stream, depth + 2, "response_function_path", response_function_path);
-            writeDoubleElement(stream, depth + 2, "film_iso", film_iso);
-            writeDoubleElement(stream, depth + 2, "ev_adjust", ev_adjust);
-        });
-        break;
-    case filmic:
-        writeKind("filmic", [&] { writeDoubleElement(stream, depth + 2, "scale", scale); });
-        break;
-    default:
-        break;
-    }
-    writeCloseTag(stream, depth, "tonemapping");
+void SceneNodeTonemapping::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    writeDescribed(stream, depth, *this, &options);
 }
 
 bool SceneNodeTonemapping::isEqual(const SceneNode* other) const {

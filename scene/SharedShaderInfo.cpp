@@ -1,7 +1,7 @@
 #include "scene/SharedShaderInfo.h"
 
+#include "scene/MaterialElements.h"
 #include "scene/TraversalState.h"
-#include "scene/XMLPrimitives.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,37 +17,14 @@ bool TexCoordGeneration::isNeutral() const {
 }
 
 void writeTexture(const Texture& texture, OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) {
-    writeOpenTag(stream, depth, "texture");
-    writePathElement(stream, depth + 1, "path", texture.path, options);
-    if (texture.a != 0.0) writeDoubleElement(stream, depth + 1, "a", texture.a);
-    if (texture.b != 1.0) writeDoubleElement(stream, depth + 1, "b", texture.b);
-    if (texture.c != 0.0) writeDoubleElement(stream, depth + 1, "c", texture.c);
-    if (texture.uv_set_index != 0) writeInt32Element(stream, depth + 1, "uv_set_index", texture.uv_set_index);
-    if (texture.has_exponent) writeDoubleElement(stream, depth + 1, "exponent", texture.exponent);
-    if (texture.tex_coord_generation && !texture.tex_coord_generation->isNeutral()) {
-        writeOpenTag(stream, depth + 1, "tex_coord_generation");
-        texture.tex_coord_generation->writeXML(stream, depth + 2);
-        writeCloseTag(stream, depth + 1, "tex_coord_generation");
-    }
-    if (texture.smooth) writeBoolElement(stream, depth + 1, "smooth", true);
-    writeCloseTag(stream, depth, "texture");
+    writeDescribed(stream, depth, texture, &options);
 }
 
 void SharedShaderInfo::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
-    const std::uint32_t content_depth = depth + 2;
-    writeOpenTag(stream, depth, "shared_shader_info");
-    for (const Reference<ShaderParameter>& parameter : parameters)
-        parameter->writeXML(stream, content_depth);
-    for (const String& include : includes)
-        writeStringElement(stream, content_depth, "include", include);
-    for (const Texture& texture : textures)
-        writeTexture(texture, stream, content_depth, options);
-    // Written even when empty, and always unchanged: the program's line breaks and blanks are part of it.
-    stream.write(String(content_depth, '\t'));
-    stream.write("<shader><![CDATA[");
-    stream.write(shader);
-    stream.write("]]></shader>\n");
-    writeCloseTag(stream, depth, "shared_shader_info");
+    writeOpenTag(stream, depth, element_of<SharedShaderInfo>);
+    ElementWriter inside(stream, depth + 2, &options);
+    describe(inside, *this);
+    writeCloseTag(stream, depth, element_of<SharedShaderInfo>);
 }
 
 void SharedShaderInfo::traverse(TraversalState& state) {

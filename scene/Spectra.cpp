@@ -1,7 +1,7 @@
 #include "scene/Spectra.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/MaterialElements.h"
 
 namespace Velmar {
 
@@ -10,9 +10,7 @@ Reference<Spectrum> Spectrum::clone() const {
 }
 
 void UniformSpectrum::writeXML(OStream& stream, std::uint32_t depth) const {
-    writeOpenTag(stream, depth, "uniform");
-    writeDoubleElement(stream, depth + 1, "value", value);
-    writeCloseTag(stream, depth, "uniform");
+    writeDescribed(stream, depth, *this, nullptr);
 }
 
 std::uint32_t UniformSpectrum::getType() const {
@@ -28,10 +26,7 @@ void UniformSpectrum::updateHash(XXH64_state_t* state) const {
 }
 
 void RGBSpectrum::writeXML(OStream& stream, std::uint32_t depth) const {
-    writeOpenTag(stream, depth, "rgb");
-    writeVec3Element(stream, depth + 1, "rgb", rgb);
-    writeDoubleElement(stream, depth + 1, "gamma", gamma);
-    writeCloseTag(stream, depth, "rgb");
+    writeDescribed(stream, depth, *this, nullptr);
 }
 
 std::uint32_t RGBSpectrum::getType() const {

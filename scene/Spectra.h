@@ -60,7 +60,6 @@ class RGBSpectrum : public Destroyable<RGBSpectrum, Spectrum> {
     RGBSpectrum(const Vec3d& rgb_, double gamma_) : rgb(rgb_), gamma(gamma_) {}
     ~RGBSpectrum() { assertUnreferenced(); }
 
-    /// The inner element has the name of the outer one.
     void writeXML(OStream& stream, std::uint32_t depth) const override;
     std::uint32_t getType() const override;
     Reference<Spectrum>* cloneInto(Reference<Spectrum>* result) const override;

@@ -1,7 +1,7 @@
 #include "scene/nodes/ImageSettings.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/nodes/NodeElements.h"
 
 #include <cstddef>
 
@@ -12,9 +12,8 @@ Reference<SplatFilter> SplatFilter::clone() const {
 }
 
 void SplatFilterFastBox::writeXML(OStream& stream, std::uint32_t depth) const {
-    writeOpenTag(stream, depth, "splat_filter");
-    writeEmptyTag(stream, depth + 1, "fastbox");
-    writeCloseTag(stream, depth, "splat_filter");
+    ElementWriter elements(stream, depth, nullptr);
+    describeWhole(elements, *this);
 }
 
 Reference<SplatFilter>* SplatFilterFastBox::cloneInto(Reference<SplatFilter>* result) const {
@@ -26,13 +25,8 @@ Reference<DownsizeFilter> DownsizeFilter::clone() const {
 }
 
 void DownsizeFilterMNCubic::writeXML(OStream& stream, std::uint32_t depth) const {
-    writeOpenTag(stream, depth, "downsize_filter");
-    writeOpenTag(stream, depth + 1, "mn_cubic");
-    writeDoubleElement(stream, depth + 2, "blur", blur);
-    writeDoubleElement(stream, depth + 2, "ring", ring);
-    writeDoubleElement(stream, depth + 2, "radius", radius);
-    writeCloseTag(stream, depth + 1, "mn_cubic");
-    writeCloseTag(stream, depth, "downsize_filter");
+    ElementWriter elements(stream, depth, nullptr);
+    describeWhole(elements, *this);
 }
 
 Reference<DownsizeFilter>* DownsizeFilterMNCubic::cloneInto(Reference<DownsizeFilter>* result) const {
@@ -45,14 +39,14 @@ Reference<DownsizeFilter>* DownsizeFilterMNCubic::cloneInto(Reference<DownsizeFi
 
 void WhitePoint::writeXML(OStream& stream, std::uint32_t depth) const {
     const String tabs(depth + std::size_t{1}, '\t');
-    writeOpenTag(stream, depth, "white_point");
+    writeOpenTag(stream, depth, element_of<WhitePoint>);
     stream.write(tabs);
     stream.write(x);
     stream.write(" ");
     stream.write(y);
     stream.write(tabs);
     stream.write("\n");
-    writeCloseTag(stream, depth, "white_point");
+    writeCloseTag(stream, depth, element_of<WhitePoint>);
 }
 
 Reference<LayerSetting>* LayerSetting::cloneInto(Reference<LayerSetting>* result) const {
@@ -68,13 +62,7 @@ Reference<LayerSetting> LayerSetting::clone() const {
 }
 
 void LayerSetting::writeXML(OStream& stream, std::uint32_t depth) const {
-    writeOpenTag(stream, depth, "layer_setting");
-    writeStringElement(stream, depth + 1, "name", name);
-    writeBoolElement(stream, depth + 1, "enabled", enabled);
-    writeOpenTag(stream, depth + 1, "layer_scale");
-    if (layer_scale) layer_scale->writeXML(stream, depth + 2);
-    writeCloseTag(stream, depth + 1, "layer_scale");
-    writeCloseTag(stream, depth, "layer_setting");
+    writeDescribed(stream, depth, *this, nullptr);
 }
 
 } // namespace Velmar

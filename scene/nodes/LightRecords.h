@@ -27,6 +27,8 @@ class EmissionScale : public Destroyable<EmissionScale, ThreadSafeRefCounted> {
         none = 4,
     };
 
+    bool isWritten() const { return measure != none; }
+
     /// Writes the element `emission_scale` at `depth` tabs, or nothing.
     void writeXML(OStream& stream, std::uint32_t depth) const;
 

@@ -1,7 +1,7 @@
 #include "scene/nodes/SceneNodeBackgroundSettings.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/nodes/NodeElements.h"
 
 namespace Velmar {
 
@@ -16,19 +16,7 @@ Reference<SceneNode>* SceneNodeBackgroundSettings::cloneInto(Reference<SceneNode
 }
 
 void SceneNodeBackgroundSettings::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
-    writeOpenTag(stream, depth, "background_settings");
-    writeNodeIdentity(stream, depth + 1, *this);
-    if (emission_scale) emission_scale->writeXML(stream, depth + 1);
-    if (background_material) {
-        writeOpenTag(stream, depth + 1, "background_material");
-        // Without a UID: this material is no node.
-        writeOpenTag(stream, depth + 2, "material");
-        writeStringElement(stream, depth + 3, "name", background_material->name);
-        background_material->writeXML(stream, depth + 2, options);
-        writeCloseTag(stream, depth + 2, "material");
-        writeCloseTag(stream, depth + 1, "background_material");
-    }
-    writeCloseTag(stream, depth, "background_settings");
+    writeDescribed(stream, depth, *this, &options);
 }
 
 void SceneNodeBackgroundSettings::traverse(TraversalState& state) {

@@ -4,7 +4,7 @@
 
 #include "scene/ClassSupport.h"
 #include "scene/TraversalState.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/nodes/NodeElements.h"
 #include "scene/nodes/TransformPath.h"
 
 namespace Velmar {
@@ -13,10 +13,9 @@ Reference<ApertureShape> ApertureShape::clone() const {
     return valueOfSlot<Reference<ApertureShape>>([this](auto* place) { return cloneInto(place); });
 }
 
-void ApertureCircular::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
-    writeOpenTag(stream, depth, "aperture_shape");
-    writeEmptyTag(stream, depth + 1, "circular");
-    writeCloseTag(stream, depth, "aperture_shape");
+void ApertureCircular::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    ElementWriter elements(stream, depth, &options);
+    describeWhole(elements, *this);
 }
 
 Reference<ApertureShape>* ApertureCircular::cloneInto(Reference<ApertureShape>* result) const {
@@ -30,19 +29,6 @@ constexpr FieldList compared_fields(&SceneNodeCamera::aperture_radius, &SceneNod
                                     &SceneNodeCamera::exposure_duration, &SceneNodeCamera::lens_shift_up_distance,
                                     &SceneNodeCamera::lens_shift_right_distance, &SceneNodeCamera::autofocus,
                                     &SceneNodeCamera::obstacle_map, &SceneNodeCamera::up, &SceneNodeCamera::forwards);
-
-std::string_view cameraTypeName(std::uint32_t camera_type) {
-    switch (camera_type) {
-    case SceneNodeCamera::thin_lens_perspective:
-        return "thin-lens-perspective";
-    case SceneNodeCamera::orthographic:
-        return "orthographic";
-    case SceneNodeCamera::spherical:
-        return "spherical";
-    default:
-        return "";
-    }
-}
 
 } // namespace
 
@@ -67,28 +53,7 @@ Reference<SceneNode>* SceneNodeCamera::cloneInto(Reference<SceneNode>* result) c
 }
 
 void SceneNodeCamera::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
-    writeOpenTag(stream, depth, "camera");
-    writeNodeIdentity(stream, depth + 1, *this);
-    writeDoubleElement(stream, depth + 1, "aperture_radius", aperture_radius);
-    writeDoubleElement(stream, depth + 1, "focus_distance", focus_distance);
-    writeDoubleElement(stream, depth + 1, "sensor_width", sensor_width);
-    writeDoubleElement(stream, depth + 1, "lens_sensor_dist", lens_sensor_dist);
-    writeDoubleElement(stream, depth + 1, "exposure_duration", exposure_duration);
-    writeDoubleElement(stream, depth + 1, "lens_shift_up_distance", lens_shift_up_distance);
-    writeDoubleElement(stream, depth + 1, "lens_shift_right_distance", lens_shift_right_distance);
-    if (autofocus) writeEmptyTag(stream, depth + 1, "autofocus");
-    if (!obstacle_map.empty()) {
-        writeOpenTag(stream, depth + 1, "obstacle_map");
-        writePathElement(stream, depth + 2, "path", obstacle_map, options);
-        writeCloseTag(stream, depth + 1, "obstacle_map");
-    }
-    aperture_shape->writeXML(stream, depth + 1, options);
-    for (const KeyFrame& frame : keyframes)
-        writeKeyFrame(frame, stream, depth + 1);
-    writeVec3Element(stream, depth + 1, "up", up);
-    writeVec3Element(stream, depth + 1, "forwards", forwards);
-    writeStringElement(stream, depth + 1, "camera_type", cameraTypeName(camera_type));
-    writeCloseTag(stream, depth, "camera");
+    writeDescribed(stream, depth, *this, &options);
 }
 
 template <class Visit>

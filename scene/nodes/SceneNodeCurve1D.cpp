@@ -1,26 +1,11 @@
 #include "scene/nodes/SceneNodeCurve1D.h"
 
 #include "scene/ClassSupport.h"
-#include "scene/NumberText.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/nodes/NodeElements.h"
 
 #include <algorithm>
-#include <string>
 
 namespace Velmar {
-
-namespace {
-
-void writeNumberList(OStream& stream, std::uint32_t depth, std::string_view name, const Vector<float>& numbers) {
-    std::string text;
-    for (const float number : numbers) {
-        if (!text.empty()) text += ' ';
-        text += NumberText(number).view();
-    }
-    writeStringElement(stream, depth, name, text);
-}
-
-} // namespace
 
 SceneNodeCurve1D::SceneNodeCurve1D(const Vector<float>& knots_, const Vector<float>& values_)
     : Destroyable(NodeType::Curve1D), knots(knots_), values(values_) {}
@@ -31,12 +16,8 @@ Reference<SceneNode>* SceneNodeCurve1D::cloneInto(Reference<SceneNode>* result) 
     return constructResult(result, copy);
 }
 
-void SceneNodeCurve1D::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
-    writeOpenTag(stream, depth, "curve1d");
-    writeStringElement(stream, depth + 1, "name", getName());
-    writeNumberList(stream, depth + 1, "knots", knots);
-    writeNumberList(stream, depth + 1, "values", values);
-    writeCloseTag(stream, depth, "curve1d");
+void SceneNodeCurve1D::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    writeDescribed(stream, depth, *this, &options);
 }
 
 bool SceneNodeCurve1D::isEqual(const SceneNode* other) const {

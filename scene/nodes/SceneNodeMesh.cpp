@@ -6,7 +6,7 @@
 #include "mesh/VmmeshFile.h"
 #include "scene/ClassSupport.h"
 #include "scene/TraversalState.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/nodes/NodeElements.h"
 #include "utils/FileUtils.h"
 
 namespace Velmar {
@@ -15,11 +15,6 @@ namespace {
 
 constexpr std::string_view file_name_prefix = "mesh_";
 constexpr std::string_view file_name_extension = ".vmmesh";
-
-/// A NaN counts as the default and isn't written.
-bool differs(double value, double default_value) {
-    return value < default_value || value > default_value;
-}
 
 void ensureDirectory(const std::string& path) {
     if (FileUtils::fileExists(path)) return;
@@ -49,39 +44,22 @@ Reference<SceneNode>* SceneNodeMesh::cloneInto(Reference<SceneNode>* result) con
 }
 
 void SceneNodeMesh::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
-    writeOpenTag(stream, depth, "mesh");
-    writeNodeIdentity(stream, depth + 1, *this);
-    writeSettings(stream, depth + 1);
+    writeOpenTag(stream, depth, element_of<SceneNodeMesh>);
+    ElementWriter inside(stream, depth + 1, &options);
+    describeSettings(inside, *this);
 
-    std::string file_path;
+    String file_path;
     try {
-        file_path = writeMeshFile(options);
+        // A mesh that a document only names, and that wasn't loaded, stays where it is.
+        const bool is_only_named = !mesh && !path.empty();
+        file_path = is_only_named ? path : toVelmarString(nameInDocument(writeMeshFile(options), options));
     } catch (const Exception& exception) {
         throw VelmarException(toVelmarString(exception.getMessage()));
     } catch (const FileUtils::FileUtilsExcep& exception) {
         throw VelmarException(toVelmarString(exception.getMessage()));
     }
-    writeOpenTag(stream, depth + 1, "external");
-    writePathElement(stream, depth + 2, "path", nameInDocument(file_path, options), options);
-    writeCloseTag(stream, depth + 1, "external");
-    writeCloseTag(stream, depth, "mesh");
-}
-
-void SceneNodeMesh::writeSettings(OStream& stream, std::uint32_t depth) const {
-    // What is left out is what readers take for granted, which isn't in every case what the constructor sets.
-    if (!normal_smoothing) writeBoolElement(stream, depth, "normal_smoothing", normal_smoothing);
-    if (max_num_subdivisions != 0) writeInt32Element(stream, depth, "max_num_subdivisions", max_num_subdivisions);
-    if (num_smoothings != 2) writeInt32Element(stream, depth, "num_smoothings", num_smoothings);
-    if (differs(subdivide_pixel_threshold, 0.0))
-        writeDoubleElement(stream, depth, "subdivide_pixel_threshold", subdivide_pixel_threshold);
-    if (!subdivision_smoothing) writeBoolElement(stream, depth, "subdivision_smoothing", subdivision_smoothing);
-    if (differs(subdivide_curvature_threshold, 0.0))
-        writeDoubleElement(stream, depth, "subdivide_curvature_threshold", subdivide_curvature_threshold);
-    if (view_dependent_subdivision)
-        writeBoolElement(stream, depth, "view_dependent_subdivision", view_dependent_subdivision);
-    if (differs(displacement_error_threshold, 0.0))
-        writeDoubleElement(stream, depth, "displacement_error_threshold", displacement_error_threshold);
-    if (differs(scale, 1.0)) writeDoubleElement(stream, depth, "scale", scale);
+    describeFile(inside, file_path);
+    writeCloseTag(stream, depth, element_of<SceneNodeMesh>);
 }
 
 std::string SceneNodeMesh::writeMeshFile(const XMLWriteOptions& options) const {

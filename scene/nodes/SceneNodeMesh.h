@@ -20,7 +20,7 @@ class SceneNodeMesh : public Destroyable<SceneNodeMesh, PlainSceneNode> {
     Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
 
     /// Writes the element, and the mesh file unless it is there: the checksum in its name vouches for its content.
-    /// `mesh` must be set. Throws `VelmarException` when the file or its folder can't be written.
+    /// `mesh` must be set, or `path`, which is then written instead. Throws `VelmarException` when the file or its folder can't be written.
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
 
     void traverse(TraversalState& state) override;
@@ -34,7 +34,7 @@ class SceneNodeMesh : public Destroyable<SceneNodeMesh, PlainSceneNode> {
     /// The path of the mesh file of a scene: in `meshes_dir` or, when that is empty, in the folder beside the scene.
     std::string getMeshFilePath(const String& scene_path, const String& scene_dir, const String& meshes_dir) const;
 
-    /// The mesh file that this node names; what `writeXML` writes is named by its checksum instead.
+    /// The mesh file that this node names; what `writeXML` writes is named by its checksum instead, if there is a mesh.
     String path;
     Reference<Mesh> mesh;
     std::int32_t max_num_subdivisions = 0;
@@ -49,7 +49,6 @@ class SceneNodeMesh : public Destroyable<SceneNodeMesh, PlainSceneNode> {
     double scale = 1.0;
 
   private:
-    void writeSettings(OStream& stream, std::uint32_t depth) const;
     /// Returns the path of the mesh file, which is there afterwards.
     std::string writeMeshFile(const XMLWriteOptions& options) const;
     /// Reads the file at `path`, unless this pass has read it already with the same scale.

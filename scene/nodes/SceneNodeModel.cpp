@@ -2,8 +2,7 @@
 
 #include "scene/ClassSupport.h"
 #include "scene/TraversalState.h"
-#include "scene/XMLPrimitives.h"
-#include "scene/nodes/TransformPath.h"
+#include "scene/nodes/NodeElements.h"
 
 #include <algorithm>
 #include <utility>
@@ -82,41 +81,7 @@ void SceneNodeModel::updateNodeReferences(const NodeUIDMap& map) {
 }
 
 void SceneNodeModel::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
-    writeOpenTag(stream, depth, "model2");
-    writeNodeIdentity(stream, depth + 1, *this);
-    writeUInt32Element(stream, depth + 1, "geometry_uid", currentGeometryUID());
-    if (scale != 1.0) writeDoubleElement(stream, depth + 1, "scale", scale);
-    if (invisible_to_camera) writeBoolElement(stream, depth + 1, "invisible_to_camera", true);
-    if (!rotation->isIdentity()) {
-        writeOpenTag(stream, depth + 1, "rotation");
-        rotation->writeXML(stream, depth + 2);
-        writeCloseTag(stream, depth + 1, "rotation");
-    }
-    writePath(stream, depth + 1);
-    // Written even when empty: readers rely on the element.
-    writeOpenTag(stream, depth + 1, "materials");
-    for (const Reference<SceneNodeMaterial>& material : materials)
-        writeUInt32Element(stream, depth + 2, "uid", material ? material->getUID() : invalid_uid);
-    writeCloseTag(stream, depth + 1, "materials");
-    for (const Reference<IESProfile>& profile : ies_profiles)
-        if (profile) profile->writeXML(stream, depth + 1, options);
-    for (const Reference<EmissionScale>& emission_scale : emission_scales)
-        if (emission_scale) emission_scale->writeXML(stream, depth + 1);
-    if (!mask_name.empty()) writeStringElement(stream, depth + 1, "mask_name", mask_name);
-    writeCloseTag(stream, depth, "model2");
-}
-
-/// A single frame that does nothing but place the model is a bare position. Without frames there is nothing to write.
-void SceneNodeModel::writePath(OStream& stream, std::uint32_t depth) const {
-    if (keyframes.size() == 1) {
-        const KeyFrame& only = keyframes[0];
-        if (only.time == 0.0 && only.angle == 0.0 && only.hasIdentityS()) {
-            writeVec3Element(stream, depth, "pos", only.pos);
-            return;
-        }
-    }
-    for (const KeyFrame& frame : keyframes)
-        writeKeyFrame(frame, stream, depth);
+    writeDescribed(stream, depth, *this, &options);
 }
 
 void SceneNodeModel::traverse(TraversalState& state) {

@@ -63,7 +63,6 @@ class SceneNodeModel : public Destroyable<SceneNodeModel, PlainSceneNode> {
 
   private:
     UID currentGeometryUID() const;
-    void writePath(OStream& stream, std::uint32_t depth) const;
     void getDependencies(TraversalState& state);
     void updateDependencies(TraversalState& state);
     void offsetUIDs(const TraversalState& state);

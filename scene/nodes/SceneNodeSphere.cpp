@@ -5,7 +5,7 @@
 #include "scene/ClassSupport.h"
 #include "scene/SceneNodeMaterial.h"
 #include "scene/SceneNodeRoot.h"
-#include "scene/XMLPrimitives.h"
+#include "scene/nodes/NodeElements.h"
 #include "scene/nodes/TransformPath.h"
 
 #include <utility>
@@ -33,14 +33,8 @@ void SceneNodeSphere::updateNodeReferences(const NodeUIDMap& map) {
         material = static_cast<SceneNodeMaterial*>(found);
 }
 
-void SceneNodeSphere::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
-    writeOpenTag(stream, depth, "sphere");
-    writeNodeIdentity(stream, depth + 1, *this);
-    for (const KeyFrame& frame : keyframes)
-        writeKeyFrame(frame, stream, depth + 1);
-    writeDoubleElement(stream, depth + 1, "radius", radius);
-    writeUInt32Element(stream, depth + 1, "material_uid", currentMaterialUID());
-    writeCloseTag(stream, depth, "sphere");
+void SceneNodeSphere::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const {
+    writeDescribed(stream, depth, *this, &options);
 }
 
 void SceneNodeSphere::traverse(TraversalState& state) {

@@ -7,7 +7,7 @@ import re
 import sys
 
 # From the bottom to the top. A file belongs to the innermost of these folders.
-ORDER = ["include", "utils", "mesh", "scene", "scene/nodes", "renderer", "api", "import", "kit"]
+ORDER = ["include", "utils", "mesh", "scene", "scene/nodes", "scene/reading", "renderer", "api", "import", "kit"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^">]+)[">]')
 
 

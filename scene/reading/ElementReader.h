@@ -1,0 +1,210 @@
+#pragma once
+
+#include "scene/ElementWriter.h"
+#include "scene/Material.h"
+#include "scene/Rotations.h"
+#include "scene/nodes/ImageSettings.h"
+#include "scene/nodes/SceneNodeCamera.h"
+#include "scene/nodes/SceneNodeCurve1D.h"
+
+#include <pugixml.hpp>
+#include <string>
+#include <string_view>
+
+namespace Velmar {
+
+class SceneDocumentError;
+
+/// What the readers of a document's elements share: the text that they come from, and what becomes of faults.
+class ElementSource {
+  public:
+    ElementSource() = default;
+    ElementSource(const ElementSource&) = delete;
+    ElementSource& operator=(const ElementSource&) = delete;
+
+    /// The text that is parsed, unchanged, with line feeds as its only line ends.
+    virtual std::string_view getText() = 0;
+    /// Throws `SceneDocumentError` for the place of `element`.
+    [[noreturn]] void fail(const pugi::xml_node& element, const std::string& fault);
+    virtual SceneDocumentError makeError(const pugi::xml_node& element, const std::string& fault) = 0;
+    /// Told of what nothing reads.
+    virtual void noteUnknown(const pugi::xml_node& element) = 0;
+
+    /// The text of an element: from the `<` of its first tag to the `>` of its last.
+    std::string_view getOuterText(const pugi::xml_node& element);
+    /// The text between its tags, without white space at both ends.
+    std::string_view getInnerText(const pugi::xml_node& element);
+    /// What follows `element` in the element that encloses it, without white space at both ends.
+    std::string_view getTextAfter(const pugi::xml_node& element);
+
+    /// The characters of an element. Valid until the next call.
+    std::string_view getValue(const pugi::xml_node& element);
+
+  protected:
+    ~ElementSource() = default;
+
+  private:
+    std::string joined;
+};
+
+/// Reads what a description lists from an element, in whatever order it is there. An element that was read loses its
+/// name in the tree, so that those that remain are the ones that nothing knows.
+class ElementReader {
+  public:
+    static constexpr bool reads = true;
+
+    ElementReader(ElementSource& source_, const pugi::xml_node& element_)
+        : source(source_), element(element_), first_unread(element_.first_child()) {}
+    /// Reports what wasn't read.
+    void finish();
+
+    bool has(std::string_view name, bool = false) { return static_cast<bool>(find(name)); }
+
+    void identity(SceneNode& node);
+    void name(SceneNode& node);
+    void materialUID(SceneNode& node);
+
+    template <class Field>
+    bool value(std::string_view name, Field& field) {
+        const pugi::xml_node found = find(name);
+        if (!found) return false;
+        parse(found, field);
+        markRead(found);
+        return true;
+    }
+    template <class Field>
+    void required(std::string_view name, Field& field) {
+        if (!value(name, field)) failWithout(name);
+    }
+    template <class Field>
+    void valueIf(bool, std::string_view name, Field& field, const std::type_identity_t<Field>& default_value) {
+        if (!value(name, field)) field = default_value;
+    }
+    template <class Field>
+    void valueOr(std::string_view name, Field& field, const std::type_identity_t<Field>& default_value) {
+        valueIf(false, name, field, default_value);
+    }
+    bool signedValue(std::string_view name, std::uint32_t& field);
+    void signedValueOr(std::string_view name, std::uint32_t& field, std::uint32_t default_value) {
+        if (!signedValue(name, field)) field = default_value;
+    }
+    template <class Field>
+    void option(std::string_view name, Field& field, bool& is_set) {
+        is_set = value(name, field);
+    }
+    void flag(std::string_view name, bool& field);
+    void path(std::string_view name, String& field) { value(name, field); }
+    void requiredPath(std::string_view name, String& field) { required(name, field); }
+    void word(std::string_view name, std::uint32_t& code, std::span<const std::string_view> words);
+    void verbatim(std::string_view name, String& field);
+    void numbers(std::string_view name, Vector<float>& field);
+
+    /// References become UIDs here; they are bound once all nodes are there.
+    template <class Node>
+    void reference(std::string_view name, Reference<Node>&, UID& unbound) {
+        value(name, unbound);
+    }
+    template <class Node>
+    void references(std::string_view group_name, std::string_view name, Vector<Reference<Node>>&, Vector<UID>& uids) {
+        group(group_name, [&](ElementReader& inside) { inside.readUIDs(name, uids); });
+    }
+    template <class Node>
+    void boundReferences(std::string_view group_name, std::string_view name, Vector<Node*>&, Vector<UID>& uids) {
+        while (has(group_name))
+            group(group_name, [&](ElementReader& inside) { inside.readUIDs(name, uids); });
+    }
+
+    bool variant(std::string_view name, std::uint32_t& code, std::uint32_t own_code) {
+        if (!has(name)) return false;
+        code = own_code;
+        return true;
+    }
+    static void noVariant(std::uint32_t& code) { code = 0; }
+
+    template <class Describe>
+    void group(std::string_view name, Describe describeContent) {
+        const pugi::xml_node found = find(name);
+        if (!found) return;
+        ElementReader inside(source, found);
+        describeContent(inside);
+        inside.finish();
+        markRead(found);
+    }
+
+    template <class Object>
+    void record(std::string_view name, Reference<Object>& object) {
+        if (!has(name)) return;
+        object = new Object;
+        group(name, [&](ElementReader& inside) { describe(inside, *object); });
+    }
+    template <class Object>
+    void records(std::string_view name, Vector<Reference<Object>>& objects) {
+        objects.reserve(count(name));
+        while (has(name)) {
+            Reference<Object> object;
+            record(name, object);
+            objects.push_back(object);
+        }
+    }
+    template <class Object>
+    void list(std::string_view name, Vector<Object>& objects) {
+        objects.resize(count(name));
+        for (Object& object : objects)
+            group(name, [&](ElementReader& inside) { describe(inside, object); });
+    }
+    void list(std::string_view name, Vector<String>& texts);
+
+    /// The content of this element.
+    void part(Reference<Spectrum>& part);
+    void part(Reference<WavelengthDependentParam>& part);
+    void part(Reference<SurfaceParam>& part);
+    void part(Reference<Rotation>& part);
+    void part(Reference<TexCoordGeneration>& part);
+    /// An element inside this one.
+    void part(Reference<ApertureShape>& part);
+    void part(Reference<SplatFilter>& part);
+    void part(Reference<DownsizeFilter>& part);
+    void part(Reference<WhitePoint>& part);
+    void part(Reference<SharedShaderInfo>& part);
+    void part(Reference<Material>& part);
+    void parts(Vector<Reference<ShaderParameter>>& parts);
+    void node(Reference<SceneNodeCurve1D>& node);
+    void kind(std::string_view name);
+
+    /// What follows the elements that every node begins with, as text.
+    std::string_view takeTextAfterIdentity(SceneNode& node);
+
+  private:
+    pugi::xml_node find(std::string_view name) const;
+    std::size_t count(std::string_view name) const;
+    void markRead(pugi::xml_node child);
+    void markAllRead();
+    [[noreturn]] void failWithout(std::string_view name);
+    void readUIDs(std::string_view name, Vector<UID>& uids);
+    std::string_view takeInnerText();
+
+    void parse(const pugi::xml_node& child, bool& field);
+    void parse(const pugi::xml_node& child, std::int32_t& field);
+    void parse(const pugi::xml_node& child, std::uint32_t& field);
+    void parse(const pugi::xml_node& child, double& field);
+    void parse(const pugi::xml_node& child, Vec3d& field);
+    void parse(const pugi::xml_node& child, String& field);
+    void parse(const pugi::xml_node& child, double (&field)[9]);
+    template <class Number>
+    void parseNumbers(const pugi::xml_node& child, std::span<Number> numbers);
+    template <class Integer>
+    void parseInteger(const pugi::xml_node& child, Integer& field);
+
+    template <class Object, class Base>
+    bool readKind(Reference<Base>& part, Reference<Object> made);
+    template <class Object, class Foreign, class Base>
+    void readFamily(Reference<Base>& part);
+    template <class Object>
+    bool readMaterial(Reference<Material>& part);
+
+    ElementSource& source;
+    pugi::xml_node element;
+    pugi::xml_node first_unread;
+};
+
+} // namespace Velmar

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "velmarstring.h"
+
+#include "scene/SceneNodeRoot.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Velmar {
+
+/// A document that isn't one of a scene, with the place.
+class SceneDocumentError {
+  public:
+    SceneDocumentError(const std::string& path_, std::size_t line_, std::size_t column_, const std::string& fault_)
+        : path(path_), fault(fault_), line(line_), column(column_) {}
+
+    /// `PATH:LINE:COLUMN: error: FAULT`.
+    std::string getMessage() const;
+
+    std::string path;
+    std::string fault;
+    /// Both count from 1; a column is a character of UTF-8.
+    std::size_t line;
+    std::size_t column;
+};
+
+/// An element that nothing knows. It isn't read.
+struct UnknownElement {
+    std::size_t line;
+    std::size_t column;
+    std::string name;
+    /// The element that it is in.
+    std::string parent;
+};
+
+/// What is asked of `readSceneXML`.
+struct SceneReadRequest {
+    /// The document, UTF-8.
+    String path;
+    /// Whether the mesh files are read at once. If not, a `LoadMeshes` pass reads them later.
+    bool load_meshes = false;
+    /// Receives what isn't read; null for not asked.
+    std::vector<UnknownElement>* unknown_elements = nullptr;
+};
+
+/// Reads a document that `writeSceneFile` wrote, or one like it. Elements may be in any order; what isn't there keeps
+/// the value that readers assume. Nodes keep their UIDs, and references are bound where the document has the node that
+/// they name. A material that isn't there is replaced by an empty one outside of the scene, so that the document that
+/// is written from the scene names it too. Paths are kept as they are: written with `resolve_relative_paths` off and
+/// without loading meshes, the scene gives the same document again.
+///
+/// Elements of classes of a renderer library are kept as text (`ForeignParts.h`).
+///
+/// The memory used beside that of the scene doesn't depend on the size of the document, only on that of its largest
+/// node.
+/// Throws `SceneDocumentError`; `Exception` when the file can't be read; `VelmarException` for mesh files.
+Reference<SceneNodeRoot> readSceneXML(const SceneReadRequest& request);
+
+/// The same for a path alone.
+Reference<SceneNodeRoot> readSceneXML(const String& path);
+
+/// The same for a text in memory, which `request.path` only names.
+Reference<SceneNodeRoot> parseSceneXML(std::string_view text, const SceneReadRequest& request);
+
+/// Reads the mesh files of all nodes that have no mesh yet. Relative paths are as seen from the document at `path`.
+/// Throws `VelmarException`.
+void loadMeshes(SceneNodeRoot& root, const String& path);
+
+} // namespace Velmar
