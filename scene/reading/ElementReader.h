@@ -57,6 +57,8 @@ class ElementReader {
         : source(source_), element(element_), first_unread(element_.first_child()) {}
     /// Reports what wasn't read.
     void finish();
+    /// Throws `SceneDocumentError` for the place of the element.
+    [[noreturn]] void fail(const std::string& fault) { source.fail(element, fault); }
 
     bool has(std::string_view name, bool = false) { return static_cast<bool>(find(name)); }
 

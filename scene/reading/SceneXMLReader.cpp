@@ -40,6 +40,7 @@ Reference<SceneNode> readMesh(ElementReader& elements) {
     const Reference<SceneNodeMesh> mesh(new SceneNodeMesh);
     describeSettings(elements, *mesh);
     describeFile(elements, mesh->path);
+    if (mesh->path.empty()) elements.fail("a mesh without the path of its file");
     return Reference<SceneNode>(mesh.getPointer());
 }
 

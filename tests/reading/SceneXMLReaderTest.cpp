@@ -194,6 +194,8 @@ TEST(SceneXMLReader, ErrorsNameLineAndColumn) {
     EXPECT_EQ(error("<camera_type>flat</camera_type>"),
               place + "'flat' is none of thin-lens-perspective orthographic spherical");
     EXPECT_EQ(error("<keyframe><time>0</time></keyframe>"), place + "'keyframe' has no element 'pos'");
+    EXPECT_EQ(errorOf(scene("<mesh><uid>1</uid><name>m</name><external><path></path></external></mesh>")),
+              "scene.xml:2:1: error: a mesh without the path of its file");
     EXPECT_EQ(errorOf(scene("<camera><name>c</name></camera>")), "scene.xml:2:1: error: 'camera' has no element 'uid'");
     EXPECT_EQ(errorOf(scene("<camera><uid>-1</uid></camera>")),
               "scene.xml:2:9: error: '-1' is no whole number, or beyond 32 bits");
