@@ -42,9 +42,10 @@ constexpr std::string_view scalar_types[] = {"int8",    "uint8",   "int16", "uin
                                              "int",     "uint",    "float", "double"};
 constexpr std::string_view formats[] = {"ascii", "binary_little_endian", "binary_big_endian"};
 
+/// The place of `word` among `words`, or `count`.
 template <std::size_t count>
-bool isOneOf(std::string_view word, const std::string_view (&words)[count]) {
-    return std::find(std::begin(words), std::end(words), word) != std::end(words);
+std::size_t indexIn(const std::string_view (&words)[count], std::string_view word) {
+    return static_cast<std::size_t>(std::find(std::begin(words), std::end(words), word) - std::begin(words));
 }
 
 /// Whether the last word of `text` is followed by a blank.
@@ -80,8 +81,10 @@ class HeaderParser {
 
   private:
     bool parseFormat() {
-        if (!next() || !isOneOf(word, formats)) return false;
-        header.ascii = word == "ascii";
+        if (!next()) return false;
+        const std::size_t format = indexIn(formats, word);
+        if (format == std::size(formats)) return false;
+        header.format = static_cast<PlyFormat>(format + 1);
         header.text.append("format ").append(word).append(" 1.0\n");
         return next() && word == "1.0" && next();
     }
@@ -94,14 +97,15 @@ class HeaderParser {
         long count = 0;
         if (!next() || !parseCount(count) || !next()) return false;
         const std::size_t declared_at = header.text.size();
-        std::size_t num_properties = 0;
         appendElement(name, count);
-        if (!parseProperties(num_properties)) return false;
+        if (!parseProperties(header.elements.back().properties)) return false;
+        const std::size_t num_properties = header.elements.back().properties.size();
         if (count > 0 && num_properties != 0) {
             num_declarations += 1 + num_properties;
             return num_declarations <= max_declarations;
         }
         header.text.resize(declared_at);
+        header.elements.pop_back();
         // RPly takes the first element of a name for the one that is meant, even if it reads nothing.
         if (is_first) appendElement(name, 0);
         return true;
@@ -109,32 +113,36 @@ class HeaderParser {
 
     void appendElement(std::string_view name, long count) {
         header.text.append("element ").append(name).append(" ").append(std::to_string(count)).append("\n");
+        header.elements.push_back({name, count, {}});
     }
 
-    bool parseProperties(std::size_t& num_properties) {
+    bool parseProperties(std::vector<PlyProperty>& properties) {
         while (word == "property" || isRemark()) {
-            const bool is_property = word == "property";
-            const bool fine = is_property ? parseProperty() : passLine();
+            const bool fine = word == "property" ? parseProperty(properties.emplace_back()) : passLine();
             if (!fine || !next()) return false;
-            num_properties += is_property ? 1 : 0;
         }
         return true;
     }
 
-    bool parseProperty() {
+    bool parseProperty(PlyProperty& property) {
         if (!next()) return false;
         header.text += "property ";
         if (word == "list") {
+            property.is_list = true;
             header.text += "list ";
-            if (!next() || !takeScalar() || !next()) return false;
+            if (!next() || !takeScalar(property.length_type) || !next()) return false;
         }
-        if (!takeScalar() || !next()) return false;
+        if (!takeScalar(property.type) || !next()) return false;
+        property.name = word;
         header.text.append(word).append("\n");
         return true;
     }
 
-    bool takeScalar() {
-        if (!isOneOf(word, scalar_types)) return false;
+    bool takeScalar(PlyType& type) {
+        const std::size_t index = indexIn(scalar_types, word);
+        if (index == std::size(scalar_types)) return false;
+        // Each type has two names.
+        type = static_cast<PlyType>(index % 8);
         header.text.append(word).append(" ");
         return true;
     }
@@ -209,7 +217,7 @@ PlyHeader parsePlyHeader(std::string_view file) {
 
 PlyFileStream::PlyFileStream(const PlyHeader& header, std::string_view file)
     : parts{header.text, file.substr(header.body_offset),
-            header.ascii && !endsWithBlank(file) ? std::string_view("\n") : std::string_view()} {}
+            header.isAscii() && !endsWithBlank(file) ? std::string_view("\n") : std::string_view()} {}
 
 std::size_t PlyFileStream::read(char* to, std::size_t size) noexcept {
     std::size_t copied = 0;

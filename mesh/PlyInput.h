@@ -1,12 +1,36 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <rply.h>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Velmar {
+
+enum class PlyType : std::uint8_t { int8, uint8, int16, uint16, int32, uint32, float32, float64 };
+
+/// Of the body of a file; `none` if the header doesn't name one.
+enum class PlyFormat : std::uint8_t { none, ascii, little_endian, big_endian };
+
+/// A number, or a list of a length and so many numbers.
+struct PlyProperty {
+    std::string_view name{};
+    bool is_list = false;
+    /// Of the length of a list.
+    PlyType length_type = PlyType::int8;
+    /// Of the number, or of those of a list.
+    PlyType type = PlyType::int8;
+};
+
+struct PlyElement {
+    std::string_view name{};
+    /// Never negative.
+    long count = 0;
+    std::vector<PlyProperty> properties{};
+};
 
 /// The header of a PLY file, checked and rewritten for RPly, which trusts headers where it must not: it overruns its
 /// buffers at a file that ends within a word and at long comments, stores each comment in a kilobyte, accepts any word
@@ -14,8 +38,9 @@ namespace Velmar {
 struct PlyHeader {
     /// All words up to "end_header" are there, known where a type or a format is meant, and followed by a blank.
     bool complete = false;
-    /// The body is text.
-    bool ascii = false;
+    PlyFormat format = PlyFormat::none;
+    /// What `text` declares, with names in the file.
+    std::vector<PlyElement> elements{};
     /// The header that means the same to RPly: one declaration on a line, without comments and without elements that
     /// read nothing.
     std::string text{};
@@ -25,6 +50,8 @@ struct PlyHeader {
     /// line ends too early or too late.
     std::size_t line = 1;
     std::string_view word{};
+
+    bool isAscii() const { return format == PlyFormat::ascii; }
 };
 
 /// Reads the header of the file with the bytes `file` word by word, as RPly does.
@@ -66,5 +93,10 @@ PlyHandle openPly(PlyStream& stream, p_ply_error_cb on_error, void* user);
 
 /// `ply_read_header`, which keeps part of its state in a global variable, for one thread at a time.
 bool readPlyHeader(p_ply ply);
+
+class Mesh;
+
+/// `loadPLY` of the file `path` with the bytes `file`, whose header is complete, without its fast path.
+void readPlyByRPly(const PlyHeader& header, std::string_view file, std::string_view path, Mesh& mesh, float scale);
 
 } // namespace Velmar

@@ -4,6 +4,7 @@
 #include "mesh/Mesh.h"
 #include "mesh/MeshBuilder.h"
 #include "mesh/MeshReaders.h"
+#include "mesh/PlainPly.h"
 #include "mesh/PlyInput.h"
 #include "utils/MappedFile.h"
 #include "utils/System.h"
@@ -279,15 +280,19 @@ void loadPLY(std::string_view path, Mesh& mesh, float scale) {
         throwBadHeader();
     }
 
+    if (!readPlainPly(header, file->getText(), mesh, scale)) readPlyByRPly(header, file->getText(), path, mesh, scale);
+}
+
+void readPlyByRPly(const PlyHeader& header, std::string_view file, std::string_view path, Mesh& mesh, float scale) {
     // RPly reads the numbers of text files by the C runtime.
     const PlainNumericLocale locale;
     PlyRun run(mesh, scale);
-    PlyFileStream stream(header, file->getText());
+    PlyFileStream stream(header, file);
     const PlyHandle ply = openPly(stream, onError, &run);
     if (ply == nullptr) throwNotOpened(path);
     if (!readPlyHeader(ply.get())) throwBadHeader();
 
-    setCallbacks(ply.get(), run, header.ascii, file->getText().size() - header.body_offset);
+    setCallbacks(ply.get(), run, header.isAscii(), file.size() - header.body_offset);
     const bool complete = ply_read(ply.get()) != 0 && addTakenTriangles(run) == go_on;
     if (run.failure != nullptr) std::rethrow_exception(run.failure);
     if (!complete) throw Velmar::Exception("read of body failed.");

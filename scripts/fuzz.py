@@ -23,6 +23,7 @@ ENDINGS = {
     "ObjFuzz": [".obj"],
     "MtlFuzz": [".mtl"],
     "PlyFuzz": [".ply"],
+    "PlainPlyFuzz": [".ply"],
     "StlFuzz": [".stl"],
     "ParserFuzz": [".obj", ".mtl", ".stl"],
     "VmmeshFuzz": [".vmmesh"],

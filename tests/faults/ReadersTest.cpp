@@ -124,6 +124,15 @@ class FailingReader : public testing::Test {
                                 }});
     }
 
+    /// The same file with its coordinates in another order, which the fast path leaves to RPly.
+    static std::string leftToRPly(std::string ply) {
+        constexpr std::string_view declaration = "property float x";
+        const std::size_t at = ply.find(declaration);
+        ply[at + declaration.size() - 1] = 'z';
+        ply[ply.find("property float z", at + declaration.size()) + declaration.size() - 1] = 'x';
+        return ply;
+    }
+
     /// RPly reports missing memory by the same words as a bad file.
     void failEachAllocationOfPly(const std::string& text) const {
         const std::string path = makeFile("a.ply", text);
@@ -198,6 +207,12 @@ TEST_F(FailingReader, OfPlyTextsWithoutALastLineEndTellsOfEveryFailedAllocation)
 
 TEST_F(FailingReader, OfBinaryPlyFilesTellsOfEveryFailedAllocation) {
     failEachAllocationOfPly(plyBinary());
+}
+
+TEST_F(FailingReader, OfPlyFilesLeftToRPlyTellsOfEveryFailedAllocation) {
+    failEachAllocationOfPly(leftToRPly(plyText()));
+    failEachAllocationOfPly(leftToRPly(plyText() + "1"));
+    failEachAllocationOfPly(leftToRPly(plyBinary()));
 }
 
 TEST_F(FailingReader, OfStlTextsTellsOfEveryFailedAllocation) {

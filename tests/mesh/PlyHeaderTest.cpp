@@ -21,7 +21,7 @@ TEST(PlyHeader, KeepsWhatItDeclares) {
     const std::string text = "ply\nformat binary_big_endian 1.0\n" + vertex_element + "end_header\n";
     EXPECT_EQ(rewritten(text + "body"), text);
     const PlyHeader header = parsePlyHeader(text + "body");
-    EXPECT_FALSE(header.ascii);
+    EXPECT_FALSE(header.isAscii());
     EXPECT_EQ(header.body_offset, text.size());
 }
 

@@ -3,6 +3,7 @@
 #include "mesh/Mesh.h"
 #include "mesh/MeshReaders.h"
 #include "tests/support/MeshSupport.h"
+#include "tests/support/PlyPaths.h"
 #include "tests/support/System.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"
@@ -32,7 +33,10 @@ std::string header(int vertices, int faces) {
 
 const std::string square = "0 0 0\n1 0 0\n1 1 0\n0 1 0\n";
 
+/// Also compares the fast path with RPly.
 void loadPlyText(std::string_view text, Mesh& mesh, float scale = 1.0f) {
+    const PlainPly plain = comparePlyPaths(text, scale);
+    EXPECT_TRUE(plain == PlainPly::refused || plain == PlainPly::same_as_rply);
     const TextFile file("model.ply", text);
     loadPLY(file.path(), mesh, scale);
 }
