@@ -16,6 +16,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <xmmintrin.h>
 #include <xxhash.h>
 
 namespace Velmar {
@@ -134,6 +135,12 @@ class MeshBuilder {
     void tryReserveTriangles(std::size_t count) noexcept { triangles.tryReserve(triangles.size() + count); }
 
     std::size_t numVertices() const { return vertices.size(); }
+
+    /// Has the processor fetch vertices, which must exist, because they are needed soon.
+    VELMAR_ALWAYS_INLINE void prefetchVertices(std::size_t a, std::size_t b, std::size_t c) const {
+        for (const std::size_t index : {a, b, c})
+            _mm_prefetch(reinterpret_cast<const char*>(vertices.data() + index), _MM_HINT_T0);
+    }
 
     /// Gives the lists back and has the mesh check itself and compute its bounds. Nothing may be added afterwards.
     /// Throws as `Mesh::build` does.

@@ -17,6 +17,7 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <span>
 #include <utility>
 
 namespace Velmar {
@@ -94,23 +95,44 @@ std::size_t maxInstances(const PlyElement& element, std::size_t body_size, std::
     return std::min(static_cast<std::size_t>(element.count), body_size / std::max<std::size_t>(min_size, 1));
 }
 
-/// The mesh that is filled.
-struct Target {
-    MeshBuilder& mesh;
-    float scale;
+/// The mesh that is filled. Triangles wait until the processor has fetched their vertices, which may be anywhere.
+class Target {
+  public:
+    Target(MeshBuilder& filled, float position_scale) : mesh(filled), scale(position_scale) {}
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
 
-    VELMAR_ALWAYS_INLINE void addVertex(float x, float y, float z) const {
+    void tryReserveVertices(std::size_t count) { mesh.tryReserveVertices(count); }
+    void tryReserveTriangles(std::size_t count) { mesh.tryReserveTriangles(count); }
+
+    VELMAR_ALWAYS_INLINE void addVertex(float x, float y, float z) {
         mesh.addVertex({x * scale, y * scale, z * scale});
     }
 
     /// False if a vertex doesn't exist.
-    VELMAR_ALWAYS_INLINE bool addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c) const {
+    VELMAR_ALWAYS_INLINE bool addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c) {
         const std::size_t count = mesh.numVertices();
         if (a >= count || b >= count || c >= count) [[unlikely]]
             return false;
-        mesh.addTriangleOfVertices({a, b, c}, {0, 0, 0}, 0);
+        mesh.prefetchVertices(a, b, c);
+        waiting[num_waiting++] = {a, b, c};
+        if (num_waiting == waiting.size()) [[unlikely]]
+            addWaiting();
         return true;
     }
+
+    /// Adds the triangles that still wait.
+    void addWaiting() {
+        for (const auto& [a, b, c] : std::span(waiting).first(num_waiting))
+            mesh.addTriangleOfVertices({a, b, c}, {0, 0, 0}, 0);
+        num_waiting = 0;
+    }
+
+  private:
+    MeshBuilder& mesh;
+    float scale;
+    std::size_t num_waiting = 0;
+    std::array<std::array<std::uint32_t, 3>, 64> waiting;
 };
 
 template <class T>
@@ -126,7 +148,7 @@ T reversed(T value) {
 template <bool other_order>
 class BinaryBody {
   public:
-    BinaryBody(std::string_view body, Target filled) : p(body.data()), end(p + body.size()), target(filled) {}
+    BinaryBody(std::string_view body, Target& filled) : p(body.data()), end(p + body.size()), target(filled) {}
 
     bool readVertices(const Plan& plan) {
         const auto& properties = plan.vertices->properties;
@@ -139,7 +161,7 @@ class BinaryBody {
         }
         const auto count = static_cast<std::size_t>(plan.vertices->count);
         if (count > rest() / stride) return false;
-        target.mesh.tryReserveVertices(count);
+        target.tryReserveVertices(count);
 
         std::array<PlyType, 3> types = {};
         for (std::size_t axis = 0; axis < 3; ++axis)
@@ -160,7 +182,7 @@ class BinaryBody {
         const PlyElement& faces = *plan.faces;
         const PlyProperty& list = faces.properties[plan.indices];
         const std::size_t min_list = sizeOf(list.length_type) + 3 * sizeOf(list.type);
-        target.mesh.tryReserveTriangles(maxInstances(faces, rest(), sizeOfScalars(faces) + min_list));
+        target.tryReserveTriangles(maxInstances(faces, rest(), sizeOfScalars(faces) + min_list));
         const bool has_usual_types = list.length_type == PlyType::uint8 && sizeOf(list.type) == 4;
         if (has_usual_types && numLists(faces) == 1) return readUsualFaces(plan);
         return readRecords(faces, plan.indices);
@@ -282,14 +304,14 @@ class BinaryBody {
 
     const char* p;
     const char* end;
-    Target target;
+    Target& target;
 };
 
 // ---- texts ----------------------------------------------------------------------------------------------------------
 
 class TextBody {
   public:
-    TextBody(std::string_view body, Target filled) : p(body.data()), target(filled) {
+    TextBody(std::string_view body, Target& filled) : p(body.data()), target(filled) {
         size_left_at_start = body.size();
         if (body.size() < margin)
             continueInTail(body.size());
@@ -301,7 +323,7 @@ class TextBody {
 
     bool readVertices(const Plan& plan) {
         const PlyElement& vertices = *plan.vertices;
-        target.mesh.tryReserveVertices(maxInstances(vertices, size_left_at_start, 2 * vertices.properties.size()));
+        target.tryReserveVertices(maxInstances(vertices, size_left_at_start, 2 * vertices.properties.size()));
         float numbers[4] = {};
         const std::vector<Step> steps = stepsOf(vertices, plan);
         for (long i = 0; i < vertices.count; ++i) {
@@ -314,7 +336,7 @@ class TextBody {
 
     bool readFaces(const Plan& plan) {
         const std::size_t min_size = 2 * (plan.faces->properties.size() + 3);
-        target.mesh.tryReserveTriangles(maxInstances(*plan.faces, size_left_at_start, min_size));
+        target.tryReserveTriangles(maxInstances(*plan.faces, size_left_at_start, min_size));
         return takeAll(*plan.faces, stepsOf(*plan.faces, plan));
     }
 
@@ -554,7 +576,7 @@ class TextBody {
     /// So many bytes as `margin` are readable from here on.
     const char* last_far_from_end = nullptr;
     std::size_t size_left_at_start = 0;
-    Target target;
+    Target& target;
     std::array<char, 2 * margin> tail;
 };
 
@@ -573,7 +595,7 @@ bool readBody(Body&& body, const PlyHeader& header, const Plan& plan) {
     return true;
 }
 
-bool readElements(const PlyHeader& header, const Plan& plan, std::string_view body, Target target) {
+bool readElements(const PlyHeader& header, const Plan& plan, std::string_view body, Target& target) {
     static_assert(std::endian::native == std::endian::little);
     switch (header.format) {
     case PlyFormat::ascii:
@@ -594,7 +616,9 @@ bool readPlainPly(const PlyHeader& header, std::string_view file, Mesh& mesh, fl
     if (!plan) return false;
     {
         MeshBuilder builder(mesh);
-        if (readElements(header, *plan, file.substr(header.body_offset), {builder, scale})) {
+        Target target(builder, scale);
+        if (readElements(header, *plan, file.substr(header.body_offset), target)) {
+            target.addWaiting();
             builder.build();
             return true;
         }

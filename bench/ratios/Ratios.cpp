@@ -1,0 +1,192 @@
+/// Compares the readers with other libraries on the same files, in both builds.
+///
+/// Usage: bench_ratios [ROUNDS [FILTER]]
+///
+/// Prints a Markdown table of the shortest processor times of ROUNDS (10) rounds, in which each reader reads each file
+/// in turn, for the files whose names contain FILTER.
+
+#include "bench/support/BenchMesh.h"
+#include "bench/support/MeshTexts.h"
+#include "mesh/Mesh.h"
+#include "mesh/MeshReaders.h"
+#include "mesh/PlyInput.h"
+
+#ifdef VELMAR_BENCH_ASSIMP
+#include <assimp/Importer.hpp>
+#include <assimp/scene.h>
+#endif
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <limits>
+#include <rply.h>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#define TINYOBJLOADER_IMPLEMENTATION
+#include <tiny_obj_loader.h>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <ctime>
+#endif
+
+using namespace BenchSupport;
+using Velmar::Mesh;
+
+namespace {
+
+/// The processor time of the process.
+double processorSeconds() {
+#ifdef _WIN32
+    FILETIME created;
+    FILETIME ended;
+    FILETIME kernel;
+    FILETIME user;
+    GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user);
+    const auto ticksOf = [](const FILETIME& time) {
+        return static_cast<double>(std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime);
+    };
+    return (ticksOf(kernel) + ticksOf(user)) * 1e-7;
+#else
+    timespec time;
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+#endif
+}
+
+/// Windows counts processor time in ticks of some ten milliseconds, so each measurement lasts many.
+#ifdef _WIN32
+constexpr double min_seconds = 0.5;
+#else
+constexpr double min_seconds = 0;
+#endif
+
+double secondsOf(const std::function<void()>& work) {
+    int repetitions = 0;
+    const double start = processorSeconds();
+    double taken = 0;
+    do {
+        work();
+        ++repetitions;
+        taken = processorSeconds() - start;
+    } while (taken < min_seconds);
+    return taken / repetitions;
+}
+
+struct Reader {
+    std::string name;
+    std::function<void(const std::string& path)> read;
+};
+
+void compare(const std::string& name, const std::string& bytes, const std::string& extension,
+             const std::vector<Reader>& readers, int rounds) {
+    const ScratchFile file("velmar_ratios" + extension, bytes);
+    std::vector<double> seconds(readers.size(), std::numeric_limits<double>::infinity());
+    for (int round = 0; round < rounds; ++round)
+        for (std::size_t i = 0; i < readers.size(); ++i)
+            seconds[i] = std::min(seconds[i], secondsOf([&] { readers[i].read(file.path()); }));
+    for (std::size_t i = 1; i < readers.size(); ++i)
+        std::printf("| %s | %.1f | %.1f ms | %s | %.1f ms | %.2f |\n", name.c_str(),
+                    static_cast<double>(bytes.size()) / 0x100000, 1000 * seconds[0], readers[i].name.c_str(),
+                    1000 * seconds[i], seconds[i] / seconds[0]);
+    std::fflush(stdout);
+}
+
+void readObj(const std::string& path) {
+    Mesh mesh;
+    Velmar::MTLLibrary library;
+    Velmar::loadOBJ(path, mesh, 1.0f, false, library);
+}
+
+void readByTinyObj(const std::string& path) {
+    tinyobj::attrib_t attributes;
+    std::vector<tinyobj::shape_t> shapes;
+    std::vector<tinyobj::material_t> materials;
+    std::string warnings;
+    std::string errors;
+    if (!tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors, path.c_str()))
+        throw std::runtime_error(errors);
+}
+
+void readPly(const std::string& path) {
+    Mesh mesh;
+    Velmar::loadPLY(path, mesh, 1.0f);
+}
+
+/// A file read as RPly itself does.
+class StdioStream final : public Velmar::PlyStream {
+  public:
+    explicit StdioStream(const std::string& path) : file(std::fopen(path.c_str(), "rb")) {}
+    ~StdioStream() override { std::fclose(file); }
+
+    std::size_t read(char* to, std::size_t size) noexcept override { return std::fread(to, 1, size, file); }
+
+  private:
+    std::FILE* file;
+};
+
+/// With empty callbacks.
+void readByRPly(const std::string& path) {
+    StdioStream stream(path);
+    const Velmar::PlyHandle ply = Velmar::openPly(stream, nullptr, nullptr);
+    const auto ignore = [](p_ply_argument) { return 1; };
+    ply_read_header(ply.get());
+    for (const char* axis : {"x", "y", "z"})
+        ply_set_read_cb(ply.get(), "vertex", axis, ignore, nullptr, 0);
+    ply_set_read_cb(ply.get(), "face", "vertex_indices", ignore, nullptr, 0);
+    if (ply_read(ply.get()) == 0) throw std::runtime_error("RPly failed");
+}
+
+void readStl(const std::string& path) {
+    Mesh mesh;
+    Velmar::loadSTL(path, mesh, 1.0f);
+}
+
+/// One large read into a buffer that is kept.
+void readBytes(const std::string& path) {
+    static std::vector<char> buffer;
+    buffer.resize(static_cast<std::size_t>(std::filesystem::file_size(path)));
+    std::FILE* const file = std::fopen(path.c_str(), "rb");
+    if (std::fread(buffer.data(), 1, buffer.size(), file) != buffer.size()) throw std::runtime_error("fread failed");
+    std::fclose(file);
+}
+
+void compareOn(const std::string& mesh_name, const Mesh& mesh, std::string_view filter, int rounds) {
+    const auto run = [&](const std::string& file, const auto& make, const char* extension,
+                         std::vector<Reader> readers) {
+        const std::string name = file + ", " + mesh_name;
+        readers.push_back({"`fread`", readBytes});
+        if (name.find(filter) != std::string::npos) compare(name, make(), extension, readers, rounds);
+    };
+    run("OBJ, `v`, `f`", [&] { return makeObjText(mesh, ObjCorners::positions_only); }, ".obj",
+        {{"ours", readObj}, {"tinyobjloader", readByTinyObj}});
+    run("OBJ, `v`, `vt`, `vn`, `f`", [&] { return makeObjText(mesh, ObjCorners::positions_uvs_normals); }, ".obj",
+        {{"ours", readObj}, {"tinyobjloader", readByTinyObj}});
+    run("PLY, binary", [&] { return makeBinaryPly(mesh); }, ".ply", {{"ours", readPly}, {"RPly", readByRPly}});
+    run("PLY, text", [&] { return makePlyText(mesh); }, ".ply", {{"ours", readPly}, {"RPly", readByRPly}});
+    std::vector<Reader> stl = {{"ours", readStl}};
+#ifdef VELMAR_BENCH_ASSIMP
+    stl.push_back({"assimp", [](const std::string& path) {
+                       Assimp::Importer importer;
+                       if (importer.ReadFile(path, 0) == nullptr) throw std::runtime_error(importer.GetErrorString());
+                   }});
+#endif
+    run(
+        "STL, text", [&] { return makeStlText(mesh); }, ".stl", stl);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const int rounds = argc > 1 ? std::atoi(argv[1]) : 10;
+    const std::string_view filter = argc > 2 ? argv[2] : "";
+    std::printf("| file | MiB | ours | compared with | its time | ratio |\n|---|---|---|---|---|---|\n");
+    compareOn("bunny", noisyBunny(), filter, rounds);
+    compareOn("square", wavySquare(), filter, rounds);
+}
