@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <system_error>
+#include <vector>
 
 namespace Velmar {
 
@@ -152,6 +153,9 @@ void ElementReader::parseInteger(const xml_node& child, Integer& field) {
     std::string_view rest = text;
     if (!takeNumber(rest, field) || !rest.empty())
         source.fail(child, quoted(text) + " is no whole number, or beyond 32 bits");
+    if (!source.wants_numbers) return;
+    const auto number = static_cast<double>(field);
+    source.noteNumbers(child, std::span(&number, 1));
 }
 
 void ElementReader::parse(const xml_node& child, std::int32_t& field) {
@@ -162,17 +166,17 @@ void ElementReader::parse(const xml_node& child, std::uint32_t& field) {
     parseInteger(child, field);
 }
 
-template <class Number>
-void ElementReader::parseNumbers(const xml_node& child, std::span<Number> numbers) {
+void ElementReader::parseNumbers(const xml_node& child, std::span<double> numbers) {
     const std::string_view text = source.getValue(child);
     std::string_view rest = text;
-    for (Number& number : numbers)
+    for (double& number : numbers)
         if (!takeNumber(rest, number))
             source.fail(child,
                         quoted(trimmed(text)) +
                             (numbers.size() == 1 ? " is no number, or out of range"
                                                  : " isn't a list of " + std::to_string(numbers.size()) + " numbers"));
     if (!trimmed(rest).empty()) source.fail(child, quoted(trimmed(rest)) + " after the last number");
+    if (source.wants_numbers) source.noteNumbers(child, numbers);
 }
 
 void ElementReader::parse(const xml_node& child, double& field) {
@@ -239,6 +243,10 @@ void ElementReader::numbers(std::string_view name, Vector<float>& field) {
         float number = 0.0f;
         if (!takeNumber(rest, number)) source.fail(found, quoted(text) + " isn't a list of numbers");
         field.push_back(number);
+    }
+    if (source.wants_numbers) {
+        const std::vector<double> numbers(field.begin(), field.end());
+        source.noteNumbers(found, numbers);
     }
     markRead(found);
 }

@@ -27,8 +27,10 @@ class ElementSource {
     /// Throws `SceneDocumentError` for the place of `element`.
     [[noreturn]] void fail(const pugi::xml_node& element, const std::string& fault);
     virtual SceneDocumentError makeError(const pugi::xml_node& element, const std::string& fault) = 0;
-    /// Told of what nothing reads.
+    /// Receives what nothing reads.
     virtual void noteUnknown(const pugi::xml_node& element) = 0;
+    /// Receives the numbers of each value, if `wants_numbers`.
+    virtual void noteNumbers(const pugi::xml_node& element, std::span<const double> numbers) = 0;
 
     /// The text of an element: from the `<` of its first tag to the `>` of its last.
     std::string_view getOuterText(const pugi::xml_node& element);
@@ -39,6 +41,8 @@ class ElementSource {
 
     /// The characters of an element. Valid until the next call.
     std::string_view getValue(const pugi::xml_node& element);
+
+    bool wants_numbers = false;
 
   protected:
     ~ElementSource() = default;
@@ -192,8 +196,7 @@ class ElementReader {
     void parse(const pugi::xml_node& child, Vec3d& field);
     void parse(const pugi::xml_node& child, String& field);
     void parse(const pugi::xml_node& child, double (&field)[9]);
-    template <class Number>
-    void parseNumbers(const pugi::xml_node& child, std::span<Number> numbers);
+    void parseNumbers(const pugi::xml_node& child, std::span<double> numbers);
     template <class Integer>
     void parseInteger(const pugi::xml_node& child, Integer& field);
 

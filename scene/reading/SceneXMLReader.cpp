@@ -83,7 +83,9 @@ NodeType getForeignType(std::string_view element) {
 
 class DocumentReader final : public ElementSource {
   public:
-    DocumentReader(std::string_view text_, const SceneReadRequest& request_) : request(request_), text(text_) {}
+    DocumentReader(std::string_view text_, const SceneReadRequest& request_) : request(request_), text(text_) {
+        wants_numbers = request.listener != nullptr;
+    }
 
     Reference<SceneNodeRoot> read() {
         try {
@@ -110,9 +112,14 @@ class DocumentReader final : public ElementSource {
         return makeErrorAt(getOffset(element), fault);
     }
 
+    void noteNumbers(const pugi::xml_node& element, std::span<const double> numbers) override {
+        request.listener->onNumbers(Place(*this, element), numbers);
+    }
+
     void noteUnknown(const pugi::xml_node& element) override {
+        if (request.listener != nullptr) request.listener->onUnknown(Place(*this, element));
         if (request.unknown_elements == nullptr) return;
-        const auto [line, column] = getPlace(getOffset(element));
+        const auto [line, column] = getLine(getOffset(element));
         request.unknown_elements->push_back({line, column, element.name(), element.parent().name()});
     }
 
@@ -190,6 +197,7 @@ class DocumentReader final : public ElementSource {
             nodes.push_back(Reference<SceneNode>(node.getPointer()));
         }
         elements.finish();
+        if (request.listener != nullptr) request.listener->onNode(*nodes.back(), getOffset(element));
     }
 
     /// Copies the part with line feeds as its only line ends. Returns the size.
@@ -208,27 +216,45 @@ class DocumentReader final : public ElementSource {
 
     // ---- places
 
+    class Place final : public ReadElement {
+      public:
+        Place(const DocumentReader& reader_, const pugi::xml_node& element_) : reader(reader_), element(element_) {
+            name = element.name();
+            parent = element.parent().name();
+        }
+        std::size_t getOffset() const override { return reader.getOffset(element); }
+
+      private:
+        const DocumentReader& reader;
+        const pugi::xml_node& element;
+    };
+
     /// The offset in the file of an offset in the part.
     std::size_t getOffsetInFile(std::size_t offset) const {
         if (!has_line_pairs) return std::min(part_start + offset, text.size());
-        std::size_t at = part_start;
-        for (; at < part_end; ++at) {
-            if (text[at] == '\r' && at + 1 < part_end && text[at + 1] == '\n') continue;
-            if (offset-- == 0) break;
+        // Mostly a little after the last one.
+        if (last_part != part_start || offset < last_offset) {
+            last_part = last_place = part_start;
+            last_offset = 0;
         }
-        return at;
+        for (; last_place < part_end; ++last_place) {
+            if (text[last_place] == '\r' && last_place + 1 < part_end && text[last_place + 1] == '\n') continue;
+            if (last_offset == offset) break;
+            ++last_offset;
+        }
+        return last_place;
     }
 
     std::size_t getOffset(const pugi::xml_node& element) const {
         return getOffsetInFile(static_cast<std::size_t>(std::max<std::ptrdiff_t>(element.offset_debug() - 1, 0)));
     }
 
-    struct Place {
-        std::size_t line;
+    struct Line {
+        std::size_t number;
         std::size_t column;
     };
 
-    Place getPlace(std::size_t offset) const {
+    Line getLine(std::size_t offset) const {
         const std::string_view before = text.substr(0, offset);
         const auto line_start = before.rfind('\n') + 1;
         const auto isFirstByte = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
@@ -238,7 +264,7 @@ class DocumentReader final : public ElementSource {
     }
 
     SceneDocumentError makeErrorAt(std::size_t offset, const std::string& fault) const {
-        const auto [line, column] = getPlace(offset);
+        const auto [line, column] = getLine(offset);
         return SceneDocumentError(toStdString(request.path), line, column, fault);
     }
 
@@ -278,6 +304,10 @@ class DocumentReader final : public ElementSource {
     bool has_line_pairs = false;
     std::size_t part_start = 0;
     std::size_t part_end = 0;
+    /// The last offset of a part that was looked for in the file, and its place.
+    mutable std::size_t last_part = std::string_view::npos;
+    mutable std::size_t last_offset = 0;
+    mutable std::size_t last_place = 0;
     std::size_t plain_part_start = std::string_view::npos;
     std::string plain_part;
     std::vector<char> buffer;

@@ -5,6 +5,7 @@
 #include "scene/SceneNodeRoot.h"
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +37,38 @@ struct UnknownElement {
     std::string parent;
 };
 
+/// An element while it is read.
+class ReadElement {
+  public:
+    std::string_view name;
+    /// Of the element that it is in.
+    std::string_view parent;
+
+    /// Where it begins in the file.
+    virtual std::size_t getOffset() const = 0;
+
+  protected:
+    ~ReadElement() = default;
+};
+
+/// Follows a document while it is read, in the order in which it is read.
+class ReadingListener {
+  public:
+    ReadingListener() = default;
+    ReadingListener(const ReadingListener&) = delete;
+    ReadingListener& operator=(const ReadingListener&) = delete;
+
+    /// The numbers of a value: one, three of a vector, nine of a matrix, or those of a list.
+    virtual void onNumbers(const ReadElement& element, std::span<const double> numbers) = 0;
+    /// A node with all its values, before it is in the scene, and where its element begins.
+    virtual void onNode(const SceneNode& node, std::size_t offset) = 0;
+    /// An element that isn't read.
+    virtual void onUnknown(const ReadElement& element) = 0;
+
+  protected:
+    ~ReadingListener() = default;
+};
+
 /// What is asked of `readSceneXML`.
 struct SceneReadRequest {
     /// The document, UTF-8.
@@ -44,6 +77,8 @@ struct SceneReadRequest {
     bool load_meshes = false;
     /// Receives what isn't read; null for not asked.
     std::vector<UnknownElement>* unknown_elements = nullptr;
+    /// Not owned; null for none.
+    ReadingListener* listener = nullptr;
 };
 
 /// Reads a document that `writeSceneFile` wrote, or one like it. Elements may be in any order; what isn't there keeps

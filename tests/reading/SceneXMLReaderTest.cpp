@@ -163,6 +163,53 @@ TEST(SceneXMLReader, UnknownElementsAreReportedAndHarmless) {
     EXPECT_EQ(static_cast<const SceneNodeCamera&>(*root->getNodeByUID(1)).up.z, 2.0);
 }
 
+namespace {
+
+class Log final : public ReadingListener {
+  public:
+    explicit Log(std::string_view document_) : document(document_) {}
+
+    void onNumbers(const ReadElement& element, std::span<const double> numbers) override {
+        add(element);
+        for (const double number : numbers)
+            text += " " + std::to_string(static_cast<int>(number));
+    }
+    void onNode(const SceneNode& node, std::size_t offset) override {
+        text += "\nnode " + std::to_string(node.getUID()) + " at " + std::string(document.substr(offset, 5));
+    }
+    void onUnknown(const ReadElement& element) override {
+        text += "\nunknown";
+        add(element);
+    }
+
+    std::string text;
+
+  private:
+    void add(const ReadElement& element) {
+        text += "\n" + std::string(element.parent) + "/" + std::string(element.name) + " at " +
+                std::string(document.substr(element.getOffset(), 4));
+    }
+
+    std::string_view document;
+};
+
+} // namespace
+
+TEST(SceneXMLReader, AListenerFollowsValuesNodesAndUnknownElements) {
+    const std::string document = "<scene>\r\n<camera>\r\n<up>1 2 3</up><uid>5</uid><name>c</name><odd/></camera>\r\n"
+                                 "<curve1d><name>x</name>\r\n<knots>7 8</knots></curve1d></scene>";
+    Log log(document);
+    SceneReadRequest request;
+    request.listener = &log;
+    parseSceneXML(document, request);
+    EXPECT_EQ(log.text, "\ncamera/uid at <uid 5"
+                        "\ncamera/up at <up> 1 2 3"
+                        "\nunknown\ncamera/odd at <odd"
+                        "\nnode 5 at <came"
+                        "\ncurve1d/knots at <kno 7 8"
+                        "\nnode 4294967295 at <curv");
+}
+
 TEST(SceneXMLReader, NodesOfOneUIDAllStay) {
     const auto root = parse(scene(tonemapping + tonemapping));
     EXPECT_EQ(root->children().size(), 2u);
