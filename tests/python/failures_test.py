@@ -127,7 +127,7 @@ print(mesh.num_vertices, len(scene.nodes))
                 ("short.vmmesh", "", ""),
                 ("bad.ply", "no ply", ""),
                 ("face.ply", ply + "element face 1\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n3 0 0 7\n",
-                 "A face names"),
+                 "a face that refers to vertex 7 of 1"),
                 ("bad.stl", "x", ""),
                 ("bad.obj", "v 0 0 0\nf 1 2 3\n", "")):
             self.write(name, content)
