@@ -74,9 +74,16 @@ class Interrupted(ToolTest):
     def run_and_kill(self, command, moment, number):
         process = subprocess.Popen(COMMAND + command, cwd=self.folder, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL)
+        if EMULATOR:
+            # Wine may wait for ever when Ctrl-C comes while it starts a program.
+            while process.poll() is None and not any("-partial-" in file for file in self.files()):
+                time.sleep(0.002)
         time.sleep(moment)
         process.send_signal(number)
-        return process.wait(timeout=60)
+        try:
+            return process.wait(timeout=60)
+        finally:
+            process.kill()
 
     def expect_old_or_new(self, command, targets):
         """However early or late it is killed, each target is as before or as after, and no other file is left."""
