@@ -42,6 +42,9 @@ install(DIRECTORY cpp/velmar DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MAT
 install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" FILES_MATCHING
         PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
 install(FILES python/pyproject.toml python/README.md DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python")
+# The package for C#, as sources with a project file.
+install(DIRECTORY csharp/Velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/csharp" FILES_MATCHING
+        PATTERN "*.cs" PATTERN "*.csproj" PATTERN "bin" EXCLUDE PATTERN "obj" EXCLUDE)
 # For authors of other bindings.
 install(DIRECTORY api/functions DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar" FILES_MATCHING PATTERN "*.toml")
 
@@ -84,6 +87,8 @@ if(TARGET VelmarAPI_msvc)
             FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
     install(DIRECTORY api/functions DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar" ${velmar_msvc}
             FILES_MATCHING PATTERN "*.toml")
+    install(DIRECTORY csharp/Velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/csharp" ${velmar_msvc} FILES_MATCHING
+            PATTERN "*.cs" PATTERN "*.csproj" PATTERN "bin" EXCLUDE PATTERN "obj" EXCLUDE)
     install(DIRECTORY python/velmar DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python" ${velmar_msvc} FILES_MATCHING
             PATTERN "*.py" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
     install(FILES python/pyproject.toml python/README.md DESTINATION "${CMAKE_INSTALL_DATADIR}/velmar/python"

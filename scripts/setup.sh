@@ -14,6 +14,7 @@ packages=(
     googletest libpugixml-dev libeigen3-dev pkgconf llvm locales                           # the tests
     libbenchmark-dev libfast-float-dev libtinyobjloader-dev libassimp-dev                  # benchmarks and comparisons
     python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package
+    mono-mcs mono-runtime                                                                  # the package for C#
     glmark2-data assimp-testmodels                                                         # real models
 )
 

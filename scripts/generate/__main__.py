@@ -11,6 +11,7 @@ import sys
 
 import c_interface
 import cpp_binding
+import csharp_binding
 import kit
 import layouts
 import microsoft
@@ -26,7 +27,7 @@ GENERATED_FOLDERS = ["docs/api", "include/velmarapi"]
 def generated() -> dict[str, str]:
     table = load()
     files: dict[str, str] = {}
-    for output in (c_interface, cpp_binding, kit, layouts, microsoft, pages, python_binding, setting_defaults):
+    for output in (c_interface, cpp_binding, csharp_binding, kit, layouts, microsoft, pages, python_binding, setting_defaults):
         files.update(output.files(table))
     return files
 

@@ -13,7 +13,7 @@ import xml.etree.ElementTree
 
 CMAKE, BUILD, SOURCE, WORK, TOOLCHAIN, EMULATOR, C_COMPILER, CXX_COMPILER = sys.argv[1:9]
 SOURCE, WORK = pathlib.Path(SOURCE), pathlib.Path(WORK)
-INSTALLED, HOSTS = WORK / "installed", WORK / "hosts"
+INSTALLED, HOSTS, CSHARP = WORK / "installed", WORK / "hosts", WORK / "csharp"
 
 
 def run(*command, folder=WORK):
@@ -40,19 +40,32 @@ def setUpModule():
         options += [f"-DCMAKE_C_COMPILER={C_COMPILER}", f"-DCMAKE_CXX_COMPILER={CXX_COMPILER}"]
     must_run(CMAKE, "-G", "Ninja", "-S", SOURCE, "-B", HOSTS, *options)
     must_run(CMAKE, "--build", HOSTS)
+    if not EMULATOR:
+        CSHARP.mkdir()
+        sources = sorted((INSTALLED / "share/velmar/csharp/Velmar").glob("*.cs"))
+        must_run("mcs", "-unsafe", "-target:library", f"-out:{CSHARP / 'Velmar.dll'}", *sources)
+        must_run("mcs", f"-r:{CSHARP / 'Velmar.dll'}", f"-out:{CSHARP / 'Scene.exe'}", SOURCE / "kit" / "Scene.cs")
 
 
 def host(name):
     """The command that runs an example."""
     if name == "python":
         return [sys.executable, SOURCE / "python" / "scene.py", INSTALLED / "lib" / "libVelmarAPI.so"]
-    program = HOSTS / f"scene_in_{name}"
+    if name == "kit_python":
+        return ["env", f"PYTHONPATH={INSTALLED / 'share/velmar/python'}", "PYTHONDONTWRITEBYTECODE=1", sys.executable,
+                SOURCE / "kit" / "scene.py"]
+    if name == "kit_csharp":
+        return ["env", f"LD_LIBRARY_PATH={INSTALLED / 'lib'}", "mono", CSHARP / "Scene.exe"]
+    name = name.replace("kit_", "with_kit_in_") if name.startswith("kit_") else f"in_{name}"
+    program = HOSTS / f"scene_{name}"
     return [EMULATOR, program.with_suffix(".exe")] if EMULATOR else [program]
 
 
 class Examples(unittest.TestCase):
     # Loading a library needs a Python of the same system.
-    LANGUAGES = ["c", "cpp"] if EMULATOR else ["c", "cpp", "python"]
+    PLAIN = ["c", "cpp"] if EMULATOR else ["c", "cpp", "python"]
+    WITH_KIT = ["kit_c", "kit_cpp"] if EMULATOR else ["kit_c", "kit_cpp", "kit_python", "kit_csharp"]
+    LANGUAGES = PLAIN + WITH_KIT
 
     def run_host(self, language, *arguments):
         folder = WORK / f"run-{language}-{self._testMethodName}"
@@ -90,7 +103,17 @@ class Examples(unittest.TestCase):
             (folder / "scene.xml").mkdir(parents=True)
             code, output = run(*host(language), folder=folder)
             self.assertEqual(code, 1, language)
-            self.assertIn("scene.xml couldn't be written\n", output)
+            wanted = "Failed to replace file 'scene.xml'" if language in self.WITH_KIT else "scene.xml couldn't be written\n"
+            self.assertIn(wanted, output)
+
+    def test_hosts_with_the_kit_report_the_failure_of_a_mesh(self):
+        for language in self.WITH_KIT:
+            folder = WORK / f"run-{language}-{self._testMethodName}"
+            folder.mkdir()
+            (folder / "scene_meshes").write_text("in the way")
+            code, output = run(*host(language), folder=folder)
+            self.assertEqual(code, 1, language)
+            self.assertIn("Failed to open file 'scene_meshes\\mesh_", output, language)
 
     def test_cpp_catches_the_failure_of_a_mesh_by_its_type(self):
         folder = WORK / f"run-{self._testMethodName}"
