@@ -5,6 +5,7 @@ Usage: examples_test.py CMAKE BUILD SOURCE WORK TOOLCHAIN EMULATOR C_COMPILER CX
 TOOLCHAIN and EMULATOR are empty for the native build.
 """
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -114,6 +115,33 @@ class Examples(unittest.TestCase):
             code, output = run(*host(language), folder=folder)
             self.assertEqual(code, 1, language)
             self.assertIn("Failed to open file 'scene_meshes\\mesh_", output, language)
+
+    @unittest.skipIf(EMULATOR, "needs interpreters of that system")
+    def test_the_programs_of_the_page_run_and_report_what_fails(self):
+        page = (SOURCE.parent / "docs" / "bindings.md").read_text(encoding="utf-8")
+        folder = WORK / "page"
+        folder.mkdir()
+        for language, name in (("cpp", "host.cpp"), ("python", "host.py"), ("csharp", "Host.cs")):
+            program = re.search(rf"^```{language}\n(.*?)^```$", page, re.M | re.S).group(1)
+            (folder / name).write_text(program, encoding="utf-8")
+        must_run(CXX_COMPILER, "-std=c++20", "-Wall", "-Wextra", "-Werror", folder / "host.cpp", f"-I{INSTALLED / 'include'}",
+                 f"-L{INSTALLED / 'lib'}", f"-Wl,-rpath,{INSTALLED / 'lib'}", "-lvelmarkit", "-o", folder / "host")
+        must_run("mcs", f"-r:{CSHARP / 'Velmar.dll'}", f"-out:{folder / 'Host.exe'}", folder / "Host.cs")
+        shutil.copy(CSHARP / "Velmar.dll", folder)
+        hosts = {"cpp": [folder / "host"],
+                 "python": [*host("kit_python")[:-1], folder / "host.py"],
+                 "csharp": ["env", f"LD_LIBRARY_PATH={INSTALLED / 'lib'}", "mono", folder / "Host.exe"]}
+        for command in hosts.values():
+            code, output = run(*command, folder=folder)
+            self.assertEqual(code, 1, output)
+            self.assertIn("Failed to open file 'bunny.obj': No such file or directory", output)
+        (folder / "bunny.obj").write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n")
+        for command in hosts.values():
+            code, output = run(*command, folder=folder)
+            self.assertEqual(code, 0, output)
+            scene = xml.etree.ElementTree.parse(folder / "bunny.xml").getroot()
+            self.assertEqual(len(scene.findall("model2")), 1)
+            (folder / "bunny.xml").unlink()
 
     def test_cpp_catches_the_failure_of_a_mesh_by_its_type(self):
         folder = WORK / f"run-{self._testMethodName}"
