@@ -23,7 +23,7 @@ class JsonWriter {
     void addNull(std::string_view key);
 
     const std::string& getText() const { return text; }
-    /// Returns what was written and goes on with nothing, so that long texts needn't be kept.
+    /// Returns what was written and starts again with nothing, so that long texts needn't be kept.
     std::string take();
 
   private:

@@ -7,8 +7,8 @@
 #include <string_view>
 
 /// A file in the making: written under another name in the same folder, which no other process uses, and renamed when
-/// it is whole. Until then an existing file stays. Neither a failure nor an interrupt (Ctrl-C, SIGTERM) leaves anything
-/// behind. Of two processes that write one file, the later one wins whole.
+/// it is whole. Until then an existing file stays. A failure or an interrupt (Ctrl-C, SIGTERM) leaves no other file.
+/// Of two processes that write one file, the later one wins whole.
 class OutputFile {
   public:
     /// A symbolic link at `path` is followed. Throws `Failure` when no file can be made there or when an existing one

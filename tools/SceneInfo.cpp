@@ -160,7 +160,7 @@ class SceneInfo {
         const bool is_absolute = FileUtils::join("folder", name) == name;
         if (is_absolute) return {name};
         std::vector<std::string> places = {folder + name};
-        // A document behind a link was written where it is.
+        // A document that a link names was written where it is.
         for (const std::string& other : {real_folder + name, name})
             if (std::find(places.begin(), places.end(), other) == places.end()) places.push_back(other);
         return places;

@@ -64,7 +64,7 @@ checksum   {checksum}
     def test_faces_that_refer_to_nothing_are_reported(self):
         self.run_tool("convert", "triangle.obj", "bad.vmmesh", "--plain")
         content = bytearray((self.folder / "bad.vmmesh").read_bytes())
-        # The triangle's record stands before the count of quads at the end.
+        # The triangle's record is before the count of quads at the end.
         content[-32:-28] = struct.pack("<I", 77)
         self.write("bad.vmmesh", bytes(content))
         code, output, errors = self.run_tool("info", "bad.vmmesh")

@@ -37,7 +37,7 @@ class Picture(ToolTest):
         return [[x for x, grey in enumerate(row) if abs(grey - row[0]) > 2] for row in rows]
 
     def box(self, seen):
-        """Left, top, and the pixels behind right and bottom."""
+        """Left, top, and the pixels after right and bottom."""
         filled = [(min(row), y, max(row) + 1) for y, row in enumerate(seen) if row]
         return min(f[0] for f in filled), filled[0][1], max(f[2] for f in filled), filled[-1][1] + 1
 
