@@ -77,6 +77,11 @@ std::int32_t VelmarPreview_SetOption(void* renderer, std::int32_t option, double
     return withJob(renderer, [&](RenderJob& job) { return job.setOption(option, value); });
 }
 
+std::int32_t VelmarPreview_WriteImage(void* renderer, const char* path) {
+    if (path == nullptr) return VELMAR_PREVIEW_ERROR;
+    return withJob(renderer, [&](const RenderJob& job) { return job.writeImage(path); });
+}
+
 std::int32_t VelmarPreview_SetImagePath(void* renderer, const char* path) {
     if (path == nullptr) return VELMAR_PREVIEW_ERROR;
     return withJob(renderer, [&](RenderJob& job) {

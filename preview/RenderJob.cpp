@@ -469,18 +469,23 @@ void RenderJob::savePicture() {
         }
         std::string path = wanted ? *wanted : System::getEnvironment("VELMAR_PREVIEW_IMAGE");
         if (!wanted && path.empty()) path = default_image;
-        if (!path.empty()) {
-            const Picture picture = makePicture(*parts->store, *parts->picture);
-            std::vector<unsigned char> bytes;
-            if (!holdsLinearLight(path)) bytes = parts->tone_mapping->apply(picture);
-            const std::string complaint = writePicture(path, picture, bytes);
-            if (!complaint.empty()) report("'" + path + "': " + complaint);
-            const std::lock_guard<std::mutex> lock(mutex);
-            if (complaint.empty()) ++pictures;
-        }
+        if (path.empty() || !writeImage(path)) return;
+        const std::lock_guard<std::mutex> lock(mutex);
+        ++pictures;
     } catch (const std::bad_alloc&) {
         report("out of memory; a picture isn't written");
     }
+}
+
+bool RenderJob::writeImage(const std::string& path) const {
+    const std::shared_ptr<const Parts> present = getParts();
+    if (present == nullptr) return false;
+    const Picture picture = makePicture(*present->store, *present->picture);
+    std::vector<unsigned char> bytes;
+    if (!holdsLinearLight(path)) bytes = present->tone_mapping->apply(picture);
+    const std::string complaint = writePicture(path, picture, bytes);
+    if (!complaint.empty()) report("'" + path + "': " + complaint);
+    return complaint.empty();
 }
 
 VelmarPreviewProgress RenderJob::getProgress() const {

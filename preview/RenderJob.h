@@ -56,6 +56,8 @@ class RenderJob {
     bool getChannel(const std::string& name, float* values, std::size_t count) const;
     bool setOption(int option, double value);
     void setImagePath(std::string path);
+    /// Writes the picture so far. Returns whether that worked; a reason is reported.
+    bool writeImage(const std::string& path) const;
 
   private:
     using Clock = std::chrono::steady_clock;

@@ -85,6 +85,9 @@ VELMAR_PREVIEW_CALL int32_t VelmarPreview_SetOption(void* renderer, int32_t opti
  */
 VELMAR_PREVIEW_CALL int32_t VelmarPreview_SetImagePath(void* renderer, const char* path);
 
+/** Writes the picture so far to a file, UTF-8, of the same kinds. A file that can't be written is an error. */
+VELMAR_PREVIEW_CALL int32_t VelmarPreview_WriteImage(void* renderer, const char* path);
+
 #ifdef __cplusplus
 }
 #endif

@@ -20,7 +20,7 @@ Preview::Preview(VelmarScene* scene, const PreviewSettings& settings) {
     try {
         VelmarRenderer_InitializeWithScene(renderer, context, owner.get());
         static_cast<void>(owner.release());
-        get<decltype(VelmarPreview_SetImagePath)>("VelmarPreview_SetImagePath")(renderer, settings.image.c_str());
+        get<decltype(VelmarPreview_SetImagePath)>("VelmarPreview_SetImagePath")(renderer, "");
         auto* const set = get<decltype(VelmarPreview_SetOption)>("VelmarPreview_SetOption");
         set(renderer, VELMAR_PREVIEW_SEED, settings.seed);
         set(renderer, VELMAR_PREVIEW_THREADS, settings.threads);
@@ -65,6 +65,10 @@ void Preview::render(const std::function<void(const VelmarPreviewProgress&)>& sh
     VelmarRenderer_Start(renderer);
     while (wait(renderer, period) == 0)
         show(getProgress());
+}
+
+bool Preview::writeImage(const std::string& path) const {
+    return get<decltype(VelmarPreview_WriteImage)>("VelmarPreview_WriteImage")(renderer, path.c_str()) == 0;
 }
 
 VelmarPreviewProgress Preview::getProgress() const {

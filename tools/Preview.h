@@ -11,8 +11,6 @@ struct PreviewSettings {
     /// 0: one for each processor.
     std::uint32_t threads = 0;
     std::uint32_t seed = 0;
-    /// Absolute.
-    std::string image;
 };
 
 /// A render by the preview library in the folder `vs2017_64` beside this program.
@@ -28,6 +26,9 @@ class Preview {
     void render(const std::function<void(const VelmarPreviewProgress&)>& show) const;
 
     VelmarPreviewProgress getProgress() const;
+
+    /// Writes the picture so far to a file whose path is absolute. Returns whether that worked.
+    bool writeImage(const std::string& path) const;
 
   private:
     template <class Function>

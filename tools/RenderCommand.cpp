@@ -63,17 +63,18 @@ void render(const CLI::App& app, const RenderOptions& options) {
     if (scene.isGroundLeftOut()) notes.push_back(ground_left_out);
     const std::string step = stepText(requests.size() + 1, requests.size() + 1) + "rendering " + Text::fileName(image);
     progress.show(step);
-    PreviewSettings preview_settings = options.preview;
-    preview_settings.image = output.getPartialPath();
     VelmarPreviewProgress last{};
+    bool is_written = false;
     {
-        Preview preview(scene.release(), preview_settings);
+        Preview preview(scene.release(), options.preview);
         preview.render([&](const VelmarPreviewProgress& now) { progress.show(step + ": " + describe(now)); });
         last = preview.getProgress();
+        // Written here, not by the threads that render: an interrupt would miss a file that they are about to make.
+        const Interrupts::Deferral deferral;
+        is_written = last.state == VELMAR_PREVIEW_FINISHED && preview.writeImage(output.getPartialPath());
     }
     progress.clear();
-    if (last.state != VELMAR_PREVIEW_FINISHED || last.pictures == 0)
-        throw Failure(image + ": the picture wasn't rendered");
+    if (!is_written) throw Failure(image + ": the picture wasn't rendered");
     output.commit();
     if (options.quiet) return;
     for (const std::string& note : notes)

@@ -314,6 +314,23 @@ TEST(PreviewFiles, RadianceFileIsWritten) {
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), 2) << "the library and the picture alone";
 }
 
+TEST(PreviewFiles, PictureIsWrittenWhenAsked) {
+    PreviewScene scene(4, 2);
+    const PreviewFolder folder;
+    const PreviewRenderer renderer(folder, scene, "");
+    auto* const write = folder.get<decltype(VelmarPreview_WriteImage)>("VelmarPreview_WriteImage");
+    EXPECT_EQ(write(renderer.handle(), "early.pfm"), VELMAR_PREVIEW_ERROR) << "not begun";
+    renderer.start();
+    ASSERT_TRUE(renderer.wait());
+    EXPECT_EQ(renderer.progress().pictures, 0u);
+    EXPECT_EQ(write(renderer.handle(), "asked.pfm"), 0);
+    EXPECT_TRUE(std::filesystem::exists(folder.path("asked.pfm")));
+    EXPECT_EQ(write(renderer.handle(), nullptr), VELMAR_PREVIEW_ERROR);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(write(renderer.handle(), "no such folder/picture.png"), VELMAR_PREVIEW_ERROR);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("'no such folder/picture.png': "), std::string::npos);
+}
+
 TEST(PreviewFiles, PictureThatCannotBeWrittenIsReported) {
     PreviewScene scene(4, 2);
     const PreviewFolder folder;
