@@ -13,7 +13,9 @@
 #include <functional>
 #include <iostream>
 #include <new>
+#include <random>
 #include <string>
+#include <system_error>
 #include <vector>
 
 /// Turns bytes into a sequence of calls of the flat interface that keeps its ownership rules: what a scene or another
@@ -144,16 +146,35 @@ struct Host {
     Host& operator=(const Host&) = delete;
 };
 
+/// A folder of this process, which ends with it.
+class WorkFolder {
+  public:
+    WorkFolder() {
+        std::random_device random;
+        folder = std::filesystem::temp_directory_path() / ("velmar-calls-" + std::to_string(random()));
+        std::filesystem::create_directories(folder);
+    }
+    ~WorkFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+
+    std::string path() const { return folder.string(); }
+
+  private:
+    std::filesystem::path folder;
+};
+
 inline const std::string& workFolder() {
-    static const std::string folder = [] {
+    static const WorkFolder folder;
+    static const std::string path = [] {
         // Setting materials prints a line each time.
         std::cout.setstate(std::ios_base::badbit);
-        const auto path = std::filesystem::temp_directory_path() / "velmar_exports_fuzz";
-        std::filesystem::remove_all(path);
-        std::filesystem::create_directories(path);
-        return path.string();
+        return folder.path();
     }();
-    return folder;
+    return path;
 }
 
 template <class Create>
