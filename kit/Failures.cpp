@@ -1,6 +1,5 @@
 #include "kit/Failures.h"
 
-#include "kit/ThreadSlot.h"
 #include "kit/velmarkit.h"
 #include "velmarexceptions.h"
 

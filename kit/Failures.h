@@ -62,6 +62,12 @@ void store(T* result, Value value) {
     if (result != nullptr) *result = static_cast<T>(value);
 }
 
+/// A block of one thread, released by `std::free` when the thread ends. Made of the system's own slots, because a
+/// compiler's thread_local may allocate, and end the process when memory is exhausted.
+void* getThreadBlock() noexcept;
+/// False when the system has no slot for it; the caller keeps the block then.
+bool setThreadBlock(void* block) noexcept;
+
 /// The text of this thread's last failure.
 const char* lastText() noexcept;
 /// Replaces it by two pieces, with ": " or a space between them as given. Without memory for it a fixed text is kept.

@@ -1,8 +1,36 @@
 #include "kit/Failures.h"
-#include "kit/Lines.h"
 #include "kit/velmarkit.h"
 
+#include "utils/Lines.h"
+
+#include <string>
+
+using namespace Velmar;
 using namespace Velmar::Kit;
+
+namespace {
+
+/// Who receives the lines that the library reports; null for the standard streams.
+struct Receiver {
+    VelmarKitLineCallback callback = nullptr;
+    void* user = nullptr;
+};
+
+Receiver receiver;
+
+void receive(LineStream stream, std::string_view line) {
+    if (line.substr(0, 9) == "Failed to") noteFailureLine();
+    if (receiver.callback == nullptr) return printToStream(stream, {line});
+    receiver.callback(receiver.user, stream == LineStream::error ? 1 : 0, std::string(line).c_str());
+}
+
+/// From the loading of the kit on.
+[[maybe_unused]] const bool is_receiving = [] {
+    setLineSink(receive);
+    return true;
+}();
+
+} // namespace
 
 extern "C" {
 
@@ -38,7 +66,7 @@ const char* VelmarKit_StatusName(int32_t status) {
 }
 
 int32_t VelmarKit_SetLineCallback(VelmarKitLineCallback callback, void* user) {
-    setLineCallback(callback, user);
+    receiver = {callback, user};
     return VELMARKIT_SUCCESS;
 }
 

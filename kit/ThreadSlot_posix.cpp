@@ -1,4 +1,4 @@
-#include "kit/ThreadSlot.h"
+#include "kit/Failures.h"
 
 #include <cstdlib>
 #include <pthread.h>

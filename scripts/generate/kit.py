@@ -45,6 +45,12 @@ FIELDS = {
 #: Functions that the kit implements by functions of its own, because the library's don't report their failures.
 OWN = {"VelmarScene_WriteToXML", "VelmarMesh_WriteToFile", "velmar_write_mesh_to_file", "VelmarContext_Initialize",
        "VelmarRenderer_Create", "VelmarRenderer_UpdateScene", "VelmarBackground_Delete"}
+#: The files of the calls, and the families in each.
+GROUPS = {
+    "Content": ["scene", "mesh", "model", "material", "creators"],
+    "Setting": ["background", "camera", "rendersettings", "tonemapping"],
+    "Rendering": ["context", "renderer"],
+}
 #: What is checked beside each argument by itself.
 CHECKS = {
     "VelmarModel_SetTransformation": "checkKeyFrame(model, index);",
@@ -57,7 +63,7 @@ def files(table: Table) -> dict[str, str]:
     return {
         "kit/velmarkit/calls.h": calls_header(table),
         "kit/velmarkit/getters.h": getters_header(table),
-        "kit/Calls.cpp": calls_source(table),
+        **{f"kit/{name}Calls.cpp": calls_source(table, families) for name, families in GROUPS.items()},
         "kit/Getters.cpp": getters_source(table),
         "kit/VelmarKit.def": export_list(table),
     }
@@ -131,12 +137,14 @@ def guarded(function: Function, statements: list[str]) -> list[str]:
     return [begin, *(f"        {statement}" for statement in statements), "    });"]
 
 
-def calls_source(table: Table) -> str:
-    lines = [f"// {notice()}", "", '#include "kit/Checks.h"', '#include "kit/Failures.h"', '#include "kit/velmarkit.h"',
-             "", '#include "renderer/LibraryCall.h"', "", "using Velmar::callLibrary;", "using namespace Velmar::Kit;", "",
-             'extern "C" {', ""]
+def calls_source(table: Table, families: list[str]) -> str:
+    calls_library = "renderer" in families
+    lines = [f"// {notice()}", "", '#include "kit/Checks.h"', '#include "kit/Failures.h"', '#include "kit/velmarkit.h"', ""]
+    if calls_library:
+        lines += ['#include "renderer/LibraryCall.h"', "", "using Velmar::callLibrary;"]
+    lines += ["using namespace Velmar::Kit;", "", 'extern "C" {', ""]
     for function in table.functions:
-        if function.name in OWN:
+        if function.name in OWN or function.family.name not in families:
             continue
         lines += listed(kit_arguments(function) or ["void"], f"int32_t {kit_name(function.name)}(", ") {")
         lines += [*body(function), "}", ""]
