@@ -74,6 +74,19 @@ const Call calls[] = {
     {"Scene_Create", [](Host& h) { return VelmarKit_Scene_Create(place<VelmarScene>(h)); }},
     {"Mesh_Create", [](Host& h) { return VelmarKit_Mesh_Create(long_name, place<VelmarMesh>(h)); }},
     {"Camera_Create", [](Host& h) { return VelmarKit_Camera_Create(place<VelmarCamera>(h)); }},
+    {"RenderSettings_Create", [](Host& h) { return VelmarKit_RenderSettings_Create(place<VelmarRenderSettings>(h)); }},
+    {"Tonemapping_Create", [](Host& h) { return VelmarKit_Tonemapping_Create(place<VelmarTonemapping>(h)); }},
+    {"Material_CreateNode",
+     [](Host& h) { return VelmarKit_Material_CreateNode(long_name, place<VelmarMaterialNode>(h)); }},
+    {"Material_CreateDiffuse",
+     [](Host&) {
+         VelmarMaterial* made = nullptr;
+         const std::int32_t status = VelmarKit_Material_CreateDiffuse(long_name, 1, 1, 1, &made);
+         VelmarKit_Material_Delete(made);
+         return status;
+     }},
+    {"Background_CreateUniform",
+     [](Host& h) { return VelmarKit_Background_CreateUniform(1, 1, 1, 1, place<VelmarBackground>(h)); }},
     {"Background_CreateSunSky",
      [](Host& h) { return VelmarKit_Background_CreateSunSky(0, 0, 1, long_name, place<VelmarBackground>(h)); }},
     {"Mesh_AddVertices", [](Host& h) { return VelmarKit_Mesh_AddVertices(h.mesh, 3, numbers); }},
@@ -94,6 +107,12 @@ const Call calls[] = {
      [](Host& h) { return VelmarKit_Tonemapping_SetResponseFunctionPath(h.tonemapping, long_name); }},
     {"Scene_AddMesh", [](Host& h) { return VelmarKit_Scene_AddMesh(h.scene, h.mesh); }},
     {"Scene_AddModel", [](Host& h) { return VelmarKit_Scene_AddModel(h.scene, h.model); }},
+    {"Scene_AddMaterial", [](Host& h) { return VelmarKit_Scene_AddMaterial(h.scene, h.node); }},
+    {"Scene_AddCamera", [](Host& h) { return VelmarKit_Scene_AddCamera(h.scene, h.camera); }},
+    {"Scene_AddTonemapping", [](Host& h) { return VelmarKit_Scene_AddTonemapping(h.scene, h.tonemapping); }},
+    {"create_default_material", [](Host& h) { return VelmarKit_create_default_material(h.scene); }},
+    {"create_plane", [](Host& h) { return VelmarKit_create_plane(h.scene); }},
+    {"Mesh_LoadFile", [](Host& h) { return VelmarKit_Mesh_LoadFile(h.path.c_str(), 1, place<VelmarMesh>(h)); }},
     {"Scene_AddGroundPlane", [](Host& h) { return VelmarKit_Scene_AddGroundPlane(h.scene, 0, 1); }},
     {"create_sunsky", [](Host& h) { return VelmarKit_create_sunsky(h.scene); }},
     {"Scene_LoadModel", [](Host& h) { return VelmarKit_Scene_LoadModel(h.scene, h.path.c_str(), 1, nullptr); }},
