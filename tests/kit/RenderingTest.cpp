@@ -73,7 +73,7 @@ TEST_F(KitRendering, CallsReachTheLibrary) {
     EXPECT_THAT(folder.record(), Contains("interface started"));
 }
 
-TEST_F(KitRendering, LibraryThatThrowsWhileItIsSetUpIsAStatus) {
+TEST(KitContext, LibraryThatThrowsWhileItIsSetUpIsAStatus) {
     for (const auto& [variant, text] : {std::pair("throws", "not today"), std::pair("throws_standard", "no room"),
                                         std::pair("throws_bad_cast", "bad_cast"), std::pair("throws_nameless", "")}) {
         const LibraryFolder own;
