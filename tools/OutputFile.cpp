@@ -51,14 +51,17 @@ bool removeWithSiblings(const std::string& path) {
 void removeUnfinished() {
     Unfinished& all = unfinished();
     all.mutex.lock();
-    // The interrupted thread may have a file open for some time, or be about to open it.
+    // The interrupted thread may have a file open for some time, or be about to open it, so that one look isn't enough.
+    // Once its file is closed under it, it fails and waits for the mutex.
     constexpr int max_attempts = 200;
-    for (int attempt = 0; attempt < max_attempts; ++attempt) {
+    constexpr int min_looks = 25;
+    for (int attempt = 0, looks = 0; attempt < max_attempts && looks < min_looks; ++attempt) {
         System::closeAllFiles();
         bool none = true;
         for (const std::string& path : all.files)
             none = removeWithSiblings(path) && none;
-        if (none) break;
+        looks = none ? looks + 1 : 0;
+        if (all.files.empty()) break;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     for (auto folder = all.folders.rbegin(); folder != all.folders.rend(); ++folder)

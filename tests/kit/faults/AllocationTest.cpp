@@ -116,6 +116,8 @@ const Call calls[] = {
     {"Scene_AddGroundPlane", [](Host& h) { return VelmarKit_Scene_AddGroundPlane(h.scene, 0, 1); }},
     {"create_sunsky", [](Host& h) { return VelmarKit_create_sunsky(h.scene); }},
     {"Scene_LoadModel", [](Host& h) { return VelmarKit_Scene_LoadModel(h.scene, h.path.c_str(), 1, nullptr); }},
+    {"Mesh_WriteToFile", [](Host& h) { return VelmarKit_Mesh_WriteToFile(h.mesh, h.document.c_str()); }},
+    {"write_mesh_to_file", [](Host& h) { return VelmarKit_write_mesh_to_file(h.mesh, h.document.c_str()); }},
     {"Scene_WriteToXML", [](Host& h) { return VelmarKit_Scene_WriteToXML(h.scene, h.document.c_str()); }},
 };
 
