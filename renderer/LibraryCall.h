@@ -18,7 +18,8 @@ class LibraryException {
     explicit LibraryException(Carried* held) : carried(held) {}
     LibraryException(const LibraryException& other);
     LibraryException& operator=(const LibraryException&) = delete;
-    ~LibraryException();
+    // Trivial only where no library of another compiler throws.
+    ~LibraryException(); // NOLINT(performance-trivially-destructible)
 
     /// The exception's own text, or the name of its type.
     const char* text() const;

@@ -23,6 +23,8 @@ SceneNodeRoot::~SceneNodeRoot() {
         if (child->getParent() == this) child->setParent(nullptr);
 }
 
+// By value: the caller's may be in the list that grows.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
     const bool is_new = node->getUID() == invalid_uid;
     const UID node_uid = is_new ? next_uid : node->getUID();

@@ -71,7 +71,7 @@ void exportScene(const CLI::App& app, const ExportOptions& options) {
     std::vector<std::string> notes = findIdleOptions(app, options.models, requests);
     const ModelScene models = readModels(requests, progress, options.quiet);
     const SceneBuilder scene(models.content, settings);
-    if (scene.isGroundLeftOut()) notes.push_back(ground_left_out);
+    if (scene.isGroundLeftOut()) notes.emplace_back(ground_left_out);
 
     progress.show(stepText(requests.size() + 1, requests.size() + 1) + "writing " + Text::fileName(scene_path), 0.5);
     const SceneFiles files = options.dry_run ? previewScene(scene, scene_path) : writeScene(scene, *output, scene_path);

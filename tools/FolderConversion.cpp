@@ -111,8 +111,8 @@ void makeFolders(const std::string& folder) {
 
 class FolderConversion {
   public:
-    FolderConversion(std::string input_folder, std::string output_folder, const ConversionSettings& conversion_settings)
-        : input(std::move(input_folder)), output(std::move(output_folder)), settings(conversion_settings),
+    FolderConversion(std::string input_folder, std::string output_folder, ConversionSettings conversion_settings)
+        : input(std::move(input_folder)), output(std::move(output_folder)), settings(std::move(conversion_settings)),
           progress(settings.quiet) {}
 
     /// Returns whether all went well.

@@ -48,7 +48,9 @@ std::string getHeading(const CLI::Option& option) {
 void addCommand(std::string& page, const CLI::App& command) {
     page += ".SH \"VELMAR " + escape(CLI::detail::to_lower(command.get_name())) + "\"\n";
     page += escape(command.get_description()) + '\n';
-    page += ".PP\n\\fBvelmar " + escape(command.get_name()) + "\\fR [\\fIOPTIONS\\fR]";
+    page += ".PP\n"
+            R"(\fBvelmar )" +
+            escape(command.get_name()) + R"(\fR [\fIOPTIONS\fR])";
     const std::vector<const CLI::Option*> options = command.get_options();
     for (const CLI::Option* const option : options)
         if (option->get_positional()) page += " \\fI" + escape(option->get_name(true)) + "\\fR";

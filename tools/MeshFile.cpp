@@ -26,7 +26,7 @@ Velmar::ImportedMesh readMesh(const std::string& path, float scale) {
 void printNotes(const std::string& path, const Velmar::ImportedMesh& imported, bool quiet) {
     if (quiet) return;
     for (const std::string& note : imported.notes)
-        printNote(path + ": " + note);
+        printNote(std::string(path).append(": ").append(note));
 }
 
 void writeMesh(const Velmar::Mesh& mesh, const OutputFile& output, bool compressed) {

@@ -64,8 +64,8 @@ void removeUnfinished() {
         if (all.files.empty()) break;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    for (auto folder = all.folders.rbegin(); folder != all.folders.rend(); ++folder)
-        System::removeDirectory(*folder);
+    std::for_each(all.folders.rbegin(), all.folders.rend(),
+                  [](const std::string& folder) { System::removeDirectory(folder); });
 }
 
 /// Unlike any name that another process uses now.

@@ -193,8 +193,10 @@ Vec3d parsePoint(const std::string& option, const std::string& text) {
         const auto [stop, error] = std::from_chars(at, end, numbers[i]);
         const bool separated = i == 2 ? stop == end : stop != end && *stop == ',';
         if (error != std::errc() || !separated || !std::isfinite(numbers[i]))
-            throw UsageError(option + ": three numbers with commas between are needed, as in 1,0,-2.5, not '" + text +
-                             "'");
+            throw UsageError(std::string(option)
+                                 .append(": three numbers with commas between are needed, as in 1,0,-2.5, not '")
+                                 .append(text)
+                                 .append("'"));
         at = stop + 1;
     }
     return {numbers[0], numbers[1], numbers[2]};

@@ -5,6 +5,7 @@
 #include "mesh/Mesh.h"
 
 #include <cstddef>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,8 +15,10 @@
 
 /// An upright box in the scene.
 struct Box {
-    Velmar::Vec3d min = {Velmar::Mesh::empty_box_min.x, Velmar::Mesh::empty_box_min.y, Velmar::Mesh::empty_box_min.z};
-    Velmar::Vec3d max = {Velmar::Mesh::empty_box_max.x, Velmar::Mesh::empty_box_max.y, Velmar::Mesh::empty_box_max.z};
+    static constexpr double infinity = std::numeric_limits<double>::infinity();
+
+    Velmar::Vec3d min = {infinity, infinity, infinity};
+    Velmar::Vec3d max = {-infinity, -infinity, -infinity};
 
     void add(const Velmar::Vec3d& point);
     void add(const Box& other);

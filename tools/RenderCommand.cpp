@@ -60,7 +60,7 @@ void render(const CLI::App& app, const RenderOptions& options) {
     std::vector<std::string> notes = findIdleOptions(app, options.models, requests);
     const ModelScene models = readModels(requests, progress, options.quiet);
     SceneBuilder scene(models.content, settings);
-    if (scene.isGroundLeftOut()) notes.push_back(ground_left_out);
+    if (scene.isGroundLeftOut()) notes.emplace_back(ground_left_out);
     const std::string step = stepText(requests.size() + 1, requests.size() + 1) + "rendering " + Text::fileName(image);
     progress.show(step);
     VelmarPreviewProgress last{};

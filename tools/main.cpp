@@ -93,7 +93,7 @@ int runTool(const std::vector<std::string>& arguments) {
                                 addConvertCommand(tool), addHelpCommand(tool),   addCompletionCommand(tool),
                                 addManualCommand(tool)};
     const auto chosen = [&] {
-        const auto found =
+        const auto* const found =
             std::find_if(std::begin(commands), std::end(commands), [](const Command& c) { return c.parser->parsed(); });
         return found == std::end(commands) ? nullptr : found;
     };

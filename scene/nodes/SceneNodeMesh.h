@@ -20,7 +20,8 @@ class SceneNodeMesh : public Destroyable<SceneNodeMesh, PlainSceneNode> {
     Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
 
     /// Writes the element, and the mesh file unless it is there: the checksum in its name vouches for its content.
-    /// `mesh` must be set, or `path`, which is then written instead. Throws `VelmarException` when the file or its folder can't be written.
+    /// `mesh` must be set, or `path`, which is then written instead. Throws `VelmarException` when the file or its
+    /// folder can't be written.
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
 
     void traverse(TraversalState& state) override;

@@ -194,7 +194,7 @@ class DocumentReader final : public ElementSource {
             const Reference<ForeignNode> node(new ForeignNode(getForeignType(name)));
             node->element = String(name);
             node->content.text = String(elements.takeTextAfterIdentity(*node));
-            nodes.push_back(Reference<SceneNode>(node.getPointer()));
+            nodes.emplace_back(node.getPointer());
         }
         elements.finish();
         if (request.listener != nullptr) request.listener->onNode(*nodes.back(), getOffset(element));
