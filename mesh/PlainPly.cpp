@@ -1,10 +1,9 @@
-#include "mesh/PlainPly.h"
-
 #include "velmarcompiler.h"
 
 #include "mesh/Mesh.h"
 #include "mesh/MeshBuilder.h"
 #include "mesh/PlainPlyText.h"
+#include "mesh/PlyInput.h"
 #include "mesh/PlyParts.h"
 
 #include <algorithm>

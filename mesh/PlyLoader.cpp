@@ -4,7 +4,6 @@
 #include "mesh/Mesh.h"
 #include "mesh/MeshBuilder.h"
 #include "mesh/MeshReaders.h"
-#include "mesh/PlainPly.h"
 #include "mesh/PlyInput.h"
 #include "utils/MappedFile.h"
 #include "utils/System.h"

@@ -5,12 +5,14 @@
 #include "velmarvec.h"
 #include "velmarvector.h"
 
+#include "scene/NumberText.h"
 #include "scene/SceneNode.h"
 #include "scene/XMLPrimitives.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
@@ -220,6 +222,23 @@ class ElementWriter {
             return true;
     }
 };
+
+inline void ElementWriter::verbatim(std::string_view element, const String& field) {
+    std::string start(depth, '\t');
+    start.append("<").append(element).append("><![CDATA[");
+    stream.write(start);
+    stream.write(field);
+    stream.write(std::string("]]></").append(element).append(">\n"));
+}
+
+inline void ElementWriter::numbers(std::string_view element, const Vector<float>& field) {
+    std::string text;
+    for (const float number : field) {
+        if (!text.empty()) text += ' ';
+        text += NumberText(number).view();
+    }
+    writeStringElement(stream, depth, element, text);
+}
 
 /// Writes the element of `object` as its class describes it.
 template <class Object>

@@ -2,11 +2,13 @@
 
 #include "velmarexceptions.h"
 
+#include "scene/SceneNodeMaterial.h"
 #include "scene/nodes/NodeElements.h"
+#include "scene/nodes/SceneNodeModel.h"
+#include "scene/nodes/SceneNodeSphere.h"
 #include "scene/reading/ElementReader.h"
 #include "scene/reading/ForeignParts.h"
 #include "scene/reading/Markup.h"
-#include "scene/reading/ReferenceBinding.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
@@ -15,6 +17,7 @@
 #include <iterator>
 #include <pugixml.hpp>
 #include <string_view>
+#include <unordered_map>
 
 namespace Velmar {
 
@@ -78,6 +81,86 @@ NodeType getForeignType(std::string_view element) {
     }
     return NodeType::Metadata;
 }
+
+// ---- references
+
+/// Binds the references of a scene that was read, as far as their nodes are there. Unlike a `BindReferences` pass it
+/// never fails: other geometry and lights keep the UID that names nothing, a missing material of a model is replaced by
+/// one outside of the scene, and a missing scatter node by one without an element at the scene's end.
+class ReferenceBinder {
+  public:
+    explicit ReferenceBinder(SceneNodeRoot& root_) : root(root_) {}
+
+    void bind() {
+        // Binding a material may add nodes at the end.
+        for (std::size_t i = 0; i < root.children().size(); ++i) {
+            SceneNode& node = *root.children()[i];
+            if (node.getType() == NodeType::Object)
+                bindModel(static_cast<SceneNodeModel&>(node));
+            else if (node.getType() == NodeType::Sphere)
+                bindMaterial(static_cast<SceneNodeSphere&>(node));
+            else if (node.getType() == NodeType::Material)
+                bindScatterNodes(static_cast<SceneNodeMaterial&>(node));
+        }
+    }
+
+  private:
+    void bindModel(SceneNodeModel& model) {
+        SceneNode* const geometry = root.getNodeByUID(model.geometry_uid);
+        if (geometry != nullptr && isGeometry(geometry->getType())) model.geometry = geometry;
+        model.materials.reserve(model.material_uids.size());
+        for (const UID uid : model.material_uids)
+            model.materials.push_back(getMaterial(uid));
+        // They would only repeat what is bound now.
+        Vector<UID>().swap(model.material_uids);
+        for (const Reference<EmissionScale>& scale : model.emission_scales)
+            bindMaterial(*scale);
+        for (const Reference<IESProfile>& profile : model.ies_profiles)
+            bindMaterial(*profile);
+    }
+
+    template <class Holder>
+    void bindMaterial(Holder& holder) {
+        if (SceneNodeMaterial* const found = findMaterial(holder.material_uid)) holder.material = found;
+    }
+
+    void bindScatterNodes(SceneNodeMaterial& node) {
+        for (const UID uid : node.scatter_uids) {
+            SceneNode* found = root.getNodeByUID(uid);
+            if (found == nullptr) {
+                found = new ForeignNode(NodeType::Scatter);
+                found->setUID(uid);
+                root.addChildNode(found);
+            }
+            node.scatter_nodes.push_back(found);
+        }
+    }
+
+    SceneNodeMaterial* findMaterial(UID uid) {
+        SceneNode* const found = root.getNodeByUID(uid);
+        return found != nullptr && found->getType() == NodeType::Material ? static_cast<SceneNodeMaterial*>(found)
+                                                                          : nullptr;
+    }
+
+    Reference<SceneNodeMaterial> getMaterial(UID uid) {
+        if (uid == invalid_uid) return nullptr;
+        if (SceneNodeMaterial* const found = findMaterial(uid)) return found;
+        Reference<SceneNodeMaterial>& missing = missing_materials[uid];
+        if (!missing) {
+            missing = new SceneNodeMaterial;
+            missing->material = nullptr;
+            missing->setUID(uid);
+        }
+        return missing;
+    }
+
+    static bool isGeometry(NodeType type) {
+        return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
+    }
+
+    SceneNodeRoot& root;
+    std::unordered_map<UID, Reference<SceneNodeMaterial>> missing_materials;
+};
 
 // ---- the document
 
@@ -274,7 +357,7 @@ class DocumentReader final : public ElementSource {
         nameCurves();
         for (const Reference<SceneNode>& node : nodes)
             root.addChildNode(node);
-        bindReferences(root);
+        ReferenceBinder(root).bind();
     }
 
     /// Gives nodes that have no UID in the document the one that they had in the scene: the next free one.

@@ -4,7 +4,6 @@
 #include "velmarstring.h"
 
 #include "mesh/Mesh.h"
-#include "mesh/PlainPly.h"
 #include "mesh/PlyInput.h"
 
 #include <cstring>
