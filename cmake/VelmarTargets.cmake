@@ -8,7 +8,7 @@ endif()
 
 if(MINGW)
     # Links the compiler's runtime and that of the stack protector statically: a DLL of ours is one file.
-    add_link_options(-static -fstack-protector-strong)
+    add_link_options(-static $<$<BOOL:${VELMAR_HARDENING}>:-fstack-protector-strong>)
 endif()
 if(VELMAR_SANITIZE)
     # Also for GoogleTest: containers that pass between checked and unchecked code give false alarms.
@@ -63,7 +63,7 @@ function(velmar_own_code target)
         # Fused multiply-adds round once where two operations round twice: with them, checksums and so the names of mesh
         # files would depend on the processor that is compiled for.
         -ffp-contract=off
-        -fstack-protector-strong
+        $<$<BOOL:${VELMAR_HARDENING}>:-fstack-protector-strong>
         # The binary doesn't depend on the path of the sources.
         "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 endfunction()
@@ -71,7 +71,7 @@ endfunction()
 # velmar_hardened(<target>...): what is shipped also checks buffer sizes where the compiler knows them, and has no writable
 # table of functions after loading. Windows does the latter by itself.
 function(velmar_hardened)
-    if(MSVC OR WIN32 OR VELMAR_SANITIZE)
+    if(MSVC OR WIN32 OR VELMAR_SANITIZE OR NOT VELMAR_HARDENING)
         return()
     endif()
     foreach(target IN LISTS ARGN)

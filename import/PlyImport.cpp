@@ -1,8 +1,10 @@
 #include "import/PlyImport.h"
 
+#include "velmarcompiler.h"
 #include "velmarexceptions.h"
 
 #include "mesh/MeshBuilder.h"
+#include "utils/BinaryStreams.h"
 
 #include <algorithm>
 #include <bit>
@@ -43,17 +45,15 @@ struct Element {
 };
 
 std::size_t sizeOf(Type type) {
-    constexpr std::size_t sizes[] = {1, 1, 2, 2, 4, 4, 4, 8};
+    static constexpr std::size_t sizes[] = {1, 1, 2, 2, 4, 4, 4, 8};
     return sizes[static_cast<std::size_t>(type)];
 }
 
 template <class Number>
 double loadNumber(const char* bytes, bool swapped) {
-    char own[sizeof(Number)];
-    std::memcpy(own, bytes, sizeof own);
-    if (swapped) std::reverse(own, own + sizeof own);
     Number number = 0;
-    std::memcpy(&number, own, sizeof number);
+    std::memcpy(&number, bytes, sizeof number);
+    if (swapped) number = Velmar::reversedBytes(number);
     return static_cast<double>(number);
 }
 
@@ -217,12 +217,15 @@ class Values {
         return loadNumber<double>(bytes, swapped);
     }
 
-    [[noreturn]] void fail(const std::string& what) const {
-        throw Velmar::Exception(format == Format::ascii ? what + " (line " + std::to_string(line) + ")" : what);
+    [[noreturn]] void fail(std::string_view what) const {
+        std::string message(what);
+        if (format == Format::ascii) message += " (line " + std::to_string(line) + ")";
+        throw Velmar::Exception(message);
     }
 
   private:
-    double takeWord() {
+    // Its variable needs a check of the stack, which binary numbers are spared.
+    VELMAR_NEVER_INLINE double takeWord() {
         for (; at != end && (*at == ' ' || *at == '\t' || *at == '\r' || *at == '\n'); ++at)
             line += *at == '\n' ? 1 : 0;
         if (at == end) fail("PLY file ends too early");
@@ -361,9 +364,12 @@ class BodyReader {
     }
 
     void requireVertex(std::uint32_t index) const {
-        if (index >= builder.numVertices())
-            values.fail("PLY file has a face that refers to vertex " + std::to_string(index) + " of " +
-                        std::to_string(builder.numVertices()));
+        if (index >= builder.numVertices()) failAtVertex(index);
+    }
+
+    [[noreturn]] void failAtVertex(std::uint32_t index) const {
+        values.fail("PLY file has a face that refers to vertex " + std::to_string(index) + " of " +
+                    std::to_string(builder.numVertices()));
     }
 
     void addFace(const Face& added) {

@@ -14,11 +14,13 @@ extern "C" [[gnu::noreturn]] void __assert_fail(const char* text, const char* fi
                                                 const char* function) noexcept;
 #endif
 
-/// For functions of inner loops whose state must stay in registers.
+/// For functions of inner loops whose state must stay in registers, and for those that would cost such loops something.
 #ifdef _MSC_VER
 #define VELMAR_ALWAYS_INLINE __forceinline
+#define VELMAR_NEVER_INLINE __declspec(noinline)
 #else
 #define VELMAR_ALWAYS_INLINE [[gnu::always_inline]] inline
+#define VELMAR_NEVER_INLINE [[gnu::noinline]]
 #endif
 
 namespace Velmar {

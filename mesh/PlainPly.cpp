@@ -5,8 +5,8 @@
 #include "mesh/PlainPlyText.h"
 #include "mesh/PlyInput.h"
 #include "mesh/PlyParts.h"
+#include "utils/BinaryStreams.h"
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
@@ -23,13 +23,6 @@ namespace Velmar {
 using namespace PlyParts;
 
 namespace {
-
-template <class T>
-T reversed(T value) {
-    auto bytes = std::bit_cast<std::array<char, sizeof(T)>>(value);
-    std::reverse(bytes.begin(), bytes.end());
-    return std::bit_cast<T>(bytes);
-}
 
 // ---- binary files ---------------------------------------------------------------------------------------------------
 
@@ -92,7 +85,7 @@ class BinaryBody {
     VELMAR_ALWAYS_INLINE static T load(const char* from) {
         T value;
         std::memcpy(&value, from, sizeof value);
-        if constexpr (other_order && sizeof(T) > 1) value = reversed(value);
+        if constexpr (other_order) value = reversedBytes(value);
         return value;
     }
 

@@ -20,8 +20,8 @@ namespace Velmar::PlyParts {
 
 inline constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
 
-constexpr std::size_t sizeOf(PlyType type) {
-    constexpr std::array<std::size_t, 8> sizes = {1, 1, 2, 2, 4, 4, 4, 8};
+inline std::size_t sizeOf(PlyType type) {
+    static constexpr std::array<std::size_t, 8> sizes = {1, 1, 2, 2, 4, 4, 4, 8};
     return sizes[static_cast<std::size_t>(type)];
 }
 

@@ -5,6 +5,7 @@
 
 #include "utils/ByteArrays.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -93,3 +94,27 @@ class BufferOutStream : public Velmar::Destroyable<BufferOutStream, OutStream> {
 };
 
 static_assert(sizeof(BufferOutStream) == 32);
+
+namespace Velmar {
+
+/// The number whose bytes are those of `value` in the other order. Masks and shifts, which compilers turn into one
+/// instruction; an array of the bytes would also cost a check of the stack.
+template <class T>
+constexpr T reversedBytes(T value) {
+    static_assert(sizeof(T) == 1 || sizeof(T) == 2 || sizeof(T) == 4 || sizeof(T) == 8);
+    if constexpr (sizeof(T) == 1) {
+        return value;
+    } else if constexpr (sizeof(T) == 2) {
+        const auto bits = std::bit_cast<std::uint16_t>(value);
+        return std::bit_cast<T>(static_cast<std::uint16_t>(bits >> 8 | bits << 8));
+    } else if constexpr (sizeof(T) == 4) {
+        const auto bits = std::bit_cast<std::uint32_t>(value);
+        return std::bit_cast<T>(bits >> 24 | (bits >> 8 & 0xFF00) | (bits & 0xFF00) << 8 | bits << 24);
+    } else {
+        const auto bits = std::bit_cast<std::uint64_t>(value);
+        const std::uint64_t low = reversedBytes(static_cast<std::uint32_t>(bits));
+        return std::bit_cast<T>(low << 32 | reversedBytes(static_cast<std::uint32_t>(bits >> 32)));
+    }
+}
+
+} // namespace Velmar
