@@ -10,7 +10,7 @@ packages=(
     g++ clang lld libclang-rt-14-dev clang-format clang-tidy cmake ninja-build python3 git # compilers and checks
     g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
     libzstd-dev libxxhash-dev libdouble-conversion-dev                                     # the library
-    libcli11-dev libstb-dev libembree-dev                                                  # tool and preview renderer
+    libcli11-dev libstb-dev libembree-dev nlohmann-json3-dev                               # tool and preview renderer
     googletest libpugixml-dev libeigen3-dev pkgconf llvm locales                           # the tests
     libbenchmark-dev libfast-float-dev libtinyobjloader-dev libassimp-dev                  # benchmarks and comparisons
     python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package

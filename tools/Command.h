@@ -21,6 +21,8 @@ Command addRenderCommand(CLI::App& tool);
 Command addInfoCommand(CLI::App& tool);
 /// `velmar convert`: a mesh file becomes a vmmesh file, or all in a folder do.
 Command addConvertCommand(CLI::App& tool);
+/// `velmar store`: what `velmar convert --store` has made is listed, checked and cleaned.
+Command addStoreCommand(CLI::App& tool);
 
 namespace CommandOptions {
 

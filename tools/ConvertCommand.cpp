@@ -2,18 +2,23 @@
 #include "tools/Console.h"
 #include "tools/FolderConversion.h"
 #include "tools/MeshFile.h"
+#include "tools/StoreConversion.h"
 #include "tools/System.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace {
 
 struct ConvertOptions {
     std::string input;
     std::string output;
+    /// In place of the output.
+    std::string store;
     bool recursive = false;
     ConversionSettings settings;
 };
@@ -26,7 +31,7 @@ std::uint64_t convertFile(const ConvertOptions& options, const std::string& form
     progress.show("reading " + Text::fileName(options.input));
     const Velmar::ImportedMesh imported = readForConversion(options.input, options.settings);
     progress.clear();
-    printNotes(options.input, imported, options.settings.quiet);
+    printNotes(options.input, imported.notes, options.settings.quiet);
     if (const std::string loss = describeLoss(format, *imported.mesh); !loss.empty() && !options.settings.quiet)
         printNote(options.output + ": the format has no place for " + loss);
     progress.show("writing " + Text::fileName(options.output));
@@ -35,11 +40,19 @@ std::uint64_t convertFile(const ConvertOptions& options, const std::string& form
 }
 
 void convert(const ConvertOptions& options) {
+    if (options.output.empty() == options.store.empty())
+        throw UsageError(options.store.empty() ? "OUT is required"
+                                               : options.output + ": --store takes the place of OUT");
+    if (!options.recursive && System::isDirectory(options.input))
+        throw UsageError(options.input + ": is a folder, which wants --recursive");
+    if (!options.store.empty()) {
+        convertIntoStore(options.input, options.recursive, options.store, options.settings);
+        return;
+    }
     if (options.recursive) {
         convertFolder(options.input, options.output, options.settings);
         return;
     }
-    if (System::isDirectory(options.input)) throw UsageError(options.input + ": is a folder, which wants --recursive");
     const std::string format = Velmar::getMeshFormat(options.output);
     if (!isWritable(format)) throw UsageError(options.output + ": the output must end in .vmmesh, .obj, .ply or .stl");
     const std::uint64_t size = convertFile(options, format);
@@ -57,14 +70,29 @@ Command addConvertCommand(CLI::App& tool) {
         ->required();
     app->add_option("OUT", options->output,
                     "The file to write, whose extension (.vmmesh, .obj, .ply or .stl) decides the format. With "
-                    "--recursive the folder for the files. Existing files are replaced.")
-        ->required();
+                    "--recursive the folder for the files. Existing files are replaced.");
     app->add_flag("-r,--recursive", options->recursive,
                   "Convert every mesh file in the folder IN and below into the same place below OUT. A file that fails "
                   "is reported, and the others are converted. Links to folders aren't followed. OUT may be in IN.");
-    CommandOptions::addChoice(*app, "--to", settings.format, {"vmmesh", "obj", "ply", "stl"},
-                              "The format of the files with --recursive.")
-        ->needs("--recursive");
+    CLI::Option* const choice = CommandOptions::addChoice(
+        *app, "--to", settings.format, {"vmmesh", "obj", "ply", "stl"}, "The format of the files with --recursive.");
+    choice->needs("--recursive");
+    app->add_option("--store", options->store,
+                    "In place of OUT a store of meshes, which holds each mesh once, named by its content. Files that "
+                    "didn't change since they were converted into it are left out.")
+        ->type_name("DIR")
+        ->excludes(choice);
+    settings.jobs = std::max(std::thread::hardware_concurrency(), 1U);
+    app->add_option("-j,--jobs", settings.jobs,
+                    "How many files of a folder to convert at once. Without it one for each core.")
+        ->type_name("N")
+        ->check(CommandOptions::inRange(1, 1024));
+    settings.memory = System::getMemorySize() / 2;
+    app->add_option("--memory", settings.memory,
+                    "What the files converted at once may take, such as 8G; a larger file waits until it is alone. "
+                    "Without it half of the machine's memory.")
+        ->type_name("SIZE")
+        ->transform(CLI::AsSizeValue(false).description(""));
     CommandOptions::addScale(*app, settings.scale, "Multiplies all positions, except those of vmmesh files.");
     CommandOptions::addUp(
         *app, settings.up,

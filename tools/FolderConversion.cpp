@@ -2,112 +2,35 @@
 
 #include "tools/Console.h"
 #include "tools/MeshFile.h"
+#include "tools/MeshSearch.h"
+#include "tools/OrderedWork.h"
 #include "tools/Placement.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
-#include "utils/PlatformUtils.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <map>
-#include <set>
+#include <memory>
+#include <mutex>
 #include <utility>
 
 namespace {
 
-// ---- looking for mesh files ----------------------------------------------------------------------------------------
-
-/// The mesh files below a folder.
-struct MeshSearch {
-    /// As seen from the folder, with `/` between, in the order of their names.
-    std::vector<std::string> files;
-    /// What couldn't be looked into or named, and why.
-    std::vector<std::string> failures;
-    /// Links to folders, which aren't followed: they may lead anywhere, also back.
-    std::size_t linked_folders = 0;
+/// What became of one file.
+struct Outcome {
+    /// As seen from the folder.
+    std::string name;
+    std::string from;
+    std::string to;
+    std::vector<std::string> notes;
+    /// Whole, but not renamed yet; null after a failure.
+    std::unique_ptr<OutputFile> file;
+    std::uint64_t size = 0;
+    std::string error;
 };
-
-/// Looks for mesh files of every format in a folder and below, but not in the folder `left_out` and below.
-class Search {
-  public:
-    Search(std::string folder, const std::string& left_out) : root(std::move(folder)) {
-        if (const auto identity = System::getIdentity(left_out)) seen.insert(*identity);
-    }
-
-    /// Throws `Failure` when the folder itself can't be read.
-    MeshSearch run() {
-        if (!lookInto({})) throw Failure(root + ": can't be read: " + PlatformUtils::getLastErrorText());
-        // Not by recursion: folders may lie deeper than a stack reaches.
-        while (!pending.empty()) {
-            const std::string folder = std::move(pending.back());
-            pending.pop_back();
-            if (!lookInto(folder)) fail(folder, "can't be read: " + PlatformUtils::getLastErrorText());
-        }
-        std::sort(found.files.begin(), found.files.end());
-        return std::move(found);
-    }
-
-  private:
-    /// `folder` is empty or ends in a separator.
-    bool lookInto(const std::string& folder) {
-        const std::string path = Text::joinPaths(root, folder);
-        // No folder is looked into twice, whatever the file system shows.
-        if (const auto identity = System::getIdentity(path); identity && !seen.insert(*identity).second) return true;
-        std::vector<System::DirectoryEntry> entries;
-        const bool complete = System::listDirectory(path, entries);
-        for (const System::DirectoryEntry& entry : entries)
-            add(folder, entry);
-        return complete;
-    }
-
-    void add(const std::string& folder, const System::DirectoryEntry& entry) {
-        const std::string path = folder + entry.name;
-        if (entry.name.empty()) {
-            fail(folder, "the name of a file in it isn't text");
-        } else if (entry.kind == System::EntryKind::link_to_directory) {
-            ++found.linked_folders;
-        } else if (entry.kind != System::EntryKind::directory &&
-                   !Velmar::isMeshFormat(Velmar::getMeshFormat(entry.name))) {
-            return;
-        } else if (entry.name.find('\\') != std::string::npos) {
-            // The library takes it for a separator, so the name could lead out of the folder.
-            fail(path, "a name with a backslash can't be used");
-        } else if (entry.kind == System::EntryKind::directory) {
-            pending.push_back(path + '/');
-        } else if (entry.kind == System::EntryKind::other) {
-            fail(path, "isn't a regular file");
-        } else {
-            found.files.push_back(path);
-        }
-    }
-
-    void fail(const std::string& path, const std::string& reason) {
-        found.failures.push_back(Text::joinPaths(root, path) + ": " + reason);
-    }
-
-    std::string root;
-    MeshSearch found;
-    std::vector<std::string> pending;
-    std::set<System::FileIdentity> seen;
-};
-
-// ---- converting ---------------------------------------------------------------------------------------------------
-
-/// Makes `folder` and those above it that aren't there. Throws the library's exception when one can't be made.
-void makeFolders(const std::string& folder) {
-    std::vector<std::size_t> missing;
-    for (std::string part = folder; !part.empty() && !System::isDirectory(part); part = FileUtils::getDirectory(part))
-        missing.push_back(part.size());
-    std::reverse(missing.begin(), missing.end());
-    for (const std::size_t size : missing) {
-        const std::string part = folder.substr(0, size);
-        // A separator at the end makes no other folder.
-        if (!System::isDirectory(part)) FileUtils::createDir(part);
-    }
-}
 
 class FolderConversion {
   public:
@@ -118,7 +41,7 @@ class FolderConversion {
     /// Returns whether all went well.
     bool run() {
         progress.show("looking for mesh files");
-        const MeshSearch search = Search(input, output).run();
+        const MeshSearch search = findMeshFiles(input, output);
         makeOutputFolder();
         for (const std::string& failure : search.failures)
             fail(failure);
@@ -126,14 +49,14 @@ class FolderConversion {
             protect(Text::joinPaths(input, file), Text::joinPaths(input, file));
         const std::vector<std::string> names = nameConverted(search.files, '.' + settings.format);
         for (std::size_t i = 0; i < names.size(); ++i) {
-            progress.show('[' + std::to_string(i + 1) + '/' + std::to_string(names.size()) + "] " + search.files[i],
-                          static_cast<double>(i) / static_cast<double>(names.size()));
-            try {
-                convert(Text::joinPaths(input, search.files[i]), Text::joinPaths(output, names[i]));
-            } catch (...) {
-                fail(getCurrentMessage());
-            }
+            outcomes.emplace_back();
+            outcomes.back().name = search.files[i];
+            outcomes.back().from = Text::joinPaths(input, search.files[i]);
+            outcomes.back().to = Text::joinPaths(output, names[i]);
         }
+        const OrderedWork tasks = {outcomes.size(), [this](std::size_t i) { return estimateMemory(outcomes[i].from); },
+                                   [this](std::size_t i) { convert(i); }, [this](std::size_t i) { finish(i); }};
+        runInOrder(tasks, settings.jobs, settings.memory);
         progress.clear();
         if (!settings.quiet) printSummary(search);
         return failed == 0;
@@ -148,30 +71,69 @@ class FolderConversion {
         }
     }
 
-    void convert(const std::string& from, const std::string& to) {
-        const Velmar::ImportedMesh imported = readForConversion(from, settings);
-        if (!imported.notes.empty()) progress.clear();
-        printNotes(from, imported, settings.quiet);
-        const std::uint64_t size = MappedFile(from).getSize();
-        // Links and file systems that don't tell letters apart make one file of two names.
-        if (const auto identity = System::getIdentity(to)) {
-            if (const auto other = untouchable.find(*identity); other != untouchable.end())
-                throw Failure(from + ": " + to + " is not replaced: it is " + other->second);
-        }
+    /// At the same time as others.
+    void convert(std::size_t index) {
+        Outcome& outcome = outcomes[index];
+        progress.show('[' + std::to_string(index + 1) + '/' + std::to_string(outcomes.size()) + "] " + outcome.name,
+                      static_cast<double>(index) / static_cast<double>(outcomes.size()));
         try {
-            makeFolders(FileUtils::getDirectory(to));
-            OutputFile file(to);
-            writeMeshAs(settings.format, *imported.mesh, file, settings.write);
-            bytes_out += file.commit();
+            const Velmar::ImportedMesh imported = readForConversion(outcome.from, settings);
+            outcome.notes = imported.notes;
+            outcome.size = MappedFile(outcome.from).getSize();
+            requireReplaceable(outcome);
+            write(imported, outcome);
         } catch (...) {
-            throw makeFailureOf(to);
+            outcome.file.reset();
+            outcome.error = getCurrentMessage();
         }
-        protect(to, "what became of " + from);
-        bytes_in += size;
-        ++converted;
+    }
+
+    void write(const Velmar::ImportedMesh& imported, Outcome& outcome) const {
+        try {
+            makeFolders(FileUtils::getDirectory(outcome.to));
+            outcome.file = std::make_unique<OutputFile>(outcome.to);
+            writeMeshAs(settings.format, *imported.mesh, *outcome.file, settings.write);
+            outcome.file->flush();
+        } catch (...) {
+            throw makeFailureOf(outcome.to);
+        }
+    }
+
+    /// One file at a time, in order: of two that would become one file, the first does.
+    void finish(std::size_t index) {
+        Outcome outcome = std::move(outcomes[index]);
+        if (!outcome.notes.empty()) progress.clear();
+        printNotes(outcome.from, outcome.notes, settings.quiet);
+        if (outcome.file != nullptr) commit(outcome);
+        if (outcome.error.empty())
+            ++converted;
+        else
+            fail(outcome.error);
+    }
+
+    void commit(Outcome& outcome) {
+        try {
+            requireReplaceable(outcome);
+            bytes_out += outcome.file->commit();
+            bytes_in += outcome.size;
+        } catch (...) {
+            outcome.error = getCurrentMessage();
+            return;
+        }
+        protect(outcome.to, "what became of " + outcome.from);
+    }
+
+    /// Links and file systems that don't tell letters apart make one file of two names.
+    void requireReplaceable(const Outcome& outcome) {
+        const auto identity = System::getIdentity(outcome.to);
+        if (!identity) return;
+        const std::lock_guard lock(mutex);
+        if (const auto other = untouchable.find(*identity); other != untouchable.end())
+            throw Failure(outcome.from + ": " + outcome.to + " is not replaced: it is " + other->second);
     }
 
     void protect(const std::string& path, const std::string& description) {
+        const std::lock_guard lock(mutex);
         if (const auto identity = System::getIdentity(path)) untouchable[*identity] = description;
     }
 
@@ -194,6 +156,8 @@ class FolderConversion {
     std::string output;
     ConversionSettings settings;
     Progress progress;
+    std::vector<Outcome> outcomes;
+    std::mutex mutex;
     /// The files that must not be replaced, and what they are.
     std::map<System::FileIdentity, std::string> untouchable;
     std::uint64_t converted = 0;
@@ -207,6 +171,18 @@ std::string replaceExtension(const std::string& path, const std::string& extensi
 }
 
 } // namespace
+
+std::uint64_t estimateMemory(const std::string& path) {
+    try {
+        // The mapped file and the mesh, or its compressed form and the mesh: at most 2.8 times the file in the
+        // benchmarks; compressed files may hold much more than their size.
+        const std::uint64_t factor = Velmar::getMeshFormat(path) == "vmmesh" ? 12 : 4;
+        return factor * MappedFile(path).getSize();
+    } catch (...) {
+        // Reading it reports what is wrong.
+        return 0;
+    }
+}
 
 Velmar::ImportedMesh readForConversion(const std::string& path, const ConversionSettings& settings) {
     Velmar::ImportedMesh imported = readMesh(path, settings.scale);

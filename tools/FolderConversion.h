@@ -4,6 +4,8 @@
 
 #include "tools/MeshFormats.h"
 
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -15,14 +17,21 @@ struct ConversionSettings {
     std::string format = "vmmesh";
     WriteSettings write;
     bool quiet = false;
+    /// How many files of a folder are converted at once.
+    unsigned jobs = 1;
+    /// What these may take, in bytes; a file that needs more waits until it is alone.
+    std::uint64_t memory = std::numeric_limits<std::uint64_t>::max();
 };
+
+/// About how much memory the conversion of a mesh file takes at most.
+std::uint64_t estimateMemory(const std::string& path);
 
 /// Reads a mesh file and turns its height to z. Throws `Failure`, also for a mesh without faces.
 Velmar::ImportedMesh readForConversion(const std::string& path, const ConversionSettings& settings);
 
 /// Converts every mesh file below `input`, in the same place below `output`. Reports files that
-/// fail and continues; prints a summary at the end. Throws `UsageError` when both are one folder, `Failure` when one
-/// can't be used, and `ReportedFailure` when anything failed.
+/// fail and continues; prints a summary at the end. Reports and results don't depend on the number of jobs. Throws
+/// `UsageError` when both are one folder, `Failure` when one can't be used, and `ReportedFailure` when anything failed.
 void convertFolder(const std::string& input, const std::string& output, const ConversionSettings& settings);
 
 /// The names of the converted files, in the order of `files`: with `extension` in place of the old, or after

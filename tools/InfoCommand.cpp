@@ -63,7 +63,7 @@ MeshInfo readMeshInfo(const std::string& path, const InfoOptions& options) {
     progress.show("measuring " + Text::fileName(path));
     if (info.fault.empty()) info.measures = measureMesh(*info.mesh);
     progress.clear();
-    printNotes(path, imported, options.quiet);
+    printNotes(path, imported.notes, options.quiet);
     return info;
 }
 

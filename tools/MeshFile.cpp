@@ -23,9 +23,9 @@ Velmar::ImportedMesh readMesh(const std::string& path, float scale) {
     }
 }
 
-void printNotes(const std::string& path, const Velmar::ImportedMesh& imported, bool quiet) {
+void printNotes(const std::string& path, const std::vector<std::string>& notes, bool quiet) {
     if (quiet) return;
-    for (const std::string& note : imported.notes)
+    for (const std::string& note : notes)
         printNote(std::string(path).append(": ").append(note));
 }
 

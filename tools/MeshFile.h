@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Mesh files as the tool reads, checks and writes them.
 
@@ -18,7 +19,7 @@
 Velmar::ImportedMesh readMesh(const std::string& path, float scale);
 
 /// Prints what was left out of a file. `quiet` for nothing.
-void printNotes(const std::string& path, const Velmar::ImportedMesh& imported, bool quiet);
+void printNotes(const std::string& path, const std::vector<std::string>& notes, bool quiet);
 
 /// Throws `Failure` unless the mesh of `path` has faces and its vertices are finite.
 void requireUsable(const std::string& path, const Velmar::Mesh& mesh);

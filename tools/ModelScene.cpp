@@ -54,7 +54,7 @@ class ModelReader {
         if (!fault.empty()) throw Failure(path + ": " + fault);
         if (!hasDistinctNames(mesh)) throw Failure(path + ": two materials have one name");
         if (!imported.notes.empty()) progress.clear();
-        printNotes(path, imported, quiet);
+        printNotes(path, imported.notes, quiet);
 
         SceneGeometry geometry;
         const std::string stem = Text::fileStem(path);

@@ -68,6 +68,8 @@ void removeUnfinished() {
                   [](const std::string& folder) { System::removeDirectory(folder); });
 }
 
+constexpr std::string_view partial_mark = "-partial-";
+
 /// Unlike any name that another process uses now.
 std::string makePartialPath(const std::string& path) {
     static std::mt19937 random{std::random_device()()};
@@ -75,7 +77,7 @@ std::string makePartialPath(const std::string& path) {
     std::string digits;
     for (int i = 0; i < 8; ++i)
         digits += hex[random() % hex.size()];
-    return path + "-partial-" + std::to_string(System::getProcessID()) + '-' + digits;
+    return path + std::string(partial_mark) + std::to_string(System::getProcessID()) + '-' + digits;
 }
 
 } // namespace
@@ -97,6 +99,10 @@ OutputFile::~OutputFile() {
     const Interrupts::Deferral deferral;
     System::removeFile(partial_path);
     forget(unfinished().files, partial_path);
+}
+
+bool OutputFile::isPartialName(std::string_view name) {
+    return name.find(partial_mark) != std::string_view::npos;
 }
 
 Failure OutputFile::makeFailure() const {

@@ -18,6 +18,9 @@ class OutputFile {
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
+    /// Whether a file of this name may be one in the making, or what a killed process left of it.
+    static bool isPartialName(std::string_view name);
+
     /// Where to write: an absolute path. It is the file's with a longer extension, so what the library names after a
     /// file without its extension gets the same name.
     const std::string& getPartialPath() const { return partial_path; }

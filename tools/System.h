@@ -67,6 +67,20 @@ using FileIdentity = std::pair<std::uint64_t, std::uint64_t>;
 /// Of what is at `path`, links followed; none when that isn't known.
 std::optional<FileIdentity> getIdentity(std::string_view path);
 
+/// The size of a file in bytes, and when it was last written, in nanoseconds since 1970.
+struct FileStamp {
+    std::uint64_t size = 0;
+    std::int64_t time = 0;
+
+    bool operator==(const FileStamp&) const = default;
+};
+
+/// Links are followed; none for what isn't a file.
+std::optional<FileStamp> getStamp(std::string_view path);
+
+/// The machine's memory in bytes; 0 if it isn't known.
+std::uint64_t getMemorySize();
+
 enum class EntryKind { file, directory, link_to_directory, other };
 
 /// An entry of a directory. The name of a file that isn't valid text is empty where the system's names are UTF-16.
@@ -89,6 +103,9 @@ bool isWriteProtected(std::string_view path);
 
 /// Opens a file for binary reading. Returns null when that fails. The caller closes it.
 std::FILE* openFile(std::string_view path);
+
+/// Opens a file to append to it, which makes it if it doesn't exist. Returns null when that fails. The caller closes it.
+std::FILE* openForAppending(std::string_view path);
 
 /// Makes an empty file. Returns whether that worked; not so where anything exists.
 bool createFile(std::string_view path);

@@ -98,6 +98,19 @@ std::optional<FileIdentity> getIdentity(std::string_view path) {
     return FileIdentity{static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
 }
 
+std::optional<FileStamp> getStamp(std::string_view path) {
+    struct stat status = {};
+    if (stat(toSystemPath(path).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return FileStamp{static_cast<std::uint64_t>(status.st_size),
+                     std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
+}
+
+std::uint64_t getMemorySize() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long page_size = sysconf(_SC_PAGESIZE);
+    return pages > 0 && page_size > 0 ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(page_size) : 0;
+}
+
 bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries) {
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(toSystemPath(path).c_str()), &closedir);
     if (!directory) return false;
@@ -139,6 +152,10 @@ bool isWriteProtected(std::string_view path) {
 
 std::FILE* openFile(std::string_view path) {
     return std::fopen(toSystemPath(path).c_str(), "rbe");
+}
+
+std::FILE* openForAppending(std::string_view path) {
+    return std::fopen(toSystemPath(path).c_str(), "abe");
 }
 
 bool createFile(std::string_view path) {

@@ -114,6 +114,24 @@ std::optional<FileIdentity> getIdentity(std::string_view path) {
                         (std::uint64_t{information.nFileIndexHigh} << 32U) | information.nFileIndexLow};
 }
 
+std::optional<FileStamp> getStamp(std::string_view path) {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    if (GetFileAttributesExW(toSystemPath(path).c_str(), GetFileExInfoStandard, &data) == 0 ||
+        (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return std::nullopt;
+    const auto join = [](DWORD high, DWORD low) { return (std::uint64_t{high} << 32U) | low; };
+    // Hundreds of nanoseconds from 1601 to 1970.
+    constexpr std::int64_t begin = 116'444'736'000'000'000;
+    const auto time = join(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime);
+    return FileStamp{join(data.nFileSizeHigh, data.nFileSizeLow), (static_cast<std::int64_t>(time) - begin) * 100};
+}
+
+std::uint64_t getMemorySize() {
+    MEMORYSTATUSEX status = {};
+    status.dwLength = sizeof status;
+    return GlobalMemoryStatusEx(&status) != 0 ? status.ullTotalPhys : 0;
+}
+
 bool listDirectory(std::string_view path, std::vector<DirectoryEntry>& entries) {
     WIN32_FIND_DATAW found = {};
     const HANDLE search = FindFirstFileW(toSystemPath(std::string(path) + "/*").c_str(), &found);
@@ -158,6 +176,10 @@ bool isWriteProtected(std::string_view path) {
 
 std::FILE* openFile(std::string_view path) {
     return _wfopen(toSystemPath(path).c_str(), L"rb");
+}
+
+std::FILE* openForAppending(std::string_view path) {
+    return _wfopen(toSystemPath(path).c_str(), L"ab");
 }
 
 bool createFile(std::string_view path) {

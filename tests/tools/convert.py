@@ -120,6 +120,25 @@ class ConvertFolder(ToolTest):
         code, output, errors = self.convert("-q", "in", "out")
         self.assertEqual((code, output, errors.count("\n")), (1, "", 1))
 
+    def test_any_number_of_jobs_gives_the_same_report_and_files(self):
+        for i in range(30):
+            self.put(f"{i:02}.obj", TRIANGLE + (f"v {i} 0 x\n" if i % 7 == 3 else f"v {i} 0 0\nf 1 2 4\n"))
+        results = []
+        for jobs in ("1", "2", "8"):
+            self.run_tool("convert", "-r", "in", "out", "-q")
+            report = self.convert("in", "out", "--jobs", jobs)
+            results.append((report, {name: (self.folder / "out" / name).read_bytes() for name in self.outputs()}))
+        self.assertEqual(results[0][0][0], 1)
+        self.assertEqual(len(results[0][1]), 26)
+        self.assertEqual(results[1:], results[:1] * 2)
+
+    def test_files_wait_when_memory_is_small(self):
+        for i in range(6):
+            self.put(f"{i}.obj")
+        code, output, errors = self.convert("in", "out", "--jobs", "4", "--memory", "1K")
+        self.assertEqual((code, errors), (0, ""))
+        self.assertIn("6 files converted", output)
+
     def test_a_folder_without_mesh_files_is_no_failure(self):
         self.assertEqual(self.convert("in", "out"), (0, "0 files converted, 0 failed; 0 bytes in, 0 bytes out\n", ""))
 

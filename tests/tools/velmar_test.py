@@ -20,6 +20,7 @@ from placing import Placing
 from render import Render
 from scene_info import SceneInfo
 from scenes import WholeScenes
+from store import Store
 from usage import Usage
 
 if __name__ == "__main__":
