@@ -18,6 +18,8 @@ struct ExportOptions {
     /// The models, and then the scene.
     std::vector<std::string> paths;
     ModelOptions models;
+    /// In place of the folder beside the scene.
+    std::string store;
     bool dry_run = false;
     bool quiet = false;
 };
@@ -62,6 +64,9 @@ void print(const std::vector<std::string>& lines, const SceneFiles& files, const
 void exportScene(const CLI::App& app, const ExportOptions& options) {
     const std::string scene_path = options.paths.back();
     requireValidName(scene_path);
+    if (!Velmar::isValidText(options.store))
+        throw UsageError(options.store + ": the name of a store must be UTF-8 without control characters: it is a part "
+                                         "of paths in the document");
     const SceneSettings settings = getSceneSettings(app, options.models);
     const std::vector<ModelRequest> requests = findModels(app, options.paths, options.models);
 
@@ -70,11 +75,12 @@ void exportScene(const CLI::App& app, const ExportOptions& options) {
     if (!options.dry_run) output = std::make_unique<OutputFile>(scene_path);
     std::vector<std::string> notes = findIdleOptions(app, options.models, requests);
     const ModelScene models = readModels(requests, progress, options.quiet);
-    const SceneBuilder scene(models.content, settings);
+    SceneBuilder scene(models.content, settings);
     if (scene.isGroundLeftOut()) notes.emplace_back(ground_left_out);
 
     progress.show(stepText(requests.size() + 1, requests.size() + 1) + "writing " + Text::fileName(scene_path), 0.5);
-    const SceneFiles files = options.dry_run ? previewScene(scene, scene_path) : writeScene(scene, *output, scene_path);
+    const SceneFiles files = options.dry_run ? previewScene(scene, scene_path, options.store)
+                                             : writeScene(scene, *output, scene_path, options.store);
     progress.clear();
     if (options.quiet) return;
     for (const std::string& note : notes)
@@ -93,6 +99,10 @@ Command addExportCommand(CLI::App& tool) {
                   "then the scene to write. An existing one is replaced.");
     addModelOptions(*app, options->models);
     app->option_defaults()->group("Options");
+    app->add_option("--store", options->store,
+                    "Write the meshes into this store, as 'velmar convert --store' makes it, in place of a folder "
+                    "next to the scene. The scene names them there.")
+        ->type_name("DIR");
     app->add_flag("-n,--dry-run", options->dry_run,
                   "Read everything and print what would be written, but write nothing");
     app->add_flag("-q,--quiet", options->quiet, "Print nothing on success: no summary, notes or progress");

@@ -139,19 +139,33 @@ SceneBuilder::SceneBuilder(const SceneContent& content, const SceneSettings& set
     if (settings.ground != Ground::none && !ground_left_out) addGround(box, settings);
 }
 
-std::vector<SceneMesh> SceneBuilder::getMeshes(const std::string& path) const {
+std::vector<Velmar::SceneNodeMesh*> SceneBuilder::getMeshNodes() const {
     Velmar::SceneNodeRoot& root = *Velmar::fromHandle(scene.get());
+    std::vector<Velmar::SceneNodeMesh*> found;
+    for (Velmar::UID uid = 1; uid < root.getNextUID(); ++uid) {
+        Velmar::SceneNode* const node = root.getNodeByUID(uid);
+        if (node != nullptr && node->getType() == Velmar::NodeType::Mesh)
+            found.push_back(static_cast<Velmar::SceneNodeMesh*>(node));
+    }
+    return found;
+}
+
+std::vector<SceneMesh> SceneBuilder::getMeshes(const std::string& path) const {
     const Velmar::String folder(FileUtils::getDirectory(path));
     std::vector<SceneMesh> found;
     std::set<std::string> paths;
-    for (Velmar::UID uid = 1; uid < root.getNextUID(); ++uid) {
-        const Velmar::SceneNode* const node = root.getNodeByUID(uid);
-        if (node == nullptr || node->getType() != Velmar::NodeType::Mesh) continue;
-        const auto& mesh_node = static_cast<const Velmar::SceneNodeMesh&>(*node);
-        const std::string mesh_path = mesh_node.getMeshFilePath(Velmar::String(path), folder, {});
-        if (paths.insert(mesh_path).second) found.push_back({mesh_node.mesh, mesh_path});
+    for (const Velmar::SceneNodeMesh* node : getMeshNodes()) {
+        const std::string mesh_path = node->getMeshFilePath(Velmar::String(path), folder, {});
+        if (paths.insert(mesh_path).second) found.push_back({node->mesh, mesh_path});
     }
     return found;
+}
+
+void SceneBuilder::nameMeshFiles(const std::function<std::string(std::uint64_t checksum)>& name) {
+    for (Velmar::SceneNodeMesh* node : getMeshNodes()) {
+        node->path = Velmar::String(name(node->mesh->checksum()));
+        node->mesh = nullptr;
+    }
 }
 
 void SceneBuilder::write(const std::string& path) const {

@@ -5,10 +5,12 @@
 #include "velmarvec.h"
 
 #include "mesh/Mesh.h"
+#include "scene/nodes/SceneNodeMesh.h"
 #include "tools/Placement.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -144,6 +146,10 @@ class SceneBuilder {
     /// The distinct meshes of a document at `path`, in their order.
     std::vector<SceneMesh> getMeshes(const std::string& path) const;
 
+    /// Lets the document name files for its meshes, by their checksums, in place of writing them. The meshes themselves
+    /// are released.
+    void nameMeshFiles(const std::function<std::string(std::uint64_t checksum)>& name);
+
     /// Writes the document, and the mesh files that don't exist yet. That a document couldn't be written isn't
     /// reported.
     void write(const std::string& path) const;
@@ -159,6 +165,8 @@ class SceneBuilder {
     struct DeleteScene {
         void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
     };
+    std::vector<Velmar::SceneNodeMesh*> getMeshNodes() const;
+
     using ColourKey = std::tuple<std::string, float, float, float>;
 
     void addRenderSettings(const SceneSettings& settings);

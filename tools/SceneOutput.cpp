@@ -1,12 +1,17 @@
 #include "tools/SceneOutput.h"
 
 #include "tools/MeshFile.h"
+#include "tools/MeshSearch.h"
+#include "tools/MeshStore.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
+#include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -14,8 +19,10 @@ namespace {
 /// writes none of them again.
 class MeshFolder {
   public:
-    explicit MeshFolder(std::string scene_path) : shown_folder(std::move(scene_path)) {
-        shown_folder = Text::folderOf(shown_folder) + Text::fileStem(shown_folder) + "_meshes/";
+    /// Of the scene, or of the store unless `store_folder` is empty.
+    MeshFolder(const std::string& scene_path, const std::string& store_folder)
+        : shown_folder(Text::folderOf(scene_path) + Text::fileStem(scene_path) + "_meshes/") {
+        if (!store_folder.empty()) store.emplace(store_folder);
     }
     /// Unless `keep` was called, the files that were renamed are removed again.
     ~MeshFolder() {
@@ -28,8 +35,8 @@ class MeshFolder {
 
     /// Returns whether the file of a mesh exists, and notes it.
     bool find(const SceneMesh& scene_mesh) {
-        const std::string& path = scene_mesh.path;
-        MeshFile file = {shown_folder + Text::fileName(path)};
+        const std::string path = getPath(scene_mesh);
+        MeshFile file = {store ? path : shown_folder + Text::fileName(path)};
         file.existed = FileUtils::fileExists(path) && isWholeMesh(path);
         if (file.existed) file.size = MappedFile(path).getSize();
         files.push_back(file);
@@ -39,12 +46,16 @@ class MeshFolder {
     /// Writes the file of a mesh under another name, unless it exists.
     void write(const SceneMesh& scene_mesh) {
         if (find(scene_mesh)) return;
-        const std::string folder_path = FileUtils::getDirectory(scene_mesh.path);
-        if (!folder) folder = std::make_unique<OutputFolder>(folder_path);
-        auto file = std::make_unique<OutputFile>(scene_mesh.path);
+        const std::string path = getPath(scene_mesh);
+        const std::string folder_path = FileUtils::getDirectory(path);
+        if (store)
+            makeFolders(folder_path);
+        else if (!folder)
+            folder = std::make_unique<OutputFolder>(folder_path);
+        auto file = std::make_unique<OutputFile>(path);
         writeMesh(*scene_mesh.mesh, *file, true);
         file->flush();
-        outputs.push_back({files.size() - 1, scene_mesh.path, std::move(file)});
+        outputs.push_back({files.size() - 1, path, std::move(file)});
     }
 
     /// Gives the files that were written their names.
@@ -67,8 +78,14 @@ class MeshFolder {
         std::unique_ptr<OutputFile> file;
     };
 
+    /// In a store under another name than the library gives it.
+    std::string getPath(const SceneMesh& scene_mesh) const {
+        return store ? store->getMeshPath(scene_mesh.mesh->checksum()) : scene_mesh.path;
+    }
+
     /// As the user would write it.
     std::string shown_folder;
+    std::optional<MeshStore> store;
     // Before the files in it.
     std::unique_ptr<OutputFolder> folder;
     std::vector<MeshFile> files;
@@ -93,17 +110,51 @@ std::string enterDirectoryOf(const std::string& path) {
     return System::enterDirectory(directory) ? Text::fileName(path) : path;
 }
 
+/// A path as seen from a folder, both absolute; or the path itself, if no way leads there.
+std::string seenFrom(const std::string& folder, const std::string& path) {
+    const auto convert = [](const std::string& text) {
+        return std::filesystem::path(std::u8string(text.begin(), text.end()));
+    };
+    const std::u8string relative = convert(path).lexically_relative(convert(folder)).generic_u8string();
+    return relative.empty() ? path : std::string(relative.begin(), relative.end());
+}
+
+/// Lets the document name its meshes in the store, and the store's manifest the document: its meshes are in use.
+void useStore(SceneBuilder& scene, const std::string& document, const std::string& store_folder) {
+    using namespace std::chrono;
+    MeshStore store(store_folder);
+    store.create();
+    for (const SceneMesh& mesh : scene.getMeshes(document)) {
+        StoreEntry entry = describeMesh(*mesh.mesh, mesh.mesh->checksum());
+        entry.source = document;
+        entry.settings = "mesh " + std::to_string(entry.checksum) + " of a scene";
+        entry.converted = duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
+        store.append(entry);
+    }
+    const std::string folder = FileUtils::getDirectory(document);
+    scene.nameMeshFiles([&](std::uint64_t checksum) {
+        return FileUtils::toBackslashes(seenFrom(folder, System::getAbsolutePath(store.getMeshPath(checksum))));
+    });
+}
+
 } // namespace
 
-SceneFiles writeScene(const SceneBuilder& scene, OutputFile& document, const std::string& path) {
+SceneFiles writeScene(SceneBuilder& scene, OutputFile& document, const std::string& path,
+                      const std::string& store_folder) {
     try {
+        const std::string store = store_folder.empty() ? "" : System::getAbsolutePath(store_folder);
         const std::string inner_path = enterDirectoryOf(document.getPartialPath());
-        MeshFolder meshes(path);
+        MeshFolder meshes(path, store);
         for (const SceneMesh& mesh : scene.getMeshes(inner_path))
             meshes.write(mesh);
         // The meshes are on the disk already, so this takes no time. An interrupt comes before all of it or after.
         const Interrupts::Deferral deferral;
         meshes.commit();
+        if (!store.empty()) {
+            // Others may use them already.
+            meshes.keep();
+            useStore(scene, document.getFinalPath(), store);
+        }
         scene.write(inner_path);
         requireWhole(inner_path);
         const std::uint64_t size = document.commit();
@@ -114,8 +165,8 @@ SceneFiles writeScene(const SceneBuilder& scene, OutputFile& document, const std
     }
 }
 
-SceneFiles previewScene(const SceneBuilder& scene, const std::string& path) {
-    MeshFolder meshes(path);
+SceneFiles previewScene(const SceneBuilder& scene, const std::string& path, const std::string& store_folder) {
+    MeshFolder meshes(path, store_folder);
     for (const SceneMesh& mesh : scene.getMeshes(System::followLinks(System::getAbsolutePath(path))))
         meshes.find(mesh);
     return {0, meshes.getFiles()};

@@ -24,8 +24,10 @@ struct SceneFiles {
 };
 
 /// Writes the document `path` and the mesh files that don't exist yet: all of them or none, whatever fails or
-/// interrupts. Until then an existing document stays. Throws `Failure`.
-SceneFiles writeScene(const SceneBuilder& scene, OutputFile& document, const std::string& path);
+/// interrupts. Until then an existing document stays. With `store_folder` not empty, the meshes are written into that
+/// store and the document names them there. The scene is left without its meshes then. Throws `Failure`.
+SceneFiles writeScene(SceneBuilder& scene, OutputFile& document, const std::string& path,
+                      const std::string& store_folder);
 
 /// What `writeScene` would find and make; sizes are those of existing files.
-SceneFiles previewScene(const SceneBuilder& scene, const std::string& path);
+SceneFiles previewScene(const SceneBuilder& scene, const std::string& path, const std::string& store_folder);

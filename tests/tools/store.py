@@ -105,6 +105,28 @@ class Store(ToolTest):
                             r"velmar: .*triangle\.obj.* \(code \d+\)")
         self.expect_failure(["store", "list", "in"], "velmar: in: is no store of meshes: it has no folder 'manifest'")
 
+    def test_scenes_name_the_store(self):
+        (self.folder / "scenes").mkdir()
+        code, output, errors = self.run_tool("export", "square.obj", "scenes/a.xml", "--store", "store", "--ground", "none")
+        self.assertEqual((code, errors), (0, ""))
+        mesh, = self.meshes()
+        place = f"store/{mesh.parent.name}/{mesh.name}"
+        named = self.read_document("scenes/a.xml").findtext("mesh/external/path")
+        self.assertEqual(named.replace("\\", "/"), "../" + place)
+        self.assertFalse((self.folder / "scenes/a_meshes").exists())
+        self.assertIn(mesh.name, output)
+        # The mesh is in use: a prune leaves it.
+        self.run_tool("store", "prune", "--older-than", "0", "store")
+        self.assertEqual(self.meshes(), [mesh])
+        self.assertEqual(self.run_tool("store", "verify", "store"), (0, "1 mesh, 1 source, 0 faults\n", ""))
+
+    def test_a_scene_takes_the_meshes_that_the_store_has(self):
+        self.run_tool("export", "square.obj", "a.xml", "--store", "store", "--ground", "none")
+        mesh, = self.meshes()
+        before = mesh.stat().st_mtime_ns
+        self.assertIn(", existed)", self.run_tool("export", "square.obj", "b.xml", "--store", "store", "--ground", "none")[1])
+        self.assertEqual((self.meshes(), mesh.stat().st_mtime_ns), ([mesh], before))
+
     def test_list(self):
         self.fill()
         lines = self.run_tool("store", "list", "store")[1].splitlines()
