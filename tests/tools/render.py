@@ -70,3 +70,101 @@ class Render(ToolTest):
                                  (["picture.png", "--samples", "0"], "a picture without an end: .*")):
             self.expect_failure(["render", "block.ply", *arguments],
                                 rf"velmar: {fault}\n'velmar render --help' says more\.", 2)
+
+
+class RenderDocument(ToolTest):
+    """Scene documents, which have a scene of their own."""
+    SMALL = ["-q", "--samples", "2", "--threads", "1"]
+
+    def setUp(self):
+        super().setUp()
+        self.write("block.ply", BLOCK)
+
+    def export(self, *options, to="scene.xml"):
+        self.expect(["export", "-q", "--width", "32", "--height", "16", "block.ply", *UNIFORM, *options, to])
+
+    def picture(self, name="picture.pfm"):
+        """The size, and the red of each pixel."""
+        kind, size, _, pixels = (self.folder / name).read_bytes().split(b"\n", 3)
+        self.assertEqual(kind, b"PF")
+        width, height = map(int, size.split())
+        return (width, height), struct.unpack(f"<{width * height * 3}f", pixels)[::3]
+
+    def test_the_picture_is_that_of_the_scene(self):
+        self.export("--camera", "2,-20,6.5", "--target", "2,0,6.5")
+        self.expect(["render", *self.SMALL, "scene.xml", "picture.pfm"])
+        size, values = self.picture()
+        self.assertEqual(size, (32, 16))
+        seen = {i % 32 for i, value in enumerate(values) if value < 0.7}
+        self.assertTrue(0 < min(seen) <= 15 and 16 <= max(seen) < 31)
+
+    def test_options_replace_what_the_document_says(self):
+        self.export("--samples", "100000000")
+        self.expect(["render", *self.SMALL, "scene.xml", "--width", "20", "--height", "10", "picture.pfm"])
+        self.assertEqual(self.picture()[0], (20, 10))
+        code, output, errors = self.run_tool("render", "scene.xml", "a.pfm", "--samples", "3", "--time", "1000")
+        self.assertEqual((code, errors), (0, ""))
+        self.assertRegex(output, r"\Ascene\.xml: 1 model, 1 mesh\na\.pfm: 32 x 16 pixels, 3 samples each, .*\n\Z")
+
+    def test_seeds_distinguish_pictures(self):
+        self.export()
+        pictures = []
+        for seed in ("1", "1", "2"):
+            self.expect(["render", *self.SMALL, "--seed", seed, "scene.xml", "picture.pfm"])
+            pictures.append(self.picture())
+        self.assertEqual(pictures[0], pictures[1])
+        self.assertNotEqual(pictures[0], pictures[2])
+
+    def test_a_document_is_found_from_elsewhere_with_its_meshes(self):
+        self.export()
+        (self.folder / "sub").mkdir()
+        for name in ("scene.xml", "scene_meshes"):
+            (self.folder / name).rename(self.folder / "sub" / name)
+        self.expect(["render", *self.SMALL, "sub/scene.xml", "picture.pfm"])
+        self.expect(["render", *self.SMALL, str(self.folder / "sub/scene.xml"), "picture.pfm"])
+
+    def test_a_scene_without_settings_has_an_end(self):
+        self.write("scene.xml", "<scene><camera><uid>1</uid><name>c</name></camera></scene>")
+        self.expect(["render", "-q", "--width", "8", "--height", "4", "scene.xml", "picture.pfm"],
+                    errors="velmar preview: the scene has no light; the picture is black\n")
+        self.expect_failure(["render", "scene.xml", "picture.pfm", "--samples", "0"], "velmar: a picture without an end: "
+                            ".*\n'velmar render --help' says more\\.", 2)
+
+    def test_what_a_document_names_and_does_not_have_is_left_out(self):
+        self.write("scene.xml", """<scene><camera><uid>1</uid><name>c</name></camera>
+<material><uid>2</uid><name>m</name><phong><exponent>5</exponent></phong></material>
+<medium><uid>3</uid><name>fog</name><epsilon>1</epsilon></medium>
+<sphere><uid>4</uid><name>s</name><keyframe><time>0</time><pos>0 5 0</pos></keyframe><radius>1</radius>
+<material_uid>2</material_uid></sphere>
+<sphere><uid>5</uid><name>s</name><radius>1</radius><material_uid>77</material_uid></sphere>
+<model2><uid>6</uid><name>m</name><geometry_uid>78</geometry_uid><materials><uid>79</uid></materials></model2>
+</scene>""")
+        code, output, errors = self.run_tool("render", *self.SMALL, "--width", "8", "--height", "4", "scene.xml",
+                                             "picture.pfm")
+        self.assertEqual((code, output), (0, ""))
+        self.assertIn("velmar preview: participating media aren't rendered\n", errors)
+
+    def test_options_of_models_are_refused(self):
+        self.export()
+        for options in (["--sun", "1,1,1"], ["--at", "1,0,0"], ["--no-ground"], ["--fov", "20"], ["--brightness", "2"],
+                        ["--placement", "places.txt"]):
+            self.expect_failure(["render", "scene.xml", "picture.png", *options],
+                                rf"velmar: {options[0]} is for models; a scene document has its own camera, light and "
+                                r"models\n'velmar render --help' says more\.", 2)
+        self.expect_failure(["render", "scene.xml", "block.ply", "picture.png"],
+                            r"velmar: a scene document is rendered alone: .*\n'velmar render --help' says more\.", 2)
+
+    def test_faults_name_their_place(self):
+        self.export()
+        (mesh,) = self.mesh_names()
+        (self.folder / "scene_meshes" / mesh).unlink()
+        self.write("picture.png", "old")
+        self.expect_failure(["render", "scene.xml", "picture.png"],
+                            rf"velmar: scene\.xml: mesh 'block': .*scene_meshes/{mesh}.*")
+        self.write("broken.xml", "<scene>\n  <camera><uid>x</uid></camera></scene>")
+        self.expect_failure(["render", "broken.xml", "picture.png"],
+                            r"velmar: broken\.xml:2:11: error: 'x' is no whole number, or beyond 32 bits")
+        self.write("dark.xml", "<scene></scene>")
+        self.expect_failure(["render", "dark.xml", "picture.png"], r"velmar: dark\.xml: the scene has no camera")
+        self.expect_failure(["render", "none.xml", "picture.png"], r"velmar: .*none\.xml.*")
+        self.assertEqual((self.folder / "picture.png").read_text(), "old")

@@ -17,7 +17,7 @@ from info import Info
 from interrupts import Interrupted, Targets, Together
 from picture import Picture
 from placing import Placing
-from render import Render
+from render import Render, RenderDocument
 from scene_info import SceneInfo
 from scenes import WholeScenes
 from store import Store

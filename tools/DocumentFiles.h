@@ -1,0 +1,45 @@
+#pragma once
+
+#include "reference.h"
+#include "velmarapi.h"
+
+#include "scene/SceneNodeRoot.h"
+#include "scene/reading/SceneXMLReader.h"
+#include "tools/OutputFile.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Scene documents as commands read and write them, and the files that they name.
+
+/// Where the files are that a document names.
+class DocumentFiles {
+  public:
+    /// For the document at `path`.
+    explicit DocumentFiles(const std::string& path);
+
+    /// The file that the document calls `name`: as seen from the document, which is where a reader looks, or from
+    /// here. Where there is no such file, the first place. Empty for an empty name.
+    std::string find(const std::string& name) const;
+
+  private:
+    /// Of the document, with the separator; empty when that is here.
+    std::string folder;
+    /// The same of what the document is a link to.
+    std::string real_folder;
+};
+
+/// Whether a path in a document is more than one as seen from the document's folder.
+bool isAbsolutePath(std::string_view path);
+
+/// Reads a document without its meshes. Throws `Failure` that names the file and, for what is wrong in it, line and
+/// column. Elements that nothing knows are skipped; `request` may ask for them.
+Velmar::Reference<Velmar::SceneNodeRoot> readDocument(const std::string& path, Velmar::SceneReadRequest request = {});
+
+/// Reads the mesh files of a document. Throws `Failure` that names the mesh and its file.
+void loadDocumentMeshes(Velmar::SceneNodeRoot& scene, const std::string& path);
+
+/// The scene as the exported functions take it, from whoever holds it last.
+VelmarScene* releaseScene(Velmar::Reference<Velmar::SceneNodeRoot>& scene);
