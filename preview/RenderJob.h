@@ -1,15 +1,8 @@
 #pragma once
 
-#include "preview/Camera.h"
-#include "preview/ImageStore.h"
-#include "preview/Lights.h"
-#include "preview/PathTracer.h"
-#include "preview/Picture.h"
-#include "preview/ToneMapping.h"
+#include "preview/PreparedRender.h"
 #include "preview/World.h"
 #include "preview/velmarpreview.h"
-
-#include "scene/TraversalState.h"
 
 #include <atomic>
 #include <chrono>
@@ -62,30 +55,16 @@ class RenderJob {
   private:
     using Clock = std::chrono::steady_clock;
 
-    /// What a render is made of, in the order of dependence.
-    struct Parts {
-        std::unique_ptr<ImageStore> store;
-        std::unique_ptr<Camera> camera;
-        Background background;
-        Lights lights;
-        std::unique_ptr<PathTracer> tracer;
-        std::unique_ptr<ToneMapping> tone_mapping;
-        std::unique_ptr<PictureSettings> picture;
-    };
     struct Ticket {
         /// 0 for the coarse one.
         std::uint32_t pass;
-        PixelBox box;
+        PixelBox tile;
     };
 
     void run();
     bool prepare();
-    void makeTiles();
-    void bindAndLoad();
-    void runPass(Velmar::TraversalKind kind, const char* complaint);
     void renderAll();
     void work();
-    void renderTile(const Ticket& ticket, std::vector<float>& values) const;
     std::optional<Ticket> nextTile();
     void finishTile();
     bool isHalted() const;
@@ -93,7 +72,7 @@ class RenderJob {
     void savePicture();
     void end(bool with_picture);
     double activeSeconds() const;
-    std::shared_ptr<const Parts> getParts() const;
+    std::shared_ptr<const PreparedRender> getRender() const;
     void setState(int new_state);
     unsigned chooseThreads(const Velmar::SceneNodeRenderSettings* settings) const;
 
@@ -107,9 +86,7 @@ class RenderJob {
 
     std::thread control;
     std::unique_ptr<World> world;
-    std::shared_ptr<const Parts> parts;
-    std::vector<PixelBox> tiles;
-    std::uint32_t block = 1;
+    std::shared_ptr<const PreparedRender> render;
     unsigned thread_count = 1;
     double halt_seconds = 0.0;
     double halt_samples = 0.0;

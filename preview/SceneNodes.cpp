@@ -1,6 +1,11 @@
 #include "preview/SceneNodes.h"
 
+#include "scene/TraversalState.h"
+#include "scene/nodes/SceneNodeMesh.h"
+
 #include <cstdio>
+#include <exception>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -15,6 +20,24 @@ void keepFirst(const Node*& kept, const Velmar::SceneNode* node, const char* kin
         kept = static_cast<const Node*>(node);
     else
         report(std::string("the scene has more than one ") + kind + "; the first counts");
+}
+
+void runPass(const Velmar::SceneNodeRoot& scene, Velmar::TraversalKind kind, const char* complaint) {
+    // By its table, as everything of the host's: the class itself would name the host's code.
+    Velmar::SceneNode& root = const_cast<Velmar::SceneNodeRoot&>(scene);
+    const Velmar::String nowhere("");
+    const auto destroy = [&](Velmar::TraversalState* state) { root.destroyTraversalState(state); };
+    const std::unique_ptr<Velmar::TraversalState, decltype(destroy)> state(
+        root.createTraversalState(kind, nowhere, nowhere), destroy);
+    for (const Velmar::Reference<Velmar::SceneNode>& child : scene.children()) {
+        try {
+            if (child) child->traverse(*state);
+        } catch (const std::exception& exception) {
+            report(std::string(complaint) + ": " + exception.what());
+        } catch (...) {
+            report(complaint);
+        }
+    }
 }
 
 } // namespace
@@ -32,6 +55,29 @@ void report(std::string_view text) noexcept {
         // Then it may be written again.
     }
     std::fprintf(stderr, "velmar preview: %.*s\n", static_cast<int>(text.size()), text.data());
+}
+
+void bindAndLoad(const Velmar::SceneNodeRoot& scene) {
+    bool unbound = false;
+    bool unloaded = false;
+    for (const Velmar::Reference<Velmar::SceneNode>& child : scene.children()) {
+        if (!child) continue;
+        const Velmar::SceneNode* const node = child.getPointer();
+        if (node->getType() == Velmar::NodeType::Mesh) {
+            const auto* const mesh = static_cast<const Velmar::SceneNodeMesh*>(node);
+            unloaded = unloaded || (!mesh->mesh && !mesh->path.empty());
+        } else if (node->getType() == Velmar::NodeType::Object) {
+            const auto* const model = static_cast<const Velmar::SceneNodeModel*>(node);
+            unbound = unbound || !model->geometry || (model->materials.empty() && !model->material_uids.empty());
+            for (const Velmar::Reference<Velmar::EmissionScale>& scale : model->emission_scales)
+                unbound = unbound || (scale && !scale->material);
+        } else if (node->getType() == Velmar::NodeType::Sphere) {
+            const auto* const sphere = static_cast<const Velmar::SceneNodeSphere*>(node);
+            unbound = unbound || (!sphere->material && sphere->material_uid != Velmar::invalid_uid);
+        }
+    }
+    if (unloaded) runPass(scene, Velmar::TraversalKind::LoadMeshes, "a mesh can't be loaded");
+    if (unbound) runPass(scene, Velmar::TraversalKind::BindReferences, "a node refers to nodes that aren't there");
 }
 
 SceneNodes::SceneNodes(const Velmar::SceneNodeRoot& root) {

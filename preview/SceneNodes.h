@@ -17,6 +17,10 @@ namespace Preview {
 /// rendered is worth one line, however many objects ask for it. Safe from any thread, and when memory is exhausted.
 void report(std::string_view text) noexcept;
 
+/// Has the host's own passes bind and load what the nodes of a scene know by UIDs and file names alone, as those of a
+/// document do. What they can't find is reported. Throws `std::bad_alloc`.
+void bindAndLoad(const Velmar::SceneNodeRoot& scene);
+
 /// The nodes of a scene by kind. Where a scene has several of a kind of which one counts, the first does. Null where
 /// there is none.
 struct SceneNodes {
