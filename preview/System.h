@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -10,9 +11,20 @@ namespace Preview::System {
 /// The variable's value, or an empty text.
 std::string getEnvironment(const char* name);
 
-/// Writes a whole file so that nobody sees a part of it: under another name first, which then takes the file's place.
-/// Returns an empty text, or what went wrong.
+/// Writes a whole file so that nobody sees a part of it: under a name of its own first, which then takes the file's
+/// place. If several threads or processes write one path, one of their files is there in the end. Returns an empty
+/// text, or what went wrong; then there is no new file. Throws `std::bad_alloc`.
 std::string writeFileAtomically(const std::string& path, std::span<const unsigned char> bytes);
+
+/// The ending of a file that isn't complete, another one with each call.
+inline std::string temporaryEnding(std::uint32_t process) {
+    static std::atomic<std::uint32_t> count = 0;
+    return std::string(1, '.')
+        .append(std::to_string(process))
+        .append(1, '-')
+        .append(std::to_string(++count))
+        .append(".part");
+}
 
 /// Reads a whole file of at most `max_size` bytes. Returns an empty text, or what went wrong.
 std::string readFile(const std::string& path, std::uint64_t max_size, std::string& bytes);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <pthread.h>
 #include <unistd.h>
@@ -34,15 +35,30 @@ std::string getEnvironment(const char* name) {
 
 std::string writeFileAtomically(const std::string& path, std::span<const unsigned char> bytes) {
     const std::string target = systemPath(path);
-    const std::string temporary = target + "." + std::to_string(getpid()) + ".part";
-    File file(std::fopen(temporary.c_str(), "wb"));
-    if (file == nullptr) return std::strerror(errno);
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    const bool closed = std::fclose(file.release()) == 0;
-    if (written && closed && std::rename(temporary.c_str(), target.c_str()) == 0) return {};
-    const std::string reason = std::strerror(errno);
+    std::string temporary;
+    int descriptor = -1;
+    // A file of that name may be left by a process that was killed.
+    do {
+        temporary = target + temporaryEnding(static_cast<std::uint32_t>(getpid()));
+        descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    } while (descriptor < 0 && errno == EEXIST);
+    if (descriptor < 0) return std::strerror(errno);
+    File file(fdopen(descriptor, "wb"));
+    int error = errno;
+    if (file == nullptr) {
+        close(descriptor);
+    } else {
+        const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+        error = errno;
+        const bool closed = std::fclose(file.release()) == 0;
+        if (written) error = errno;
+        if (written && closed) {
+            if (std::rename(temporary.c_str(), target.c_str()) == 0) return {};
+            error = errno;
+        }
+    }
     std::remove(temporary.c_str());
-    return reason;
+    return std::strerror(error);
 }
 
 std::string readFile(const std::string& path, std::uint64_t max_size, std::string& bytes) {

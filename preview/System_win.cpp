@@ -1,7 +1,11 @@
 #include "preview/System.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
+#include <io.h>
 #include <memory>
+#include <sys/stat.h>
 #include <windows.h>
 
 namespace Preview::System {
@@ -29,6 +33,19 @@ std::string narrow(const std::wstring& text) {
     return result;
 }
 
+/// Gives `from` the name `to`. Where somebody else does the same, or reads the file, at this moment, Windows refuses;
+/// that is over soon.
+bool replaceFile(const std::wstring& from, const std::wstring& to) {
+    constexpr int max_attempts = 100;
+    for (int attempt = 1;; ++attempt) {
+        if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0) return true;
+        const DWORD error = GetLastError();
+        const bool may_pass = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+        if (!may_pass || attempt == max_attempts) return false;
+        Sleep(1);
+    }
+}
+
 } // namespace
 
 std::string getEnvironment(const char* name) {
@@ -42,12 +59,22 @@ std::string getEnvironment(const char* name) {
 
 std::string writeFileAtomically(const std::string& path, std::span<const unsigned char> bytes) {
     const std::wstring target = widen(path);
-    const std::wstring temporary = target + L"." + std::to_wstring(GetCurrentProcessId()) + L".part";
-    File file(_wfopen(temporary.c_str(), L"wb"));
-    if (file == nullptr) return "the file can't be opened for writing";
-    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    const bool closed = std::fclose(file.release()) == 0;
-    if (written && closed && MoveFileExW(temporary.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != 0) return {};
+    std::wstring temporary;
+    int descriptor = -1;
+    // A file of that name may be left by a process that was killed.
+    do {
+        temporary = target + widen(temporaryEnding(GetCurrentProcessId()));
+        descriptor = _wopen(temporary.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY, _S_IREAD | _S_IWRITE);
+    } while (descriptor < 0 && errno == EEXIST);
+    if (descriptor < 0) return "the file can't be opened for writing";
+    File file(_fdopen(descriptor, "wb"));
+    if (file == nullptr) {
+        _close(descriptor);
+    } else {
+        const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+        const bool closed = std::fclose(file.release()) == 0;
+        if (written && closed && replaceFile(temporary, target)) return {};
+    }
     DeleteFileW(temporary.c_str());
     return "the file can't be written";
 }
