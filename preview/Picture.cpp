@@ -116,7 +116,8 @@ PictureSettings::PictureSettings(const Velmar::SceneNodeRenderSettings* settings
     }
     const auto* const cubic = static_cast<const Velmar::DownsizeFilterMNCubic*>(filter);
     // The margin of the image store is 4 pixels wide.
-    if (!std::isfinite(cubic->blur) || !std::isfinite(cubic->ring) || !(cubic->radius >= 0.5) ||
+    constexpr double max_weight = 100.0;
+    if (!(std::abs(cubic->blur) <= max_weight) || !(std::abs(cubic->ring) <= max_weight) || !(cubic->radius >= 0.5) ||
         !(cubic->radius <= 4.0)) {
         report("a filter for downsizing whose numbers make no sense is taken as its default");
         return;

@@ -32,6 +32,18 @@ float hable(float x) {
     return (x * (a * x + c * b) + d * e) / (x * (a * x + b) + d * f) - e / f;
 }
 
+/// A value of 0 to 1 as a byte; 0 for what isn't a number.
+unsigned char toByte(float value) {
+    return value > 0.0f ? static_cast<unsigned char>(std::min(value, 1.0f) * 255.0f + 0.5f) : 0;
+}
+
+/// Whether values at ascending places can be mixed.
+bool isCurve(const std::vector<float>& xs, const std::vector<float>& ys) {
+    const auto finite = [](float value) { return std::isfinite(value); };
+    return xs.size() == ys.size() && std::all_of(xs.begin(), xs.end(), finite) &&
+           std::all_of(ys.begin(), ys.end(), finite) && std::is_sorted(xs.begin(), xs.end());
+}
+
 float finiteOr(double value, float otherwise) {
     const auto single = static_cast<float>(value);
     return std::isfinite(single) ? single : otherwise;
@@ -111,9 +123,7 @@ bool ResponseCurve::parse(const std::string& text) {
     }
     if (found.empty()) return false;
     for (const Curve& curve : found)
-        if (curve.exposures.size() < 2 || curve.exposures.size() != curve.values.size() ||
-            !std::is_sorted(curve.exposures.begin(), curve.exposures.end()))
-            return false;
+        if (curve.exposures.size() < 2 || !isCurve(curve.exposures, curve.values)) return false;
     for (std::size_t colour = 0; colour < 3; ++colour)
         curves[colour] = found.size() >= 3 ? found[colour] : found[0];
     return true;
@@ -177,10 +187,11 @@ ToneMapping::ToneMapping(const Velmar::SceneNodeTonemapping* node, const Velmar:
             if (nodes[i] == nullptr || nodes[i]->knots.empty()) continue;
             Curve curve{{nodes[i]->knots.begin(), nodes[i]->knots.end()},
                         {nodes[i]->values.begin(), nodes[i]->values.end()}};
-            if (curve.knots.size() == curve.values.size() && std::is_sorted(curve.knots.begin(), curve.knots.end()))
+            if (isCurve(curve.knots, curve.values))
                 curves[i] = std::move(curve);
             else
-                report("a colour curve whose knots don't ascend or don't match its values isn't rendered");
+                report("a colour curve whose knots don't ascend or don't match its values, or aren't finite, isn't "
+                       "rendered");
         }
     }
 }
@@ -213,8 +224,7 @@ Vec3 ToneMapping::displayOf(Vec3 light, float mean) const {
 }
 
 unsigned char ToneMapping::byteOf(float encoded, std::size_t colour) const {
-    const float curved = curves[colour + 1].at(curves[0].at(encoded));
-    return static_cast<unsigned char>(std::clamp(curved, 0.0f, 1.0f) * 255.0f + 0.5f);
+    return toByte(curves[colour + 1].at(curves[0].at(encoded)));
 }
 
 std::vector<unsigned char> ToneMapping::apply(const Picture& picture) const {
@@ -228,8 +238,7 @@ std::vector<unsigned char> ToneMapping::apply(const Picture& picture) const {
         bytes.push_back(byteOf(shown.x, 0));
         bytes.push_back(byteOf(shown.y, 1));
         bytes.push_back(byteOf(shown.z, 2));
-        if (with_alpha)
-            bytes.push_back(static_cast<unsigned char>(std::clamp(picture.alpha[i], 0.0f, 1.0f) * 255.0f + 0.5f));
+        if (with_alpha) bytes.push_back(toByte(picture.alpha[i]));
     }
     return bytes;
 }

@@ -1,8 +1,12 @@
 // Scenes that make no sense: each is reported or drawn as far as it can be, and the host continues.
 
+#include "scene/Rotations.h"
+#include "scene/nodes/ImageSettings.h"
 #include "tests/preview/PreviewRender.h"
 #include "tests/support/PlainNode.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -89,6 +93,13 @@ TEST(PreviewBadScene, SizesOutOfRangeAreRefused) {
     const Outcome wide = renderBad(scene);
     EXPECT_EQ(wide.state, VELMAR_PREVIEW_FAILED);
     EXPECT_EQ(wide.report, "velmar preview: a picture of 100000 x 1 pixels is too large; nothing is rendered\n");
+    scene.settings->width.set(1);
+    scene.settings->height.set(100000);
+    EXPECT_REPORTED(renderBad(scene), "a picture of 1 x 100000 pixels is too large");
+    scene.settings->height.set(0);
+    EXPECT_EQ(renderBad(scene).state, VELMAR_PREVIEW_FAILED);
+    scene.settings->height.set(-1);
+    EXPECT_EQ(renderBad(scene).state, VELMAR_PREVIEW_FAILED);
 }
 
 TEST(PreviewBadScene, ImageStoreThatWrappedIsNotWrittenTo) {
@@ -118,6 +129,59 @@ TEST_F(PreviewBadInput, ModelsWithTransformationsThatMakeNoSenseAreLeftOut) {
     const Outcome outcome = renderBad(scene);
     EXPECT_REPORTED(outcome, "has a transformation that isn't finite or can't be inverted");
     expectRest(outcome);
+}
+
+TEST_F(PreviewBadInput, ModelsWithMatricesThatMakeNoSenseAreLeftOut) {
+    constexpr double infinite = std::numeric_limits<double>::infinity();
+    for (const std::array<double, 9>& matrix : {std::array<double, 9>{1, 0, 0, 0, 1, 0, 1, 1, 0},
+                                                {},
+                                                {not_a_number, 0, 0, 0, 1, 0, 0, 0, 1},
+                                                {infinite, 0, 0, 0, 1, 0, 0, 0, 1},
+                                                {1e200, 0, 0, 0, 1e200, 0, 0, 0, 1e200}}) {
+        auto* const rotation = new MatrixRotation;
+        std::copy(matrix.begin(), matrix.end(), std::begin(rotation->matrix));
+        scene.addSquare(0, 2, 0, 1, scene.addMaterial(0.1))->rotation = rotation;
+    }
+    KeyFrame& sheared = scene.addSquare(0, 2, 0, 1, scene.addMaterial(0.1))->keyframes[0];
+    std::fill(std::begin(sheared.S), std::end(sheared.S), 1.0);
+    KeyFrame& turned = scene.addSquare(0, 2, 0, 1, scene.addMaterial(0.1))->keyframes[0];
+    turned.angle = 1;
+    turned.axis = {0, 0, 0};
+    scene.addSquare(0, 2, 0, 1, scene.addMaterial(0.1))->keyframes[0].angle = not_a_number;
+    expectRest(renderBad(scene));
+}
+
+TEST_F(PreviewBadInput, HugeNumbersAreDrawnAsFarAsTheyGo) {
+    mesh().addVertex({3e38f, 3, 0});
+    mesh().addVertex({-3e38f, 3, 3e38f});
+    mesh().triangles.push_back({{0, 4, 5}, {0, 0, 0}, 0});
+    scene.addSquare(1e30, 1e30, -1e30, 1e20, scene.addMaterial(0.1));
+    scene.addSphere({1e19, 1e19, 0}, 1e18, scene.addMaterial(0.1));
+    scene.addSphere({0, 1e300, 0}, 1e18, scene.addMaterial(0.1));
+    scene.addSquare(0, -1e18, 0, 1e18, scene.addEmitter(1e300));
+    const Outcome outcome = renderBad(scene);
+    ASSERT_EQ(outcome.state, VELMAR_PREVIEW_FINISHED);
+    EXPECT_TRUE(std::isfinite(outcome.picture.mean()));
+}
+
+TEST_F(PreviewBadInput, SunWithoutADirectionIsTakenAsUp) {
+    PreviewScene sunny;
+    sunny.setSunSky({not_a_number, 0, 0});
+    const Outcome outcome = renderBad(sunny);
+    EXPECT_REPORTED(outcome, "the sun's direction makes no sense; taken as up");
+    EXPECT_GT(outcome.picture.mean(), 0.0);
+}
+
+TEST_F(PreviewBadInput, FilterThatMakesNoSenseIsTakenByDefaults) {
+    scene.settings->super_sample_factor.set(2);
+    auto* const filter = new DownsizeFilterMNCubic;
+    filter->blur = not_a_number;
+    scene.settings->downsize_filter = filter;
+    const Outcome outcome = renderBad(scene);
+    EXPECT_REPORTED(outcome, "a filter for downsizing whose numbers make no sense is taken as its default");
+    EXPECT_FLOAT_EQ(outcome.picture.at(8, 8).g, 0.5f);
+    filter->blur = 1e300;
+    EXPECT_FLOAT_EQ(renderBad(scene).picture.at(8, 8).g, 0.5f);
 }
 
 TEST_F(PreviewBadInput, FacesWithVerticesThatAreNotThereAreLeftOut) {

@@ -255,6 +255,29 @@ TEST(PreviewToneMapping, CameraTakesItsCurveFromAFile) {
     EXPECT_EQ(shownOf(scene), std::lround(0.8 * 255)) << "an exposure of one half";
 }
 
+TEST(PreviewToneMapping, CurvesThatAreNotFiniteAreNotTaken) {
+    PreviewScene scene(4, 4);
+    scene.setUniformBackground(1.0);
+    const TempDir dir;
+    const std::string path = dir.file("curve.txt");
+    std::ofstream(systemPath(path)) << "A film\ngraph\nI =\n0 1\nB = nan nan\n";
+    scene.tone_mapping->response_function_path = path.c_str();
+    scene.tone_mapping->tone_mapper_kind = 1002;
+    scene.tone_mapping->film_iso = 1e9;
+    scene.camera->aperture_radius = scene.camera->lens_sensor_dist;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(shownOf(scene), 255);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("holds no curve"), std::string::npos);
+
+    scene.tone_mapping->tone_mapper_kind = 1000;
+    scene.settings->colour_curves = new ColourCurves;
+    Vector<float> knots;
+    for (const float at : {0.0f, std::numeric_limits<float>::quiet_NaN()})
+        knots.push_back(at);
+    scene.settings->colour_curves->overall = new SceneNodeCurve1D(knots, knots);
+    EXPECT_EQ(shownOf(scene), 255);
+}
+
 TEST(PreviewToneMapping, WhitePointIsShownWithoutAColour) {
     PreviewScene scene(4, 4);
     scene.setUniformBackground(0.5);

@@ -132,6 +132,16 @@ TEST_F(PreviewTexture, MissingAndBrokenImagesAreReportedAndGrey) {
     EXPECT_NE(report.find("texture 'no such image.png': "), std::string::npos) << report;
 }
 
+TEST_F(PreviewTexture, ImagesThatEndTooEarlyAreGreyOrDrawnAsFarAsTheyGo) {
+    const std::string whole = readFileBytes(VELMAR_TEST_DATA "/preview.png");
+    for (std::size_t size = 0; size < whole.size(); size += whole.size() / 12 + 1) {
+        std::ofstream(systemPath(path), std::ios::binary) << whole.substr(0, size);
+        EXPECT_TRUE(std::isfinite(renderPreview(scene, 1).mean())) << size;
+    }
+    param->texture.path = dir.path().c_str();
+    EXPECT_FLOAT_EQ(static_cast<float>(renderPreview(scene, 4).mean()), 0.8f) << "a folder";
+}
+
 TEST_F(PreviewTexture, EmissionMayComeFromAnImage) {
     DiffuseMaterial& material = PreviewScene::diffuse(model->materials[0].getPointer());
     material.emission = param;
