@@ -5,7 +5,7 @@
 #include "tools/MeshMeasures.h"
 #include "tools/MeshPicture.h"
 #include "tools/Placement.h"
-#include "tools/PngFile.h"
+#include "tools/Preview.h"
 #include "tools/SceneDocument.h"
 
 #include <cstdint>
@@ -177,14 +177,21 @@ void addMesh(JsonWriter& json, const MeshInfo& info) {
 std::uint64_t writePicture(const InfoOptions& options, const MeshInfo& info) {
     const std::string fault = findFaultyFace(*info.mesh);
     if (!fault.empty()) throw Failure(info.path + ": can't be drawn: " + fault);
-    turnMesh(*info.mesh, makeUpright(options.up, info.path));
-    GreyImage image;
+    OutputFile output(options.picture, ".png");
+    PictureView view = options.view;
+    view.upright = makeUpright(options.up, info.path);
+    VelmarScene* scene = nullptr;
     try {
-        image = drawMesh(*info.mesh, options.view);
+        scene = makePictureScene(*info.mesh, view);
     } catch (...) {
         throw makeFailureOf(info.path);
     }
-    return writePng(image, options.picture);
+    Progress progress(options.quiet);
+    renderPicture(scene, {}, output, options.picture, [&](const VelmarPreviewProgress& now) {
+        progress.show("drawing " + Text::fileName(options.picture) + ": " + describeProgress(now));
+    });
+    progress.clear();
+    return output.commit();
 }
 
 // ---- the command ---------------------------------------------------------------------------------------------------
@@ -291,6 +298,7 @@ Command addInfoCommand(CLI::App& tool) {
         "The checksum names the content: meshes of equal content share it, and a scene's mesh files have it in their "
         "names. Edges, the volume and duplicates are those of the mesh with vertices of equal position joined. Of a "
         "scene the nodes are listed, and with each mesh its file, which must exist: it is looked for from where the "
-        "document is, then from the working directory. Exit codes: 0 done, 1 failed, 2 wrong usage.");
+        "document is, then from the working directory. A picture is drawn by the renderer library in the folder "
+        "vs2017_64 beside this program. Exit codes: 0 done, 1 failed, 2 wrong usage.");
     return {app, [options] { run(*options); }};
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "velmarapi.h"
+
 #include "mesh/Mesh.h"
-#include "tools/PngFile.h"
+#include "tools/Placement.h"
 
 #include <cstdint>
 
@@ -13,10 +15,12 @@ struct PictureView {
     double azimuth = 30;
     /// Degrees above the horizon.
     double elevation = 20;
-    /// Whether the height of the mesh is y, else z.
-    bool y_up = false;
+    /// Turns the mesh so that its height is z.
+    Placement upright;
 };
 
-/// Draws the faces of a mesh, shaded, seen without perspective and filling the image. The faces must refer to vertices
-/// that are there; those with a vertex that isn't finite are left out. Throws `Failure` when nothing is left to see.
-GreyImage drawMesh(const Velmar::Mesh& mesh, const PictureView& view);
+/// A scene for the preview renderer: the mesh in even grey before a brighter background, lit from the viewer's upper
+/// left, seen without perspective and filling the picture. The mesh is turned, moved and scaled into the picture's
+/// space; the scene takes it as it is then. The faces must refer to vertices that are there; those with a vertex that
+/// isn't finite are left out. The caller owns the scene. Throws `Failure` when nothing is left to see.
+VelmarScene* makePictureScene(Velmar::Mesh& mesh, const PictureView& view);

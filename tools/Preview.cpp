@@ -3,6 +3,8 @@
 #include "tools/Console.h"
 #include "tools/System.h"
 
+#include <cmath>
+#include <cstdio>
 #include <memory>
 
 namespace {
@@ -75,4 +77,38 @@ VelmarPreviewProgress Preview::getProgress() const {
     VelmarPreviewProgress progress{};
     get<decltype(VelmarPreview_GetProgress)>("VelmarPreview_GetProgress")(renderer, &progress);
     return progress;
+}
+
+std::string describeProgress(const VelmarPreviewProgress& progress) {
+    char text[128];
+    if (progress.state == VELMAR_PREVIEW_PREPARING) return "preparing";
+    // What is left by the limit that ends the render first.
+    double left = -1;
+    if (progress.halt_samples > 0 && progress.samples > 0)
+        left = progress.seconds * (progress.halt_samples / progress.samples - 1);
+    if (progress.halt_seconds > 0 && (left < 0 || progress.halt_seconds - progress.seconds < left))
+        left = progress.halt_seconds - progress.seconds;
+    if (progress.halt_samples > 0)
+        std::snprintf(text, sizeof text, "%.0f of %.0f samples", progress.samples, progress.halt_samples);
+    else
+        std::snprintf(text, sizeof text, "%.0f samples", progress.samples);
+    std::string result = text;
+    if (left >= 0) {
+        std::snprintf(text, sizeof text, ", %.0f s left", std::ceil(left));
+        result += text;
+    }
+    return result;
+}
+
+VelmarPreviewProgress renderPicture(VelmarScene* scene, const PreviewSettings& settings, const OutputFile& output,
+                                    const std::string& image,
+                                    const std::function<void(const VelmarPreviewProgress&)>& show) {
+    Preview preview(scene, settings);
+    preview.render(show);
+    const VelmarPreviewProgress last = preview.getProgress();
+    // Written here, not by the threads that render: an interrupt would miss a file that they are about to make.
+    const Interrupts::Deferral deferral;
+    if (last.state != VELMAR_PREVIEW_FINISHED || !preview.writeImage(output.getPartialPath()))
+        throw Failure(image + ": the picture wasn't rendered");
+    return last;
 }

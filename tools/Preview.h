@@ -3,6 +3,8 @@
 #include "preview/velmarpreview.h"
 #include "velmarapi.h"
 
+#include "tools/OutputFile.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -39,3 +41,13 @@ class Preview {
     VelmarRenderer* renderer = nullptr;
     std::string library;
 };
+
+/// "12 of 64 samples, 5 s left"
+std::string describeProgress(const VelmarPreviewProgress& progress);
+
+/// Renders a scene to the end, writes the picture to the place of `output`, which is to be committed then, and returns
+/// the last progress. Takes the scene, also when it throws. Calls `show` several times a second. Throws `Failure` when
+/// nothing was rendered or written; `image` is the picture's name in its text.
+VelmarPreviewProgress renderPicture(VelmarScene* scene, const PreviewSettings& settings, const OutputFile& output,
+                                    const std::string& image,
+                                    const std::function<void(const VelmarPreviewProgress&)>& show);

@@ -10,7 +10,6 @@
 #include "tools/Preview.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -28,45 +27,14 @@ struct RenderOptions {
     bool quiet = false;
 };
 
-/// "12 of 64 samples, 5 s left"
-std::string describe(const VelmarPreviewProgress& progress) {
-    char text[128];
-    if (progress.state == VELMAR_PREVIEW_PREPARING) return "preparing";
-    // What is left by the limit that ends the render first.
-    double left = -1;
-    if (progress.halt_samples > 0 && progress.samples > 0)
-        left = progress.seconds * (progress.halt_samples / progress.samples - 1);
-    if (progress.halt_seconds > 0 && (left < 0 || progress.halt_seconds - progress.seconds < left))
-        left = progress.halt_seconds - progress.seconds;
-    if (progress.halt_samples > 0)
-        std::snprintf(text, sizeof text, "%.0f of %.0f samples", progress.samples, progress.halt_samples);
-    else
-        std::snprintf(text, sizeof text, "%.0f samples", progress.samples);
-    std::string result = text;
-    if (left >= 0) {
-        std::snprintf(text, sizeof text, ", %.0f s left", std::ceil(left));
-        result += text;
-    }
-    return result;
-}
-
 /// Renders the scene, which it takes, into the file.
 VelmarPreviewProgress renderInto(OutputFile& output, VelmarScene* scene, const RenderOptions& options,
                                  Progress& progress, const std::string& step) {
-    const std::string& image = options.paths.back();
-    VelmarPreviewProgress last{};
-    bool is_written = false;
     progress.show(step);
-    {
-        Preview preview(scene, options.preview);
-        preview.render([&](const VelmarPreviewProgress& now) { progress.show(step + ": " + describe(now)); });
-        last = preview.getProgress();
-        // Written here, not by the threads that render: an interrupt would miss a file that they are about to make.
-        const Interrupts::Deferral deferral;
-        is_written = last.state == VELMAR_PREVIEW_FINISHED && preview.writeImage(output.getPartialPath());
-    }
+    const VelmarPreviewProgress last =
+        renderPicture(scene, options.preview, output, options.paths.back(),
+                      [&](const VelmarPreviewProgress& now) { progress.show(step + ": " + describeProgress(now)); });
     progress.clear();
-    if (!is_written) throw Failure(image + ": the picture wasn't rendered");
     output.commit();
     return last;
 }

@@ -217,12 +217,15 @@ class Package(unittest.TestCase):
         self.assert_is_document(folder / "waves.xml")
         self.assertEqual(len(list(folder.glob("waves_meshes/*.vmmesh"))), 1)
 
-    def test_the_tool_draws_a_picture(self):
+    def test_the_tool_draws_pictures(self):
         folder = self.room()
         (folder / "square.obj").write_text("v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nf 1 2 3 4\n")
         run_program(program_of(TREE / "bin", "velmar"), "render", "square.obj", "square.png", "--width", "32",
                     "--height", "24", "--samples", "4", folder=folder)
         self.assertEqual((folder / "square.png").read_bytes()[:4], b"\x89PNG")
+        run_program(program_of(TREE / "bin", "velmar"), "info", "square.obj", "--picture", "mesh.png", "--width", "32",
+                    "--height", "24", folder=folder)
+        self.assertEqual((folder / "mesh.png").read_bytes()[:4], b"\x89PNG")
 
     @unittest.skipIf(WINDOWS, "man and bash are programs of the other system")
     def test_the_tool_has_a_manual_page_and_completion(self):

@@ -139,10 +139,11 @@ class Interrupted(ToolTest):
             for file in set(self.files()) - set(files):
                 self.assertEqual((self.folder / file).read_bytes(), whole[file])
 
+    @unittest.skipUnless(PREVIEW, "a build without the preview renderer")
     def test_a_picture(self):
-        self.write("a.obj", waves(150))
+        self.write("a.obj", waves(100))
         self.write("out.png", "old")
-        self.expect_old_or_new(["info", "a.obj", "--picture", "out.png"], ["out.png"])
+        self.expect_old_or_new(["info", "a.obj", "--picture", "out.png", "--width", "200", "--height", "150"], ["out.png"])
 
     @unittest.skipUnless(PREVIEW, "a build without the preview renderer")
     def test_render(self):
