@@ -22,8 +22,8 @@
 ///     void describe(Elements& elements, Described<Elements, SceneNodeCamera>& camera);
 ///
 /// that lists the elements in the order of writing, each with its field. The writer and the reader of documents visit
-/// the same description: `ElementWriter` writes what it lists, `ElementReader` looks for it. As a template it costs the
-/// writer nothing.
+/// the same description: `ElementWriter` writes what it lists, `ElementReader` looks for it, and `ElementVisitor`
+/// passes on the values. As a template it costs the writer nothing.
 ///
 /// A description says of an element:
 ///
@@ -55,6 +55,7 @@ inline constexpr std::string_view element_of{};
 class ElementWriter {
   public:
     static constexpr bool reads = false;
+    static constexpr bool writes = true;
 
     /// The elements are written at `depth_` tabs. `options_` may be null for elements without paths.
     ElementWriter(OStream& stream_, std::uint32_t depth_, const XMLWriteOptions* options_)

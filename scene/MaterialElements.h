@@ -79,7 +79,7 @@ template <class Elements, class Param>
 void describeParam(Elements& elements, std::string_view element, Param& param,
                    std::uint32_t textured_type = texture_param) {
     if (!elements.has(element, static_cast<bool>(param))) return;
-    if constexpr (!Elements::reads) writeTextureOfParam(elements, *param, textured_type);
+    if constexpr (Elements::writes) writeTextureOfParam(elements, *param, textured_type);
     elements.group(element, [&](Elements& inside) { inside.part(param); });
 }
 
@@ -157,6 +157,9 @@ void describeNamed(Elements& elements, Described<Elements, Reference<Material>>&
         // It must be there before it can be named.
         elements.part(material);
         describeName();
+    } else if constexpr (!Elements::writes) {
+        describeName();
+        elements.part(material);
     } else {
         describeName();
         if (material) material->writeXML(elements.stream, elements.depth - 1, *elements.options);

@@ -23,6 +23,8 @@ Command addInfoCommand(CLI::App& tool);
 Command addConvertCommand(CLI::App& tool);
 /// `velmar store`: what `velmar convert --store` has made is listed, checked and cleaned.
 Command addStoreCommand(CLI::App& tool);
+/// `velmar check`: faults of scene documents.
+Command addCheckCommand(CLI::App& tool);
 
 namespace CommandOptions {
 

@@ -5,7 +5,7 @@
 #include "tools/System.h"
 #include "utils/FileUtils.h"
 
-#include <utility>
+#include <algorithm>
 
 using namespace Velmar;
 
@@ -14,15 +14,21 @@ DocumentFiles::DocumentFiles(const std::string& path) : folder(Text::folderOf(pa
     real_folder = real_path == path ? folder : Text::folderOf(real_path);
 }
 
+std::vector<std::string> DocumentFiles::getPlaces(std::string name) const {
+    FileUtils::replaceChar(name, '\\', '/');
+    if (isAbsolutePath(name)) return {name};
+    std::vector<std::string> places = {folder + name};
+    // A document that a link names was written where it is.
+    for (const std::string& other : {real_folder + name, name})
+        if (std::find(places.begin(), places.end(), other) == places.end()) places.push_back(other);
+    return places;
+}
+
 std::string DocumentFiles::find(const std::string& name) const {
     if (name.empty()) return {};
-    std::string path = name;
-    FileUtils::replaceChar(path, '\\', '/');
-    if (isAbsolutePath(path)) return path;
-    // A document behind a link was written where it is.
-    for (const std::string& place : {folder + path, real_folder + path, path})
+    for (const std::string& place : getPlaces(name))
         if (FileUtils::fileExists(place)) return place;
-    return folder + path;
+    return {};
 }
 
 bool isAbsolutePath(std::string_view path) {
@@ -47,7 +53,8 @@ void loadDocumentMeshes(SceneNodeRoot& scene, const std::string& path) {
     for (const Reference<SceneNode>& child : scene.children()) {
         if (child->getType() != NodeType::Mesh) continue;
         auto& node = static_cast<SceneNodeMesh&>(*child);
-        const std::string file = files.find(toStdString(node.path));
+        std::string file = files.find(toStdString(node.path));
+        if (file.empty()) file = files.getPlaces(toStdString(node.path)).front();
         node.path = toVelmarString(file);
         try {
             node.traverse(state);

@@ -20,8 +20,11 @@ class DocumentFiles {
     /// For the document at `path`.
     explicit DocumentFiles(const std::string& path);
 
-    /// The file that the document calls `name`: as seen from the document, which is where a reader looks, or from
-    /// here. Where there is no such file, the first place. Empty for an empty name.
+    /// The places where the file that the document calls `name` may be: as seen from the document, which is where a
+    /// reader looks, or from here.
+    std::vector<std::string> getPlaces(std::string name) const;
+
+    /// The first of these where there is something, or an empty text.
     std::string find(const std::string& name) const;
 
   private:

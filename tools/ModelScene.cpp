@@ -4,6 +4,7 @@
 
 #include "tools/MeshFile.h"
 #include "tools/SceneImport.h"
+#include "tools/Vec.h"
 #include "utils/MappedFile.h"
 
 #include <algorithm>
@@ -109,7 +110,8 @@ class ModelReader {
         ViewPoint placed = camera;
         placed.position = group.apply(camera.position);
         placed.forwards = direction.apply(camera.forwards);
-        placed.up = direction.apply(camera.up);
+        // Only the scene is scaled.
+        placed.up = Vec::normalised(direction.apply(camera.up));
         return placed;
     }
 

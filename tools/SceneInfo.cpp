@@ -1,8 +1,8 @@
 #include "tools/Console.h"
+#include "tools/DocumentFiles.h"
 #include "tools/Json.h"
 #include "tools/MeshFile.h"
 #include "tools/SceneDocument.h"
-#include "tools/System.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
@@ -64,10 +64,7 @@ struct NodeList {
 
 class SceneInfo {
   public:
-    SceneInfo(std::string document_path, bool quiet)
-        : path(std::move(document_path)), folder(Text::folderOf(path)), progress(quiet) {
-        const std::string real_path = System::followLinks(path);
-        real_folder = real_path == path ? folder : Text::folderOf(real_path);
+    SceneInfo(std::string document_path, bool quiet) : path(std::move(document_path)), places(path), progress(quiet) {
         progress.show("reading " + Text::fileName(path));
         size = readSceneDocument(path, [this](DocumentNode&& node) { take(std::move(node)); });
         uids.sort();
@@ -153,25 +150,11 @@ class SceneInfo {
         return lists.back();
     }
 
-    /// Where a file may be that the document calls `name`: as seen from the document, which is where a reader looks, or
-    /// from here.
-    std::vector<std::string> getPlaces(std::string name) const {
-        FileUtils::replaceChar(name, '\\', '/');
-        const bool is_absolute = FileUtils::join("folder", name) == name;
-        if (is_absolute) return {name};
-        std::vector<std::string> places = {folder + name};
-        // A document that a link names was written where it is.
-        for (const std::string& other : {real_folder + name, name})
-            if (std::find(places.begin(), places.end(), other) == places.end()) places.push_back(other);
-        return places;
-    }
-
     void lookAt(const std::string& name, bool is_mesh) {
         if (files.contains(name)) return;
         FileReport& report = files[name];
-        const std::vector<std::string> places = getPlaces(name);
         std::string looked_for;
-        for (const std::string& place : places) {
+        for (const std::string& place : places.getPlaces(name)) {
             if (FileUtils::fileExists(place)) {
                 report = is_mesh ? lookAtMesh(place) : lookAtFile(place);
                 return;
@@ -253,10 +236,7 @@ class SceneInfo {
     static constexpr std::size_t max_listed = 1000;
 
     std::string path;
-    /// Of the document, with the separator; empty when that is here.
-    std::string folder;
-    /// The same of what the document is a link to.
-    std::string real_folder;
+    DocumentFiles places;
     Progress progress;
     std::uint64_t size = 0;
     std::uint64_t node_count = 0;

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <charconv>
 #include <system_error>
-#include <vector>
 
 namespace Velmar {
 
@@ -153,9 +152,6 @@ void ElementReader::parseInteger(const xml_node& child, Integer& field) {
     std::string_view rest = text;
     if (!takeNumber(rest, field) || !rest.empty())
         source.fail(child, quoted(text) + " is no whole number, or beyond 32 bits");
-    if (!source.wants_numbers) return;
-    const auto number = static_cast<double>(field);
-    source.noteNumbers(child, std::span(&number, 1));
 }
 
 void ElementReader::parse(const xml_node& child, std::int32_t& field) {
@@ -176,7 +172,6 @@ void ElementReader::parseNumbers(const xml_node& child, std::span<double> number
                             (numbers.size() == 1 ? " is no number, or out of range"
                                                  : " isn't a list of " + std::to_string(numbers.size()) + " numbers"));
     if (!trimmed(rest).empty()) source.fail(child, quoted(trimmed(rest)) + " after the last number");
-    if (source.wants_numbers) source.noteNumbers(child, numbers);
 }
 
 void ElementReader::parse(const xml_node& child, double& field) {
@@ -243,10 +238,6 @@ void ElementReader::numbers(std::string_view name, Vector<float>& field) {
         float number = 0.0f;
         if (!takeNumber(rest, number)) source.fail(found, quoted(text) + " isn't a list of numbers");
         field.push_back(number);
-    }
-    if (source.wants_numbers) {
-        const std::vector<double> numbers(field.begin(), field.end());
-        source.noteNumbers(found, numbers);
     }
     markRead(found);
 }

@@ -29,8 +29,6 @@ class ElementSource {
     virtual SceneDocumentError makeError(const pugi::xml_node& element, const std::string& fault) = 0;
     /// Receives what nothing reads.
     virtual void noteUnknown(const pugi::xml_node& element) = 0;
-    /// Receives the numbers of each value, if `wants_numbers`.
-    virtual void noteNumbers(const pugi::xml_node& element, std::span<const double> numbers) = 0;
 
     /// The text of an element: from the `<` of its first tag to the `>` of its last.
     std::string_view getOuterText(const pugi::xml_node& element);
@@ -41,8 +39,6 @@ class ElementSource {
 
     /// The characters of an element. Valid until the next call.
     std::string_view getValue(const pugi::xml_node& element);
-
-    bool wants_numbers = false;
 
   protected:
     ~ElementSource() = default;
@@ -56,6 +52,7 @@ class ElementSource {
 class ElementReader {
   public:
     static constexpr bool reads = true;
+    static constexpr bool writes = false;
 
     ElementReader(ElementSource& source_, const pugi::xml_node& element_)
         : source(source_), element(element_), first_unread(element_.first_child()) {}

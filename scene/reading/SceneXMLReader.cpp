@@ -166,9 +166,7 @@ class ReferenceBinder {
 
 class DocumentReader final : public ElementSource {
   public:
-    DocumentReader(std::string_view text_, const SceneReadRequest& request_) : request(request_), text(text_) {
-        wants_numbers = request.listener != nullptr;
-    }
+    DocumentReader(std::string_view text_, const SceneReadRequest& request_) : request(request_), text(text_) {}
 
     Reference<SceneNodeRoot> read() {
         try {
@@ -195,12 +193,8 @@ class DocumentReader final : public ElementSource {
         return makeErrorAt(getOffset(element), fault);
     }
 
-    void noteNumbers(const pugi::xml_node& element, std::span<const double> numbers) override {
-        request.listener->onNumbers(Place(*this, element), numbers);
-    }
-
     void noteUnknown(const pugi::xml_node& element) override {
-        if (request.listener != nullptr) request.listener->onUnknown(Place(*this, element));
+        if (request.listener != nullptr) request.listener->onUnknown(getOffset(element));
         if (request.unknown_elements == nullptr) return;
         const auto [line, column] = getLine(getOffset(element));
         request.unknown_elements->push_back({line, column, element.name(), element.parent().name()});
@@ -298,19 +292,6 @@ class DocumentReader final : public ElementSource {
     }
 
     // ---- places
-
-    class Place final : public ReadElement {
-      public:
-        Place(const DocumentReader& reader_, const pugi::xml_node& element_) : reader(reader_), element(element_) {
-            name = element.name();
-            parent = element.parent().name();
-        }
-        std::size_t getOffset() const override { return reader.getOffset(element); }
-
-      private:
-        const DocumentReader& reader;
-        const pugi::xml_node& element;
-    };
 
     /// The offset in the file of an offset in the part.
     std::size_t getOffsetInFile(std::size_t offset) const {

@@ -5,7 +5,6 @@
 #include "scene/SceneNodeRoot.h"
 
 #include <cstddef>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,20 +36,6 @@ struct UnknownElement {
     std::string parent;
 };
 
-/// An element while it is read.
-class ReadElement {
-  public:
-    std::string_view name;
-    /// Of the element that it is in.
-    std::string_view parent;
-
-    /// Where it begins in the file.
-    virtual std::size_t getOffset() const = 0;
-
-  protected:
-    ~ReadElement() = default;
-};
-
 /// Follows a document while it is read, in the order in which it is read.
 class ReadingListener {
   public:
@@ -58,12 +43,10 @@ class ReadingListener {
     ReadingListener(const ReadingListener&) = delete;
     ReadingListener& operator=(const ReadingListener&) = delete;
 
-    /// The numbers of a value: one, three of a vector, nine of a matrix, or those of a list.
-    virtual void onNumbers(const ReadElement& element, std::span<const double> numbers) = 0;
     /// A node with all its values, before it is in the scene, and where its element begins.
     virtual void onNode(const SceneNode& node, std::size_t offset) = 0;
-    /// An element that isn't read.
-    virtual void onUnknown(const ReadElement& element) = 0;
+    /// An element that isn't read, by the offset where it begins.
+    virtual void onUnknown(std::size_t offset) = 0;
 
   protected:
     ~ReadingListener() = default;

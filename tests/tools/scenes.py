@@ -71,6 +71,7 @@ class WholeScenes(ToolTest):
         self.run_tool("export", "-q", "--no-ground", "scene.gltf", "--at", "0,0,5", "--on-ground", "--scale", "2", "out.xml")
         self.assertEqual([self.numbers(model, "pos") for model in self.read_document("out.xml").iterfind("model2")],
                          [[20, 0, 5], [20, 0, 9]])
+        self.assertEqual(self.numbers(self.read_document("out.xml").find("camera"), "up"), [0, 0, 1])
 
     @unittest.skipIf(EMULATOR, "a build without the library")
     def test_what_has_no_place_is_listed(self):

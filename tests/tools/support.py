@@ -13,6 +13,8 @@ TOOL, EMULATOR = (os.path.abspath(path) if path else "" for path in sys.argv[1:3
 COMMAND = [EMULATOR, TOOL] if EMULATOR else [TOOL]
 # Whether the renderer library is beside the tool.
 PREVIEW = (pathlib.Path(TOOL).parent / "vs2017_64").is_dir()
+# The tree of sources.
+ROOT = pathlib.Path(__file__).resolve().parents[2]
 # What a text-mode file of the tool's system ends a line with.
 LINE_END = b"\r\n" if EMULATOR else b"\n"
 
@@ -54,14 +56,17 @@ class ToolTest(unittest.TestCase):
         return path
 
     def run_tool(self, *arguments, encoding="utf-8", **options):
-        done = subprocess.run(COMMAND + list(arguments), cwd=self.folder, stdin=subprocess.DEVNULL, capture_output=True,
-                              timeout=120, **options)
+        options = {"cwd": self.folder, "stdin": subprocess.DEVNULL, "capture_output": True, "timeout": 120, **options}
+        done = subprocess.run(COMMAND + list(arguments), **options)
         output = done.stdout.replace(b"\r\n", b"\n").decode(encoding)
         errors = done.stderr.replace(b"\r\n", b"\n").decode(encoding)
         if arguments[:1] == ("export",) and done.returncode == 0 and "--dry-run" not in arguments:
-            # Whatever the test looks at, the document must be XML.
+            # Whatever the test looks at, the document must be XML, and clean.
             for scene in [a for a in arguments if os.fsencode(a).lower().endswith(b".xml")]:
                 xml.etree.ElementTree.parse(self.folder / scene)
+                checked = subprocess.run(COMMAND + ["check", scene], **options)
+                is_dark = "none" in arguments and b"[no-light]" in checked.stdout
+                self.assertEqual((checked.returncode, b"" if is_dark else checked.stdout, checked.stderr), (0, b"", b""))
         return done.returncode, output, errors
 
     def expect(self, arguments, code=0, output="", errors=""):

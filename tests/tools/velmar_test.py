@@ -8,6 +8,7 @@ import unittest
 # The modules lie in the tree of sources, which a test run leaves as it is.
 sys.dont_write_bytecode = True
 
+from check import Check
 from convert import Convert, ConvertFolder
 from export import Export, Scene
 from faulty_input import Models, Options, Text
