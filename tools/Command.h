@@ -25,6 +25,8 @@ Command addConvertCommand(CLI::App& tool);
 Command addStoreCommand(CLI::App& tool);
 /// `velmar check`: faults of scene documents.
 Command addCheckCommand(CLI::App& tool);
+/// `velmar diff`: differences of two scene documents.
+Command addDiffCommand(CLI::App& tool);
 
 namespace CommandOptions {
 

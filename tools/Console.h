@@ -29,6 +29,9 @@ class UsageError : public std::runtime_error {
 /// Something failed and was reported already. The program ends with code 1.
 class ReportedFailure : public std::exception {};
 
+/// The same for a command for which code 1 is an answer. The program ends with code 2.
+class ReportedTrouble : public std::exception {};
+
 /// Prints a line on the standard error output.
 void printError(const std::string& message);
 

@@ -136,6 +136,7 @@ class Checker final : public ReadingListener {
 
     void flag(std::string_view, bool) {}
     void text(std::string_view, std::string_view, std::size_t) {}
+    void markup(std::string_view, std::string_view, std::size_t) {}
 
     void numbers(std::string_view element, std::span<const double> values) {
         const std::string_view parent = steps.empty() ? node_element : steps.back().element;

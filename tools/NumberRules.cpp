@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -71,8 +72,10 @@ constexpr Range ranges[] = {
 static_assert(std::ranges::is_sorted(ranges, {}, &Range::element));
 
 const Range* findRange(std::string_view parent, std::string_view element) {
-    for (const Range& range : std::ranges::equal_range(ranges, element, {}, &Range::element))
-        if (range.parent == parent) return &range;
+    const auto* const end = std::end(ranges);
+    for (const Range* range = std::ranges::lower_bound(ranges, element, {}, &Range::element);
+         range != end && range->element == element; ++range)
+        if (range->parent == parent) return range;
     return nullptr;
 }
 

@@ -24,10 +24,11 @@ namespace Velmar {
 ///     void numbers(std::string_view element, std::span<const double> values);
 ///     void numbers(std::string_view element, std::span<const float> values);
 ///     void text(std::string_view element, std::string_view value, std::size_t index);
+///     void markup(std::string_view element, std::string_view elements, std::size_t index); // of the renderer library
 ///     void file(std::string_view element, std::string_view path);
 ///     void reference(std::string_view element, const SceneNode* node, UID uid, std::size_t index); // null: not bound
 ///
-/// The text of a class of the renderer library has no name: it is all that is in the element entered last.
+/// Markup without a name is all that is in the element entered last.
 template <class Sink>
 class ElementVisitor {
   public:
@@ -160,14 +161,14 @@ class ElementVisitor {
         if (!part) return;
         const Material& material = *part;
         if (const auto* const foreign = dynamic_cast<const ForeignMaterial*>(&material))
-            sink.text(foreign->element.view(), foreign->content.text.view(), 0);
+            sink.markup(foreign->element.view(), foreign->content.text.view(), 0);
         else if (!visitMaterial<DiffuseMaterial>(part))
             visitMaterial<SunSkyMaterial>(part);
         describeSettings(*this, material);
     }
     void parts(const Vector<Reference<ShaderParameter>>& parts) {
         for (std::size_t i = 0; i < parts.size(); ++i)
-            sink.text("parameter", static_cast<const ForeignShaderParameter&>(*parts[i]).content.text.view(), i + 1);
+            sink.markup("parameter", static_cast<const ForeignShaderParameter&>(*parts[i]).content.text.view(), i + 1);
     }
     void node(const Reference<SceneNodeCurve1D>& node) {
         describeInside(element_of<SceneNodeCurve1D>, ++curve_count, *node);
@@ -189,7 +190,7 @@ class ElementVisitor {
     bool visitForeign(const Reference<Base>& part) {
         if (!part) return true;
         const auto* const foreign = dynamic_cast<const Foreign*>(part.getPointer());
-        if (foreign != nullptr) sink.text({}, foreign->content.text.view(), 0);
+        if (foreign != nullptr) sink.markup({}, foreign->content.text.view(), 0);
         return foreign != nullptr;
     }
 
@@ -210,7 +211,7 @@ class ElementVisitor {
     void family(const Reference<Base>& part) {
         if (!part) return;
         if (const auto* const foreign = dynamic_cast<const Foreign*>(part.getPointer()))
-            sink.text(element_of<Known>, foreign->content.text.view(), 0);
+            sink.markup(element_of<Known>, foreign->content.text.view(), 0);
         else
             describeWhole(*this, static_cast<const Known&>(*part));
     }
@@ -301,7 +302,7 @@ void visitNode(Sink& sink, const SceneNode& node) {
         return describe(visitor, static_cast<const SceneNodeCurve1D&>(node));
     default:
         visitor.name(node);
-        return sink.text({}, static_cast<const ForeignNode&>(node).content.text.view(), 0);
+        return sink.markup({}, static_cast<const ForeignNode&>(node).content.text.view(), 0);
     }
 }
 

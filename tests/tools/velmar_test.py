@@ -10,6 +10,7 @@ sys.dont_write_bytecode = True
 
 from check import Check
 from convert import Convert, ConvertFolder
+from diff import Diff
 from export import Export, Scene
 from faulty_input import Models, Options, Text
 from formats import Formats, Json
