@@ -9,7 +9,8 @@ target_include_directories(velmarkit
     PUBLIC "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>" "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/kit>"
            "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/cpp>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
 target_compile_definitions(velmarkit PRIVATE VELMAR_VERSION="${PROJECT_VERSION}")
-target_link_libraries(velmarkit PRIVATE $<BUILD_INTERFACE:velmar_import> $<BUILD_INTERFACE:velmar_core>)
+target_link_libraries(velmarkit PRIVATE $<BUILD_INTERFACE:velmar_reading> $<BUILD_INTERFACE:velmar_import>
+                                        $<BUILD_INTERFACE:velmar_core>)
 velmar_hardened(velmarkit)
 set_target_properties(velmarkit PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 if(WIN32)
@@ -21,7 +22,7 @@ function(velmar_static_kit target)
     target_sources(${target} PRIVATE ${kit_sources})
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/kit")
     target_compile_definitions(${target} PRIVATE VELMAR_VERSION="${PROJECT_VERSION}")
-    target_link_libraries(${target} PRIVATE velmar_import)
+    target_link_libraries(${target} PRIVATE velmar_reading velmar_import)
 endfunction()
 
 velmar_version_resource(velmarkit velmarkit.dll "VelmarAPI with statuses, and more")

@@ -126,6 +126,48 @@ VELMARKIT_API int32_t VelmarKit_Mesh_GetMaterialName(const VelmarMesh* mesh, uin
 VELMARKIT_API int32_t VelmarKit_Mesh_SetTextureCoordinates(VelmarMesh* mesh, int32_t num_sets, int32_t count,
                                                            const float* const* sets);
 
+/* ---- documents ---- */
+
+/**
+ * Reads a scene document and the mesh files that it names, as seen from the document. Nodes keep their order, their
+ * UIDs and their references. Elements of classes of a renderer library are kept as text: such a scene can be changed
+ * and written, and what the text describes is missing when it is rendered. Elements that nothing knows are left out.
+ *
+ * VelmarKit_Scene_WriteToXML writes the meshes too, so the scene may be written anywhere. Other files that a document
+ * names by relative paths, as profiles of lamps, keep these paths.
+ * @param path  the document.
+ * @param scene receives the scene, which the host owns. Nothing is made after a failure. What is wrong in a document is
+ *              reported as "PATH:LINE:COLUMN: error: ...".
+ */
+VELMARKIT_API int32_t VelmarKit_Scene_Read(const char* path, VelmarScene** scene);
+
+/** What a node is: which handle type fits it. */
+typedef enum VelmarKitNodeKind {
+    VELMARKIT_NODE_OTHER = 0,           /**< of a class that has no handle type, as spheres */
+    VELMARKIT_NODE_MESH = 1,            /**< VelmarMesh */
+    VELMARKIT_NODE_MODEL = 2,           /**< VelmarModel */
+    VELMARKIT_NODE_MATERIAL = 3,        /**< VelmarMaterialNode */
+    VELMARKIT_NODE_BACKGROUND = 4,      /**< VelmarBackground */
+    VELMARKIT_NODE_CAMERA = 5,          /**< VelmarCamera */
+    VELMARKIT_NODE_RENDER_SETTINGS = 6, /**< VelmarRenderSettings */
+    VELMARKIT_NODE_TONEMAPPING = 7      /**< VelmarTonemapping */
+} VelmarKitNodeKind;
+
+/**
+ * Gets a node of a scene. Either pointer may be null.
+ * @param index below VelmarKit_Scene_GetNodeCount, in the order of adding.
+ * @param node  receives the handle, which the scene owns.
+ * @param kind  receives a VelmarKitNodeKind.
+ */
+VELMARKIT_API int32_t VelmarKit_Scene_GetNode(const VelmarScene* scene, uint64_t index, void** node, int32_t* kind);
+
+/**
+ * Gets whether an option of a render is set: getters give 0 for one that isn't.
+ * @param option the name of its element in a document, as "halt_time".
+ */
+VELMARKIT_API int32_t VelmarKit_RenderSettings_IsSet(const VelmarRenderSettings* settings, const char* option,
+                                                     VelmarBool* is_set);
+
 /* ---- nodes ---- */
 
 /**

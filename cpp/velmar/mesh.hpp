@@ -147,6 +147,7 @@ class Mesh : public MeshSettings {
 
   private:
     friend class Model;
+    friend class Scene;
     using MeshSettings::MeshSettings;
 
     template <class Number>

@@ -22,6 +22,10 @@ class Camera : public CameraSettings {
     /// Sets the horizontal field of view, in radians: keeps the sensor's width and moves the lens.
     void setFieldOfView(double radians) { call(VelmarKit_Camera_SetFieldOfView, radians); }
     double fieldOfView() const { return get(VelmarKit_Camera_GetFieldOfView); }
+
+  private:
+    friend class Scene;
+    explicit Camera(VelmarCamera* node) : CameraSettings(node) {}
 };
 
 /// What is rendered, and for how long. The renderer uses its own default for what isn't set.
@@ -32,6 +36,18 @@ class RenderSettings : public RenderSettingsSettings {
         setWidth(width);
         setHeight(height);
     }
+
+    /// Whether an option is set.
+    /// @param element the name of its element in a document, as "halt_time".
+    bool isSet(const std::string& element) const {
+        VelmarBool value = 0;
+        call(VelmarKit_RenderSettings_IsSet, detail::textOf(element), &value);
+        return value != 0;
+    }
+
+  private:
+    friend class Scene;
+    explicit RenderSettings(VelmarRenderSettings* node) : RenderSettingsSettings(node) {}
 };
 
 /// How linear light becomes an image. The document contains the settings of the active kind only.
@@ -39,6 +55,10 @@ class Tonemapping : public TonemappingSettings {
   public:
     Tonemapping() : TonemappingSettings(created(VelmarKit_Tonemapping_Create)) {}
     explicit Tonemapping(TonemappingKind kind) : Tonemapping() { setKind(kind); }
+
+  private:
+    friend class Scene;
+    explicit Tonemapping(VelmarTonemapping* node) : TonemappingSettings(node) {}
 };
 
 /// The light from around the scene.
@@ -55,6 +75,7 @@ class Background : public Node<VelmarBackground> {
     }
 
   private:
+    friend class Scene;
     using Node::Node;
 };
 
@@ -70,6 +91,7 @@ class Material : public Node<VelmarMaterialNode> {
 
   private:
     friend class Model;
+    friend class Scene;
     using Node::Node;
 
     void setColour(const std::string& name, const Vec3& colour) {

@@ -4,7 +4,52 @@
 
 #include "nodes.hpp"
 
+#include <optional>
+
 namespace velmar {
+
+namespace detail {
+
+/// The VelmarKitNodeKind of a class of nodes, and its handle type.
+template <class Kind>
+struct KindOf;
+template <>
+struct KindOf<Mesh> {
+    using Handle = VelmarMesh;
+    static constexpr std::int32_t kind = VELMARKIT_NODE_MESH;
+};
+template <>
+struct KindOf<Model> {
+    using Handle = VelmarModel;
+    static constexpr std::int32_t kind = VELMARKIT_NODE_MODEL;
+};
+template <>
+struct KindOf<Material> {
+    using Handle = VelmarMaterialNode;
+    static constexpr std::int32_t kind = VELMARKIT_NODE_MATERIAL;
+};
+template <>
+struct KindOf<Background> {
+    using Handle = VelmarBackground;
+    static constexpr std::int32_t kind = VELMARKIT_NODE_BACKGROUND;
+};
+template <>
+struct KindOf<Camera> {
+    using Handle = VelmarCamera;
+    static constexpr std::int32_t kind = VELMARKIT_NODE_CAMERA;
+};
+template <>
+struct KindOf<RenderSettings> {
+    using Handle = VelmarRenderSettings;
+    static constexpr std::int32_t kind = VELMARKIT_NODE_RENDER_SETTINGS;
+};
+template <>
+struct KindOf<Tonemapping> {
+    using Handle = VelmarTonemapping;
+    static constexpr std::int32_t kind = VELMARKIT_NODE_TONEMAPPING;
+};
+
+} // namespace detail
 
 /// A scene, which holds the nodes that are added to it.
 ///
@@ -15,6 +60,33 @@ namespace velmar {
 class Scene : public Node<VelmarScene> {
   public:
     Scene() : Node(created(VelmarKit_Scene_Create)) {}
+
+    /// Reads a document, and the mesh files that it names. Throws DocumentError with line and column for what is wrong
+    /// in it.
+    static Scene read(const std::string& path) { return Scene(created(VelmarKit_Scene_Read, detail::textOf(path))); }
+
+    /// The nodes of a class, as `nodes<Camera>()`, in the order of adding.
+    template <class Kind>
+    std::vector<Kind> nodes() const {
+        return detail::allocating([&] {
+            std::vector<Kind> found;
+            const std::uint64_t count = nodeCount();
+            for (std::uint64_t i = 0; i < count; ++i)
+                if (const auto handle = nodeAt<Kind>(i)) found.push_back(Kind(handle));
+            return found;
+        });
+    }
+    /// The first node of a class with this name, as `find<Camera>("Camera")`; none if there is none.
+    template <class Kind>
+    std::optional<Kind> find(const std::string& name) const {
+        const std::uint64_t count = nodeCount();
+        for (std::uint64_t i = 0; i < count; ++i) {
+            const auto handle = nodeAt<Kind>(i);
+            if (handle == nullptr) continue;
+            if (Kind node(handle); node.name() == name) return node;
+        }
+        return std::nullopt;
+    }
 
     // Each appends a node and returns it. It may be changed later.
     Mesh add(Mesh node) { return added(VelmarKit_Scene_AddMesh, std::move(node)); }
@@ -55,6 +127,17 @@ class Scene : public Node<VelmarScene> {
     void write(const std::string& path) { call(VelmarKit_Scene_WriteToXML, detail::textOf(path)); }
 
   private:
+    using Node::Node;
+
+    /// Null for a node of another class.
+    template <class Kind>
+    typename detail::KindOf<Kind>::Handle* nodeAt(std::uint64_t index) const {
+        void* node = nullptr;
+        std::int32_t kind = 0;
+        call(VelmarKit_Scene_GetNode, index, &node, &kind);
+        return kind == detail::KindOf<Kind>::kind ? static_cast<typename detail::KindOf<Kind>::Handle*>(node) : nullptr;
+    }
+
     template <class Kind, class Handle>
     Kind added(std::int32_t (*function)(VelmarScene*, Handle*), Kind node) {
         call(function, node.handle());

@@ -315,6 +315,12 @@ namespace Velmar
         [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
         internal static extern int VelmarKit_Mesh_SetTextureCoordinates(NodeHandle a0, int a1, int a2, float** a3);
         [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
+        internal static extern int VelmarKit_Scene_Read(byte* a0, IntPtr* a1);
+        [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
+        internal static extern int VelmarKit_Scene_GetNode(NodeHandle a0, ulong a1, void** a2, int* a3);
+        [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
+        internal static extern int VelmarKit_RenderSettings_IsSet(NodeHandle a0, byte* a1, byte* a2);
+        [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
         internal static extern int VelmarKit_Node_GetName(NodeHandle a0, byte** a1, ulong* a2);
         [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
         internal static extern int VelmarKit_Scene_RemoveNode(NodeHandle a0, NodeHandle a1);

@@ -8,6 +8,8 @@ namespace Velmar
         /// <summary>A camera without a position.</summary>
         public Camera() : base(Create()) { }
 
+        internal Camera(IntPtr node) : base(node) { }
+
         /// <summary>Turns the camera from its position towards a target, with z upwards in the image.</summary>
         public void LookAt(Vec3 target) { LookAt(target, new Vec3(0, 0, 1)); }
 
@@ -33,8 +35,18 @@ namespace Velmar
         /// <summary>Settings of which none is set.</summary>
         public RenderSettings() : base(Create()) { }
 
+        internal RenderSettings(IntPtr node) : base(node) { }
+
         /// <summary>Settings for an image of this size, in pixels.</summary>
         public RenderSettings(int width, int height) : this() { Width = width; Height = height; }
+
+        /// <summary>Whether an option is set, by the name of its element in a document, as "halt_time".</summary>
+        public bool IsSet(string element)
+        {
+            byte value;
+            fixed (byte* text = Utf8(element)) Check(Native.VelmarKit_RenderSettings_IsSet(Handle, text, &value));
+            return value != 0;
+        }
 
         private static IntPtr Create() { IntPtr node; Check(Native.VelmarKit_RenderSettings_Create(&node)); return node; }
     }
@@ -45,6 +57,8 @@ namespace Velmar
         /// <summary>A tone mapping of the default kind.</summary>
         public Tonemapping() : base(Create()) { }
 
+        internal Tonemapping(IntPtr node) : base(node) { }
+
         /// <summary>A tone mapping of a kind.</summary>
         public Tonemapping(TonemappingKind kind) : this() { Kind = kind; }
 
@@ -54,7 +68,7 @@ namespace Velmar
     /// <summary>The light from around the scene.</summary>
     public sealed unsafe class Background : Node
     {
-        private Background(IntPtr node) : base(node) { }
+        internal Background(IntPtr node) : base(node) { }
 
         /// <summary>Even light from all directions, of a colour with gamma 2.2.</summary>
         public static Background Uniform(Vec3 colour, double strength = 1)
@@ -162,13 +176,18 @@ namespace Velmar
             }
         }
 
-        /// <summary>The mesh.</summary>
+        /// <summary>The mesh; null if there is none, as in a document that lacks it.</summary>
         public Mesh Mesh
         {
-            get { IntPtr mesh; Check(Native.VelmarKit_Model_GetGeometry(Handle, &mesh, null)); return new Mesh(mesh); }
+            get
+            {
+                IntPtr mesh;
+                Check(Native.VelmarKit_Model_GetGeometry(Handle, &mesh, null));
+                return mesh == IntPtr.Zero ? null : new Mesh(mesh);
+            }
         }
 
-        /// <summary>The materials.</summary>
+        /// <summary>The materials; null in a place without one.</summary>
         public Material[] Materials
         {
             get
@@ -180,7 +199,7 @@ namespace Velmar
                 {
                     IntPtr material;
                     Check(Native.VelmarKit_Model_GetMaterial(Handle, (ulong)i, &material));
-                    materials[i] = new Material(material);
+                    materials[i] = material == IntPtr.Zero ? null : new Material(material);
                 }
                 return materials;
             }

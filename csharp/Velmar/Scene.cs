@@ -1,4 +1,6 @@
 using System;
+using System.Collections.Generic;
+using System.Linq;
 
 namespace Velmar
 {
@@ -7,6 +9,36 @@ namespace Velmar
     {
         /// <summary>An empty scene.</summary>
         public Scene() : base(Create()) { }
+
+        private Scene(IntPtr node) : base(node) { }
+
+        /// <summary>Reads a document, and the mesh files that it names. The exception for what is wrong in it has line and
+        /// column.</summary>
+        public static Scene Read(string path)
+        {
+            IntPtr scene;
+            fixed (byte* text = Utf8(path)) Check(Native.VelmarKit_Scene_Read(text, &scene));
+            return new Scene(scene);
+        }
+
+        /// <summary>The nodes in the order of adding, without those that have no class here, as spheres. Each call makes
+        /// objects of its own for them.</summary>
+        public Node[] Nodes
+        {
+            get
+            {
+                List<Node> nodes = new List<Node>();
+                for (ulong i = 0; i < NodeCount; ++i)
+                {
+                    Node node = NodeAt(i);
+                    if (node != null) nodes.Add(node);
+                }
+                return nodes.ToArray();
+            }
+        }
+
+        /// <summary>The first node of a class with this name; null if there is none.</summary>
+        public T Find<T>(string name) where T : Node { return Nodes.OfType<T>().FirstOrDefault(node => node.Name == name); }
 
         /// <summary>Appends a node and returns it. It may be changed later.</summary>
         public T Add<T>(T node) where T : Node
@@ -60,6 +92,26 @@ namespace Velmar
         }
 
         private static IntPtr Create() { IntPtr node; Check(Native.VelmarKit_Scene_Create(&node)); return node; }
+
+        private Node NodeAt(ulong index)
+        {
+            void* node;
+            int kind;
+            Check(Native.VelmarKit_Scene_GetNode(Handle, index, &node, &kind));
+            IntPtr address = (IntPtr)node;
+            // The values of VelmarKitNodeKind.
+            switch (kind)
+            {
+                case 1: return new Mesh(address);
+                case 2: return new Model(address);
+                case 3: return new Material(address);
+                case 4: return new Background(address);
+                case 5: return new Camera(address);
+                case 6: return new RenderSettings(address);
+                case 7: return new Tonemapping(address);
+                default: return null;
+            }
+        }
     }
 
     /// <summary>A render of a scene by the renderer library in the folder "vs2017_64" of the working directory. It holds the

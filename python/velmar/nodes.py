@@ -3,11 +3,11 @@ from __future__ import annotations
 
 import ctypes
 import math
-from typing import Any, Container, Optional, Sequence, Tuple
+from typing import Any, Container, Dict, Optional, Sequence, Tuple
 
 from . import _functions
 from ._bases import BackgroundBase, CameraBase, MaterialBase, ModelBase, RenderSettingsBase, TonemappingBase
-from ._objects import Object, created, read, read_handle
+from ._objects import Object, Setting, created, read, read_handle
 from ._values import Vector, number, text, vector
 from .errors import VelmarError
 from .mesh import Mesh
@@ -43,6 +43,13 @@ class Camera(CameraBase):
         if fov is not None:
             self.field_of_view = fov
 
+    @classmethod
+    def _of_document(cls, handle: Any) -> "Camera":
+        """A camera that came from a document, with its position."""
+        camera = cls._of(handle)
+        camera.__dict__["position"] = True
+        return camera
+
 
 class Background(BackgroundBase):
     """The light from around the scene. Made by `Background.uniform` or `Background.sun_sky`."""
@@ -71,6 +78,14 @@ class Material(MaterialBase):
         super().__init__(created(self._type, "VelmarKit_Material_CreateNode", encoded))
         self._name = name
         self._give(encoded, components)
+
+    @classmethod
+    def _of_document(cls, handle: Any) -> "Material":
+        """A material that came from a file."""
+        material = cls._of(handle)
+        material._name = read(material, "VelmarKit_Node_GetName")[0]
+        material._colour = None
+        return material
 
     def _give(self, encoded: bytes, colour: Tuple[float, float, float]) -> None:
         material = created(_functions.VelmarMaterial, "VelmarKit_Material_CreateDiffuse", encoded, *colour)
@@ -117,6 +132,27 @@ class Model(ModelBase):
         self._call("VelmarKit_Model_SetTransformation", *placement, 0)
 
     @classmethod
+    def _of_document(cls, handle: Any, known: Dict[int, Object]) -> "Model":
+        """A model of a scene that was read, of whose nodes `known` has the objects by their handles. What the document
+        doesn't have is None, or a node outside of the scene."""
+        model = cls._of(handle)
+        model._name = read(model, "VelmarKit_Node_GetName")[0]
+        mesh = read_handle(model, _functions.VelmarMesh, "VelmarKit_Model_GetGeometry", None)
+        model._mesh = known.get(mesh.value or 0)  # type: ignore[assignment]
+        count = ctypes.c_uint64()
+        model._call("VelmarKit_Model_GetGeometry", None, ctypes.byref(count))
+        materials = []
+        for i in range(count.value):
+            node = read_handle(model, _functions.VelmarMaterialNode, "VelmarKit_Model_GetMaterial", before=(i,))
+            if node.value and node.value not in known:
+                known[node.value] = Material._of_document(node)
+            materials.append(known.get(node.value or 0))
+        model._materials = tuple(materials)  # type: ignore[arg-type]
+        for held in {model._mesh, *model._materials} - {None}:
+            held._owned_by(model)
+        return model
+
+    @classmethod
     def _of_library(cls, handle: Any, owner: Object) -> "Model":
         """A model that the library made, with its mesh and materials, which `owner` owns."""
         model = cls._of(handle)
@@ -126,10 +162,7 @@ class Model(ModelBase):
         materials = []
         for i in range(count.value):
             node = read_handle(model, _functions.VelmarMaterialNode, "VelmarKit_Model_GetMaterial", before=(i,))
-            material = Material._of(node)
-            material._name = read(material, "VelmarKit_Node_GetName")[0]
-            material._colour = None
-            materials.append(material)
+            materials.append(Material._of_document(node))
         model._name = read(model, "VelmarKit_Node_GetName")[0]
         model._mesh, model._materials = mesh, tuple(materials)
         for held in (mesh, *materials):
@@ -171,9 +204,11 @@ class Model(ModelBase):
     def _check(self, nodes: Container[int]) -> None:
         """Raises if no document can be written of the model in a scene of the nodes with these ids."""
         for held in (self._mesh, *self._materials):
-            if id(held) not in nodes:
+            # None is what a document that was read didn't have.
+            if held is not None and id(held) not in nodes:
                 raise ValueError(f"{self!r} uses {held!r}, which must be added to the scene too")
-        _checked_materials(self._mesh, self._materials)
+        if None not in (self._mesh, *self._materials):
+            _checked_materials(self._mesh, self._materials)
 
 
 def _checked_materials(mesh: Mesh, materials: Sequence[Material]) -> Tuple[Material, ...]:
@@ -202,3 +237,19 @@ class Tonemapping(TonemappingBase):
 
 class RenderSettings(RenderSettingsBase):
     """What is rendered, and for how long. The renderer uses its own default for each setting that is None."""
+
+    #: The elements of settings that have another name.
+    _ELEMENTS = {"depth_pass": "depth_channel", "material_id_tracer": "material_id_channel"}
+
+    @classmethod
+    def _of_document(cls, handle: Any) -> "RenderSettings":
+        """Settings that came from a document, of which some are set."""
+        settings = cls._of(handle)
+        for name, setting in vars(RenderSettingsBase).items():
+            if isinstance(setting, Setting):
+                is_set = ctypes.c_bool()
+                element = cls._ELEMENTS.get(name, name).encode()
+                settings._call("VelmarKit_RenderSettings_IsSet", element, ctypes.byref(is_set))
+                if is_set.value:
+                    settings.__dict__[name] = True
+        return settings

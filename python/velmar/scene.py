@@ -3,7 +3,7 @@ from __future__ import annotations
 
 import ctypes
 from types import TracebackType
-from typing import Dict, Optional, Tuple, Type, TypeVar
+from typing import Any, Callable, Dict, List, Optional, Tuple, Type, TypeVar
 
 from . import _functions
 from ._objects import Object, created
@@ -48,6 +48,49 @@ class Scene(Object):
                 if node.closed:
                     node._drop()
             self._nodes.clear()
+
+    @classmethod
+    def read(cls, document: Path) -> "Scene":
+        """Reads a document, and the mesh files that it names. `nodes` has its nodes, with their attributes; those that
+        have no class here, as spheres, are in the scene all the same.
+
+        DocumentError: something in the document is wrong, with line and column.
+        FileError, MeshError: a file can't be read.
+        """
+        scene = cls._of(created(cls._type, "VelmarKit_Scene_Read", text("document", path("document", document))))
+        scene._nodes = {}
+        scene._take_nodes()
+        return scene
+
+    def _take_nodes(self) -> None:
+        """Makes the objects of nodes that came with the scene."""
+        count = ctypes.c_uint64()
+        self._call("VelmarKit_Scene_GetNodeCount", ctypes.byref(count))
+        handles: List[Tuple[int, int]] = []
+        for i in range(count.value):
+            address, code = ctypes.c_void_p(), ctypes.c_int32()
+            self._call("VelmarKit_Scene_GetNode", i, ctypes.byref(address), ctypes.byref(code))
+            handles.append((address.value or 0, code.value))
+        known: Dict[int, Object] = {}
+        makers: Dict[int, Callable[[Any], Object]] = {
+            1: lambda handle: Mesh._of_library(_functions.VelmarMesh(handle)),
+            3: lambda handle: Material._of_document(_functions.VelmarMaterialNode(handle)),
+            4: lambda handle: Background._of(_functions.VelmarBackground(handle)),
+            5: lambda handle: Camera._of_document(_functions.VelmarCamera(handle)),
+            6: lambda handle: RenderSettings._of_document(_functions.VelmarRenderSettings(handle)),
+            7: lambda handle: Tonemapping._of(_functions.VelmarTonemapping(handle)),
+        }
+        for handle, kind in handles:
+            if kind in makers:
+                known[handle] = makers[kind](handle)
+        # Models come last: they refer to others.
+        for handle, kind in handles:
+            if kind == 2:
+                known[handle] = Model._of_document(_functions.VelmarModel(handle), known)
+        for handle, _ in handles:
+            if handle in known:
+                known[handle]._owned_by(self)
+                self._nodes[id(known[handle])] = known[handle]
 
     @property
     def nodes(self) -> Tuple[Object, ...]:

@@ -31,7 +31,7 @@ def ctypes_type(c_type: str, handles: set[str]) -> str:
     name = re.sub(r"\bconst\b|\s", "", c_type)
     if name == "char*":
         return "c_char_p"
-    if name in ("void*", "char**"):
+    if name in ("void*", "char**", "void**"):
         return "c_void_p" if name == "void*" else "POINTER(c_void_p)"
     base, stars = name.rstrip("*"), name.count("*")
     if base in handles and stars > 0:

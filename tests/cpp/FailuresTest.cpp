@@ -67,6 +67,18 @@ TEST(CppFailures, NameThatIsNotUTF8) {
     expectError<velmar::BadArgumentError>("zero byte", [] { velmar::Mesh(std::string("a\0b", 3)); });
 }
 
+TEST(CppFailures, DocumentWithAFault) {
+    const TempDir dir;
+    const std::string path = dir.file("scene.xml");
+    writeFileBytes(path, "<scene>\n<camera><name>c</name></camera></scene>");
+    try {
+        velmar::Scene::read(path);
+        FAIL() << "nothing was thrown";
+    } catch (const velmar::DocumentError& error) {
+        EXPECT_EQ(error.message(), path + ":2:1: error: 'camera' has no element 'uid'");
+    }
+}
+
 TEST(CppFailures, DocumentThatCannotHoldAName) {
     const TempDir dir;
     velmar::Scene scene;

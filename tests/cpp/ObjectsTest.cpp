@@ -54,6 +54,41 @@ TEST(CppScene, LoadsAModelWithItsMaterials) {
     EXPECT_EQ(model.mesh().vertices()[3], 2);
 }
 
+TEST(CppScene, IsReadWithItsNodes) {
+    const TempDir dir;
+    const std::string path = dir.file("scene.xml");
+    {
+        velmar::Scene scene;
+        scene.add(velmar::RenderSettings(640, 480));
+        scene.add(velmar::Camera()).setPosition({1, 2, 3});
+        const velmar::Mesh mesh = scene.add(makeSquare());
+        const velmar::Material red = scene.add(velmar::Material("Red", {0.8, 0.1, 0.1}));
+        scene.add(velmar::Model("First", mesh, {red}));
+        scene.add(velmar::Model("Second", mesh, {red}));
+        scene.write(path);
+    }
+    velmar::Scene scene = velmar::Scene::read(path);
+    EXPECT_EQ(scene.nodeCount(), 6u);
+    const std::vector<velmar::Model> models = scene.nodes<velmar::Model>();
+    ASSERT_EQ(models.size(), 2u);
+    EXPECT_EQ(models[1].name(), "Second");
+    EXPECT_EQ(models[0].mesh(), models[1].mesh());
+    EXPECT_EQ(models[0].mesh().vertices().size(), 12u);
+    EXPECT_EQ(models[0].materials()[0].name(), "Red");
+    const velmar::RenderSettings settings = scene.nodes<velmar::RenderSettings>().front();
+    EXPECT_TRUE(settings.isSet("width"));
+    EXPECT_FALSE(settings.isSet("halt_time"));
+    velmar::Camera camera = scene.find<velmar::Camera>("Camera").value();
+    EXPECT_EQ(camera.position(), (velmar::Vec3{1, 2, 3}));
+    camera.setLensRadius(0.125);
+    scene.find<velmar::Model>("Second").value().place({7, 8, 9});
+    EXPECT_FALSE(scene.find<velmar::Model>("Third"));
+    scene.write(path);
+    const std::string document = readFileBytes(path);
+    EXPECT_THAT(document, HasSubstr("<aperture_radius>0.125</aperture_radius>"));
+    EXPECT_THAT(document, HasSubstr("<pos>7 8 9</pos>"));
+}
+
 TEST(CppScene, NodesOutliveIt) {
     velmar::Camera camera;
     {

@@ -119,6 +119,29 @@ internal static unsafe class VelmarTest
         Equal(Mesh.Load("square.vmmesh").Vertices.Length, 12, "vertices of a file");
     }
 
+    private static void DocumentsAreRead()
+    {
+        SceneIsWritten();
+        using (Scene scene = Scene.Read("scene.xml"))
+        {
+            Equal(scene.NodeCount, 5UL, "nodes that were read");
+            Equal(scene.Nodes.Length, 5, "objects for them");
+            RenderSettings settings = (RenderSettings)scene.Nodes[0];
+            Equal(settings.Width, 640, "width");
+            Check(settings.IsSet("width") && !settings.IsSet("halt_time"), "options that are set");
+            Model model = scene.Find<Model>("Square");
+            Equal(model.Position.Y, 2.0, "position that was read");
+            Equal(model.Mesh.Vertices.Length, 12, "vertices that were read");
+            Equal(model.Materials[0].Name, "Rouge Été", "name that was read");
+            Check(scene.Find<Camera>("Square") == null, "a camera isn't there");
+            model.Place(new Vec3(4, 5, 6));
+            scene.Write("scene.xml");
+        }
+        Check(File.ReadAllText("scene.xml").Contains("<pos>4 5 6</pos>"), "the changed document is written");
+        File.WriteAllText("faulty.xml", "<scene>\n<camera><name>c</name></camera></scene>");
+        Throws<VelmarDocumentException>("faulty.xml:2:1: error: 'camera' has no element 'uid'", () => Scene.Read("faulty.xml"));
+    }
+
     private static void NodesOutliveTheirScene()
     {
         Camera camera = new Camera();
@@ -300,6 +323,7 @@ internal static unsafe class VelmarTest
         MeshGivesSpansOfItsMemory();
         SettingsAreReadBack();
         ModelsAreLoaded();
+        DocumentsAreRead();
         NodesOutliveTheirScene();
         LinesReachAHandler();
         Failures();

@@ -244,6 +244,88 @@ class Paths(support.InFolder):
         self.assertEqual(mesh.num_materials, 1)
 
 
+class Reading(support.InFolder):
+    def write(self, **settings):
+        """A document with a node of each kind."""
+        with velmar.Scene() as scene:
+            scene.add(velmar.RenderSettings(**settings))
+            scene.add(velmar.Camera(position=(1, 2, 3), lens_radius=0.25))
+            scene.add(velmar.Tonemapping(velmar.TonemappingKind.CAMERA, iso=800))
+            scene.add(velmar.Background.sun_sky((0, 0, 1)))
+            red = scene.add(velmar.Material("Red", (1, 0, 0)))
+            mesh = scene.add(velmar.Mesh("mesh", TRIANGLE, [(0, 1, 2)]))
+            for name in ("first", "second"):
+                scene.add(velmar.Model(name, mesh, [red], position=(4, 5, 6)))
+            scene.write("scene.xml")
+        return pathlib.Path("scene.xml").read_bytes()
+
+    def test_nodes_have_their_attributes(self):
+        self.write(width=640, metropolis=False, depth_pass=True)
+        with velmar.Scene.read("scene.xml") as scene:
+            settings, camera, tonemapping, background, red, mesh, first, second = scene.nodes
+            self.assertEqual((settings.width, settings.height, settings.metropolis, settings.dithering,
+                              settings.depth_pass, settings.material_id_tracer), (640, None, False, None, True, None))
+            self.assertEqual((camera.position, camera.lens_radius), ((1, 2, 3), 0.25))
+            self.assertEqual((tonemapping.kind, tonemapping.iso), (velmar.TonemappingKind.CAMERA, 800))
+            self.assertIsInstance(background, velmar.Background)
+            self.assertEqual((red.name, mesh.name, second.name), ("Red", "mesh", "second"))
+            self.assertIs(first.mesh, mesh)
+            self.assertEqual(second.materials, (red,))
+            self.assertEqual(len(mesh.vertices), 3)
+
+    def test_a_changed_scene_is_written(self):
+        document = self.write()
+        with velmar.Scene.read("scene.xml") as scene:
+            scene.write("same.xml")
+            self.assertEqual(pathlib.Path("same.xml").read_bytes().replace(b"same_meshes", b"scene_meshes"), document)
+            camera = next(node for node in scene.nodes if isinstance(node, velmar.Camera))
+            camera.lens_radius = 0.5
+            scene.remove(scene.nodes[-1])
+            scene.write("scene.xml")
+        root = support.parsed("scene.xml")
+        self.assertEqual(root.findtext("camera/aperture_radius"), "0.5")
+        self.assertEqual([name.text for name in root.findall("model2/name")], ["first"])
+
+    def test_every_setting_is_read(self):
+        names = [name for name, value in vars(velmar.nodes.RenderSettingsBase).items()
+                 if isinstance(value, velmar.nodes.Setting)]
+        self.assertGreater(len(names), 10)
+        flags = {"width": 5, "height": 5, "super_sample_factor": 5}
+        for name in names:
+            value = flags.get(name, 5.0 if name.startswith(("halt", "image")) else False)
+            self.write(**{name: value})
+            with velmar.Scene.read("scene.xml") as scene:
+                read = {other: getattr(scene.nodes[0], other) for other in names}
+                self.assertEqual(read, {**dict.fromkeys(names), name: value})
+
+    def test_what_a_document_lacks_is_none(self):
+        pathlib.Path("scene.xml").write_text("""<scene><sphere><uid>1</uid><name>s</name></sphere>
+<model2><uid>2</uid><name>m</name><geometry_uid>3</geometry_uid><materials><uid>4294967295</uid></materials></model2>
+</scene>""", "utf-8")
+        with velmar.Scene.read("scene.xml") as scene:
+            (model,) = scene.nodes
+            self.assertEqual((model.mesh, model.materials), (None, (None,)))
+            scene.write("again.xml")
+        self.assertEqual(support.parsed("again.xml").findtext("model2/geometry_uid"), "3")
+        self.assertIsNotNone(support.parsed("again.xml").find("sphere"))
+
+    def test_objects_end_with_their_scene(self):
+        self.write()
+        scene = velmar.Scene.read("scene.xml")
+        nodes = scene.nodes
+        scene.close()
+        self.assertTrue(all(node.closed for node in nodes))
+
+    def test_faults_have_a_place(self):
+        pathlib.Path("scene.xml").write_text("<scene>\n<camera><name>c</name></camera></scene>", "utf-8")
+        with self.assertRaisesRegex(velmar.DocumentError, r"scene\.xml:2:1: error: 'camera' has no element 'uid'"):
+            velmar.Scene.read("scene.xml")
+        with self.assertRaisesRegex(velmar.FileError, "none.xml"):
+            velmar.Scene.read("none.xml")
+        with self.assertRaises(TypeError):
+            velmar.Scene.read(None)
+
+
 class Failures(support.InFolder):
     def setUp(self):
         super().setUp()

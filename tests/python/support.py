@@ -43,7 +43,12 @@ class InFolder(unittest.TestCase):
 def document(scene):
     """The scene as it is written into the working folder."""
     scene.write("scene.xml")
-    return xml.etree.ElementTree.parse("scene.xml").getroot()
+    return parsed("scene.xml")
+
+
+def parsed(name):
+    """The root of a document."""
+    return xml.etree.ElementTree.parse(name).getroot()
 
 
 @contextlib.contextmanager

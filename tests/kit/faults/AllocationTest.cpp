@@ -53,6 +53,7 @@ struct Host {
     void* made = nullptr;
     std::string path;
     std::string document;
+    std::string document_to_read;
 };
 
 constexpr const char* long_name = "a name that doesn't fit into the text itself";
@@ -118,6 +119,7 @@ const Call calls[] = {
     {"Scene_LoadModel", [](Host& h) { return VelmarKit_Scene_LoadModel(h.scene, h.path.c_str(), 1, nullptr); }},
     {"Mesh_WriteToFile", [](Host& h) { return VelmarKit_Mesh_WriteToFile(h.mesh, h.document.c_str()); }},
     {"write_mesh_to_file", [](Host& h) { return VelmarKit_write_mesh_to_file(h.mesh, h.document.c_str()); }},
+    {"Scene_Read", [](Host& h) { return VelmarKit_Scene_Read(h.document_to_read.c_str(), place<VelmarScene>(h)); }},
     {"Scene_WriteToXML", [](Host& h) { return VelmarKit_Scene_WriteToXML(h.scene, h.document.c_str()); }},
 };
 
@@ -128,6 +130,14 @@ class EachAllocation : public testing::TestWithParam<Call> {};
 TEST_P(EachAllocation, GivesItsStatusAndKeepsTheHandles) {
     const TempDir dir;
     writeFileBytes(dir.file("one.obj"), "v 0 0 0\nv 1 0 0\nv 0 2 0\nusemtl red\nf 1 2 3\n");
+    writeFileBytes(dir.file("read.xml"),
+                   "<scene><camera><uid>1</uid><name>a name that is long enough</name></camera>"
+                   "<material><uid>2</uid><diffuse><albedo><constant><rgb><rgb>1 1 1</rgb></rgb></constant></albedo>"
+                   "</diffuse><name>Red</name></material>"
+                   "<material><uid>5</uid><phong><exponent>5</exponent></phong><name>Phong</name></material>"
+                   "<mesh><uid>3</uid><name>m</name><external><path>one.obj</path></external></mesh>"
+                   "<model2><uid>4</uid><name>m</name><geometry_uid>3</geometry_uid><pos>0 0 0</pos>"
+                   "<materials><uid>2</uid><uid>9</uid></materials></model2></scene>");
     Faults::prepareRuntime();
     // The text of a failure has its block from now on.
     EXPECT_NE(VelmarKit_create_plane(nullptr), VELMARKIT_SUCCESS);
@@ -137,6 +147,7 @@ TEST_P(EachAllocation, GivesItsStatusAndKeepsTheHandles) {
             Host host;
             host.path = dir.file("one.obj");
             host.document = dir.file("one.xml");
+            host.document_to_read = dir.file("read.xml");
             std::int32_t status = VELMARKIT_SUCCESS;
             {
                 FailingAllocation fault(nth, lasting);
