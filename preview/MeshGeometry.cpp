@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <new>
+#define XXH_INLINE_ALL
+#include <xxhash.h>
 
 namespace Preview {
 
@@ -17,19 +19,12 @@ bool isReadableAfter(const Velmar::Vector<Velmar::Vec3f>& verts) {
     return verts.capacity() > verts.size() || end % page != 0;
 }
 
-struct ReleaseGeometry {
-    void operator()(RTCGeometry geometry) const { rtcReleaseGeometry(geometry); }
-};
+template <class Element>
+std::uint64_t hashOf(const Velmar::Vector<Element>& elements, std::uint64_t seed) {
+    return XXH3_64bits_withSeed(elements.data(), elements.size() * sizeof(Element), seed);
+}
 
 } // namespace
-
-SceneOwner makeEmbreeScene(RTCDevice device) {
-    SceneOwner scene(rtcNewScene(device));
-    if (scene == nullptr) throw std::bad_alloc();
-    rtcSetSceneFlags(scene.get(),
-                     static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
-    return scene;
-}
 
 MeshGeometry::Identity MeshGeometry::identify(const Velmar::Mesh& mesh, bool smooth) {
     return {mesh.verts.data(),
@@ -37,6 +32,7 @@ MeshGeometry::Identity MeshGeometry::identify(const Velmar::Mesh& mesh, bool smo
             mesh.triangles.data(),
             mesh.quads.data(),
             {mesh.verts.size(), mesh.normals.size(), mesh.triangles.size(), mesh.quads.size()},
+            hashOf(mesh.quads, hashOf(mesh.triangles, hashOf(mesh.normals, hashOf(mesh.verts, 0)))),
             smooth};
 }
 
@@ -44,8 +40,8 @@ bool MeshGeometry::isMadeOf(const Velmar::Mesh& other, bool smooth) const {
     return identity == identify(other, smooth);
 }
 
-MeshGeometry::MeshGeometry(RTCDevice device, const Velmar::Mesh& mesh_, bool smooth, const std::string& name)
-    : mesh(&mesh_), identity(identify(mesh_, smooth)), scene(makeEmbreeScene(device)) {
+MeshGeometry::MeshGeometry(EmbreeDevice& device, const Velmar::Mesh& mesh_, bool smooth, const std::string& name)
+    : mesh(&mesh_), identity(identify(mesh_, smooth)), scene(device.makeScene()) {
     // More than Embree's 32-bit numbers of faces and vertices.
     constexpr std::size_t max_count = 0xFFFFFFFE;
     if (mesh->verts.size() > max_count || mesh->triangles.size() > max_count || mesh->quads.size() > max_count) {
@@ -60,11 +56,11 @@ MeshGeometry::MeshGeometry(RTCDevice device, const Velmar::Mesh& mesh_, bool smo
         normals = mesh->normals.data();
     else if (smooth)
         makeSmoothNormals();
-    rtcCommitScene(scene.get());
+    device.commit(scene.get(), triangle_count + quad_count);
 }
 
 template <std::size_t corners, class Face>
-void MeshGeometry::addFaces(RTCDevice device, const Face* faces, std::size_t count, FaceKind kind,
+void MeshGeometry::addFaces(EmbreeDevice& device, const Face* faces, std::size_t count, FaceKind kind,
                             std::vector<std::array<std::uint32_t, corners>>& copy, const std::string& name) {
     const std::size_t vertex_count = mesh->verts.size();
     if (count == 0 || vertex_count == 0) return;
@@ -83,9 +79,8 @@ void MeshGeometry::addFaces(RTCDevice device, const Face* faces, std::size_t cou
             if (*std::max_element(copy[i].begin(), copy[i].end()) >= vertex_count) copy[i].fill(0);
         }
     }
-    const std::unique_ptr<RTCGeometryTy, ReleaseGeometry> geometry(
-        rtcNewGeometry(device, corners == 3 ? RTC_GEOMETRY_TYPE_TRIANGLE : RTC_GEOMETRY_TYPE_QUAD));
-    if (geometry == nullptr) throw std::bad_alloc();
+    const GeometryOwner geometry =
+        device.makeGeometry(corners == 3 ? RTC_GEOMETRY_TYPE_TRIANGLE : RTC_GEOMETRY_TYPE_QUAD);
     const void* const indices = bad != 0 ? static_cast<const void*>(copy.data()) : faces;
     const std::size_t stride = bad != 0 ? sizeof copy[0] : sizeof(Face);
     rtcSetSharedGeometryBuffer(geometry.get(), RTC_BUFFER_TYPE_INDEX, 0,

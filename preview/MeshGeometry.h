@@ -1,5 +1,6 @@
 #pragma once
 
+#include "preview/EmbreeDevice.h"
 #include "preview/Vec.h"
 
 #include "mesh/Mesh.h"
@@ -7,25 +8,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <embree3/rtcore.h>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace Preview {
-
-struct ReleaseDevice {
-    void operator()(RTCDevice device) const { rtcReleaseDevice(device); }
-};
-struct ReleaseScene {
-    void operator()(RTCScene scene) const { rtcReleaseScene(scene); }
-};
-using DeviceOwner = std::unique_ptr<RTCDeviceTy, ReleaseDevice>;
-using SceneOwner = std::unique_ptr<RTCSceneTy, ReleaseScene>;
-
-/// Makes an empty scene of the kind that all of the preview's scenes are: watertight.
-/// Throws `std::bad_alloc`.
-SceneOwner makeEmbreeScene(RTCDevice device);
 
 /// A mesh of the scene in the form of an Embree scene, which instances place. Vertices and faces are read where they
 /// are in the host's memory, so the mesh must outlive this object and stay as it is; only what Embree must not see, a
@@ -46,13 +32,15 @@ class MeshGeometry {
         bool second_half = false;
     };
 
-    /// `smooth` asks for normals where the mesh has none. `name` is for messages. Throws `std::bad_alloc`.
-    MeshGeometry(RTCDevice device, const Velmar::Mesh& mesh_, bool smooth, const std::string& name);
+    /// `smooth` asks for normals where the mesh has none. `name` is for messages. Throws as `EmbreeDevice::commit`
+    /// does.
+    MeshGeometry(EmbreeDevice& device, const Velmar::Mesh& mesh_, bool smooth, const std::string& name);
 
     RTCScene getScene() const { return scene.get(); }
     const Velmar::Mesh& getMesh() const { return *mesh; }
 
-    /// Whether the arrays of the mesh are still those that this object was made of.
+    /// Whether the arrays of the mesh are still those that this object was made of, with the same contents. Throws
+    /// nothing.
     bool isMadeOf(const Velmar::Mesh& other, bool smooth) const;
 
     std::size_t countFaces(FaceKind kind) const { return kind == triangle_kind ? triangle_count : quad_count; }
@@ -81,6 +69,9 @@ class MeshGeometry {
         const void* triangles;
         const void* quads;
         std::uint64_t sizes[4];
+        /// A hash. The memory of a mesh that was deleted may hold another one of the same size now, whose indices
+        /// nothing has checked.
+        std::uint64_t contents;
         bool smooth;
         bool operator==(const Identity&) const = default;
     };
@@ -88,7 +79,7 @@ class MeshGeometry {
     static Identity identify(const Velmar::Mesh& mesh, bool smooth);
 
     template <std::size_t corners, class Face>
-    void addFaces(RTCDevice device, const Face* faces, std::size_t count, FaceKind kind,
+    void addFaces(EmbreeDevice& device, const Face* faces, std::size_t count, FaceKind kind,
                   std::vector<std::array<std::uint32_t, corners>>& copy, const std::string& name);
     void attachVertices(RTCGeometry geometry);
     void makeSmoothNormals();

@@ -45,8 +45,4 @@ class Lock {
     void* section;
 };
 
-/// With how many threads Embree may build when `wanted` are there for it. More than one only where Embree ends its
-/// threads with the device: none may run while the library or the process is taken down.
-unsigned builderThreads(unsigned wanted);
-
 } // namespace Preview::System

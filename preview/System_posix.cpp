@@ -81,10 +81,4 @@ void leaveCriticalSection(void* section) {
     pthread_mutex_unlock(static_cast<pthread_mutex_t*>(section));
 }
 
-/// The threads of oneTBB, with which Debian's Embree builds, go on for an unknown time, and the function that ends them
-/// may wait for ever.
-unsigned builderThreads(unsigned) {
-    return 1;
-}
-
 } // namespace Preview::System

@@ -99,8 +99,4 @@ void leaveCriticalSection(void* section) {
     LeaveCriticalSection(static_cast<CRITICAL_SECTION*>(section));
 }
 
-unsigned builderThreads(unsigned wanted) {
-    return wanted;
-}
-
 } // namespace Preview::System

@@ -1,7 +1,6 @@
 #include "preview/World.h"
 
 #include "preview/SceneNodes.h"
-#include "preview/System.h"
 
 #include "scene/nodes/SceneNodeMesh.h"
 
@@ -17,11 +16,6 @@ std::string nameOf(const Velmar::SceneNode& node) {
     return std::string(node.getName().view());
 }
 
-struct ReleaseGeometry {
-    void operator()(RTCGeometry geometry) const { rtcReleaseGeometry(geometry); }
-};
-using GeometryOwner = std::unique_ptr<RTCGeometryTy, ReleaseGeometry>;
-
 void setTransform(RTCGeometry geometry, unsigned step, const Affine& m) {
     const float columns[12] = {m.x.x, m.x.y, m.x.z, m.y.x, m.y.y, m.y.z, m.z.x, m.z.y, m.z.z, m.p.x, m.p.y, m.p.z};
     rtcSetGeometryTransform(geometry, step, RTC_FORMAT_FLOAT3X4_COLUMN_MAJOR, columns);
@@ -34,38 +28,7 @@ bool isUsable(const Affine& m) {
 
 } // namespace
 
-World::World(unsigned threads) {
-    // One instruction set, where results must be the same on different machines.
-    const std::string isa = System::getEnvironment("VELMAR_PREVIEW_ISA");
-    const std::string settings = "threads=" + std::to_string(System::builderThreads(threads)) + ",set_affinity=0" +
-                                 (isa.empty() ? std::string() : ",max_isa=" + isa);
-    device.reset(rtcNewDevice(settings.c_str()));
-    if (device == nullptr) throw std::bad_alloc();
-    rtcSetDeviceMemoryMonitorFunction(device.get(), countMemory, this);
-}
-
-World::~World() {
-    scene.reset();
-    geometries.clear();
-    device.reset();
-}
-
-bool World::countMemory(void* world, ssize_t bytes, bool) {
-    static_cast<World*>(world)->embree_bytes.fetch_add(bytes, std::memory_order_relaxed);
-    return true;
-}
-
-bool World::continueBuild(void* world, double) {
-    const std::atomic<bool>* const cancel = static_cast<World*>(world)->cancel;
-    return cancel == nullptr || !cancel->load(std::memory_order_relaxed);
-}
-
-void World::throwIfFailed() {
-    const RTCError error = rtcGetDeviceError(device.get());
-    if (error == RTC_ERROR_NONE || error == RTC_ERROR_CANCELLED) return;
-    if (error != RTC_ERROR_OUT_OF_MEMORY) report("Embree's error " + std::to_string(error));
-    throw std::bad_alloc();
-}
+World::World(unsigned threads) : device(threads) {}
 
 bool World::build(const SceneNodes& nodes, std::vector<std::string> material_masks,
                   const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled) {
@@ -74,12 +37,15 @@ bool World::build(const SceneNodes& nodes, std::vector<std::string> material_mas
         scene.reset();
         instances.clear();
         spheres.clear();
-        rtcGetDeviceError(device.get());
+        device.forgetErrors();
     };
     try {
         const bool built = tryToBuild(nodes, std::move(material_masks), object_masks, cancelled);
         if (!built) forget();
         return built;
+    } catch (const EmbreeDevice::Cancelled&) {
+        forget();
+        return false;
     } catch (...) {
         forget();
         throw;
@@ -88,7 +54,7 @@ bool World::build(const SceneNodes& nodes, std::vector<std::string> material_mas
 
 bool World::tryToBuild(const SceneNodes& nodes, std::vector<std::string> material_masks,
                        const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled) {
-    cancel = &cancelled;
+    device.setCancelled(&cancelled);
     surfaces.reset(std::move(material_masks));
     surface_lists.assign(1, 0);
     last_materials.clear();
@@ -118,16 +84,14 @@ bool World::tryToBuild(const SceneNodes& nodes, std::vector<std::string> materia
                                                [](const SphereShape& sphere) { return sphere.motion.isMoving(); });
 
     if (scene == nullptr || had_spheres || !spheres.empty() || former.size() != instances.size()) {
-        scene = makeEmbreeScene(device.get());
-        rtcSetSceneProgressMonitorFunction(scene.get(), continueBuild, this);
+        scene = device.makeScene();
         former.clear();
     }
     attachInstances(former);
     attachSpheres();
-    rtcCommitScene(scene.get());
+    device.throwIfFailed();
+    device.commit(scene.get(), instances.size() + spheres.size());
     std::erase_if(geometries, [](const auto& entry) { return !entry.second.used; });
-    if (cancelled) return false;
-    throwIfFailed();
     return true;
 }
 
@@ -151,12 +115,8 @@ const MeshGeometry* World::geometryOf(const Velmar::SceneNodeModel& model) {
     }
     if (mesh_node->max_num_subdivisions > 0) report("subdivision isn't rendered");
     KnownGeometry& entry = geometries[node];
-    if (entry.geometry == nullptr || !entry.geometry->isMadeOf(*mesh, mesh_node->normal_smoothing)) {
-        auto geometry =
-            std::make_unique<MeshGeometry>(device.get(), *mesh, mesh_node->normal_smoothing, nameOf(*mesh_node));
-        throwIfFailed();
-        entry.geometry = std::move(geometry);
-    }
+    if (entry.geometry == nullptr || !entry.geometry->isMadeOf(*mesh, mesh_node->normal_smoothing))
+        entry.geometry = std::make_unique<MeshGeometry>(device, *mesh, mesh_node->normal_smoothing, nameOf(*mesh_node));
     entry.used = true;
     return entry.geometry.get();
 }
@@ -278,8 +238,7 @@ void World::attachInstances(const std::vector<Instance>& former) {
             continue;
         }
         if (known) rtcDetachGeometry(scene.get(), id);
-        const GeometryOwner geometry(rtcNewGeometry(device.get(), RTC_GEOMETRY_TYPE_INSTANCE));
-        if (geometry == nullptr) throw std::bad_alloc();
+        const GeometryOwner geometry = device.makeGeometry(RTC_GEOMETRY_TYPE_INSTANCE);
         rtcSetGeometryInstancedScene(geometry.get(), instance.geometry->getScene());
         if (instance.path < 0) {
             setTransform(geometry.get(), 0, instance.to_world);
@@ -296,8 +255,7 @@ void World::attachInstances(const std::vector<Instance>& former) {
 
 void World::attachSpheres() {
     if (spheres.empty()) return;
-    const GeometryOwner geometry(rtcNewGeometry(device.get(), RTC_GEOMETRY_TYPE_USER));
-    if (geometry == nullptr) throw std::bad_alloc();
+    const GeometryOwner geometry = device.makeGeometry(RTC_GEOMETRY_TYPE_USER);
     rtcSetGeometryUserPrimitiveCount(geometry.get(), static_cast<unsigned>(spheres.size()));
     rtcSetGeometryUserData(geometry.get(), this);
     sphere_segments = 1;

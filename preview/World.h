@@ -1,5 +1,6 @@
 #pragma once
 
+#include "preview/EmbreeDevice.h"
 #include "preview/MeshGeometry.h"
 #include "preview/Motion.h"
 #include "preview/SceneNodes.h"
@@ -8,7 +9,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <embree3/rtcore.h>
 #include <limits>
 #include <map>
 #include <memory>
@@ -84,7 +84,6 @@ class World {
   public:
     /// `threads` is the number of threads that may build. Throws `std::bad_alloc`.
     explicit World(unsigned threads);
-    ~World();
     World(const World&) = delete;
     World& operator=(const World&) = delete;
 
@@ -94,7 +93,8 @@ class World {
     bool build(const SceneNodes& nodes, std::vector<std::string> material_masks,
                const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled);
 
-    /// Returns whether the ray hits something; then `hit` is Embree's record of it.
+    /// Returns whether the ray hits something; then `hit` is Embree's record of it. Rays that begin 1e18 metres away or
+    /// aren't finite hit nothing.
     bool intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const;
     /// What was hit, by a record of `intersect`.
     SurfacePoint pointAt(const RTCRayHit& hit) const;
@@ -114,13 +114,11 @@ class World {
     bool hasShadowCatchers() const { return has_shadow_catchers; }
     RTCScene getScene() const { return scene.get(); }
     /// Bytes that Embree has allocated.
-    std::int64_t getEmbreeBytes() const { return embree_bytes.load(std::memory_order_relaxed); }
+    std::int64_t getEmbreeBytes() const { return device.getBytes(); }
 
   private:
     struct Query;
 
-    static bool countMemory(void* world, ssize_t bytes, bool post);
-    static bool continueBuild(void* world, double fraction);
     static void filter(const RTCFilterFunctionNArguments* arguments);
     static void boundSphere(const RTCBoundsFunctionArguments* arguments);
     static void intersectSphere(const RTCIntersectFunctionNArguments* arguments);
@@ -136,11 +134,9 @@ class World {
     const MeshGeometry* geometryOf(const Velmar::SceneNodeModel& model);
     void attachInstances(const std::vector<Instance>& former);
     void attachSpheres();
-    void throwIfFailed();
 
-    std::atomic<std::int64_t> embree_bytes{0};
-    const std::atomic<bool>* cancel = nullptr;
-    DeviceOwner device;
+    /// First: what was made by it ends before it does.
+    EmbreeDevice device;
     struct KnownGeometry {
         std::unique_ptr<MeshGeometry> geometry;
         bool used = false;

@@ -18,6 +18,23 @@ PreviewScene makeLitSquare(std::int32_t width = 32, std::int32_t height = 24) {
     return scene;
 }
 
+/// A floor of so many faces that threads share the work of building what rays need.
+SceneNodeModel* addFineFloor(PreviewScene& scene) {
+    constexpr std::uint32_t edge = 200;
+    std::vector<Vec3f> vertices;
+    std::vector<std::vector<std::uint32_t>> faces;
+    for (std::uint32_t y = 0; y <= edge; ++y)
+        for (std::uint32_t x = 0; x <= edge; ++x)
+            vertices.push_back({static_cast<float>(x) * 0.04f - 4.0f, static_cast<float>(y) * 0.04f,
+                                -1.0f + 0.05f * static_cast<float>((x * 7 + y * 13) % 5)});
+    for (std::uint32_t y = 0; y < edge; ++y)
+        for (std::uint32_t x = 0; x < edge; ++x) {
+            const std::uint32_t at = y * (edge + 1) + x;
+            faces.push_back({at, at + 1, at + edge + 2, at + edge + 1});
+        }
+    return scene.addModel(scene.addMesh(vertices, faces), scene.addMaterial(0.7));
+}
+
 class PreviewLifeCycle : public testing::Test {
   protected:
     PreviewFolder folder;
@@ -120,6 +137,7 @@ TEST_F(PreviewLifeCycle, DeleteEndsARunningRender) {
 TEST_F(PreviewLifeCycle, DeleteEndsAllThreadsOfTheRender) {
     PreviewScene scene = makeLitSquare();
     scene.addSphere({0, 3, 0}, 0.5, scene.addMaterial(0.5));
+    addFineFloor(scene);
     const std::size_t before = countThreads();
     {
         const PreviewRenderer renderer(folder, scene);
@@ -182,11 +200,32 @@ TEST_F(PreviewLifeCycle, UpdateRendersTheSceneAsItIsThen) {
     EXPECT_FLOAT_EQ(renderer.picture().at(16, 16).g, 0.25f) << "a model more";
 }
 
+TEST_F(PreviewLifeCycle, UpdateSeesArraysThatWereChangedWhereTheyAre) {
+    PreviewScene scene(32, 32);
+    scene.setUniformBackground(1.0);
+    SceneNodeModel* const model = scene.addSquare(0, 4, 0, 1, scene.addMaterial(0.5));
+    Mesh& mesh = *static_cast<SceneNodeMesh&>(*model->geometry).mesh;
+    const PreviewRenderer renderer(folder, scene);
+    renderer.start();
+    EXPECT_TRUE(renderer.wait());
+    for (Vec3f& vertex : mesh.verts)
+        vertex.x += 1;
+    renderer.update();
+    EXPECT_TRUE(renderer.wait());
+    EXPECT_FLOAT_EQ(renderer.picture().at(16, 16).g, 1.0f);
+    EXPECT_FLOAT_EQ(renderer.picture().at(24, 16).g, 0.5f);
+    mesh.quads[0].vertex_indices[3] = 1000000;
+    renderer.update();
+    EXPECT_TRUE(renderer.wait());
+    EXPECT_FLOAT_EQ(renderer.picture().at(24, 16).g, 1.0f) << "an index that isn't there";
+}
+
 TEST_F(PreviewLifeCycle, SameSeedGivesTheSameBitsForAnyNumberOfThreads) {
     PreviewScene scene(96, 64);
     scene.setSunSky({1, -1, 1});
     scene.addFloor(0, 4, -1, 8, scene.addMaterial(0.8));
     scene.addSphere({0, 4, 0}, 0.6, scene.addMaterial(0.5));
+    addFineFloor(scene);
     const RenderedPicture one = renderPreview(scene, 4, 7, 1);
     EXPECT_EQ(renderPreview(scene, 4, 7, 2).light, one.light);
     EXPECT_EQ(renderPreview(scene, 4, 7, 5).light, one.light);
