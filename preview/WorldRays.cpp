@@ -40,9 +40,20 @@ float sumOfMagnitudes(const Vec3& v) {
     return std::abs(v.x) + std::abs(v.y) + std::abs(v.z);
 }
 
+/// Whether Embree takes the ray: its assertions end the process for others, which come of places and sizes near the
+/// limits of floats.
+bool isValid(const Ray& ray) {
+    constexpr float max_size = 1.844e18f;
+    const auto fits = [](const Vec3& v) {
+        return std::abs(v.x) <= max_size && std::abs(v.y) <= max_size && std::abs(v.z) <= max_size;
+    };
+    return fits(ray.origin) && fits(ray.direction) && ray.length >= 0.0f;
+}
+
 } // namespace
 
 bool World::intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const {
+    if (!isValid(ray)) return false;
     Query query;
     rtcInitIntersectContext(&query.embree);
     query.world = this;
@@ -56,6 +67,7 @@ bool World::intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const {
 }
 
 bool World::isOccluded(const Ray& ray) const {
+    if (!isValid(ray)) return false;
     Query query;
     rtcInitIntersectContext(&query.embree);
     query.world = this;

@@ -164,6 +164,14 @@ TEST_F(PreviewBadInput, HugeNumbersAreDrawnAsFarAsTheyGo) {
     EXPECT_TRUE(std::isfinite(outcome.picture.mean()));
 }
 
+TEST_F(PreviewBadInput, CameraBeyondWhatEmbreeTakesSeesTheBackground) {
+    scene.camera->setPosition({0, -1e30, 0});
+    scene.camera->autofocus = true;
+    const Outcome outcome = renderBad(scene);
+    ASSERT_EQ(outcome.state, VELMAR_PREVIEW_FINISHED);
+    EXPECT_EQ(outcome.picture.mean(), 1.0);
+}
+
 TEST_F(PreviewBadInput, SunWithoutADirectionIsTakenAsUp) {
     PreviewScene sunny;
     sunny.setSunSky({not_a_number, 0, 0});

@@ -77,6 +77,8 @@ class Pool {
     }
 
     void add(Handle* handle) { entries_.push_back({handle, false}); }
+    /// One that has a holder.
+    void addHeld(Handle* handle) { entries_.push_back({handle, true}); }
 
     /// Some handle, or null when there is none.
     Handle* any(Input& input) {
