@@ -36,8 +36,12 @@ int main(int argc, char** argv) {
     if (argc == 4 && std::string_view(argv[1]) == "--random")
         return replayRandom(std::atol(argv[2]), static_cast<unsigned>(std::atol(argv[3])));
     std::size_t count = 0;
-    for (int i = 1; i < argc; ++i) {
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i])) {
+    // A fuzzer may change the working directory.
+    std::vector<std::filesystem::path> folders;
+    for (int i = 1; i < argc; ++i)
+        folders.push_back(std::filesystem::absolute(argv[i]));
+    for (const std::filesystem::path& folder : folders) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
             if (!entry.is_regular_file()) continue;
             std::ifstream file(entry.path(), std::ios::binary);
             const std::vector<char> read{std::istreambuf_iterator<char>(file), {}};
