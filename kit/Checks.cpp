@@ -1,5 +1,9 @@
 #include "kit/Checks.h"
 
+#include "velmarexceptions.h"
+
+#include "mesh/MeshBuilder.h"
+
 namespace Velmar::Kit {
 
 namespace {
@@ -61,6 +65,17 @@ void checkKeyFrame(VelmarModel* model, std::int32_t index) {
 void checkMaterials(std::int32_t count, VelmarMaterialNode* const* materials) {
     for (std::int32_t i = 0; i < count; ++i)
         if (materials[i] != nullptr) checkHandle(materials[i], "an element of materials");
+}
+
+void checkFaces(const VelmarMesh* mesh) {
+    const SceneNodeMesh& node = *fromHandle(const_cast<VelmarMesh*>(mesh));
+    try {
+        MeshBuilder::checkFaces(*node.mesh);
+    } catch (const VelmarException& exception) {
+        // A host builds many meshes.
+        throw KitFailure{VELMARKIT_MESH_ERROR,
+                         "Mesh '" + toStdString(node.getName()) + "': " + toStdString(exception.getMessage())};
+    }
 }
 
 SceneNode& nodeOf(void* node, const char* what) {

@@ -136,6 +136,9 @@ void checkKeyFrame(VelmarModel* model, std::int32_t index);
 /// Material nodes, or null.
 void checkMaterials(std::int32_t count, VelmarMaterialNode* const* materials);
 
+/// Fails if a face of the mesh refers to a vertex or texture coordinate that isn't there.
+void checkFaces(const VelmarMesh* mesh);
+
 /// A node of any kind.
 SceneNode& nodeOf(void* node, const char* what);
 inline const SceneNode& nodeOf(const void* node, const char* what) {

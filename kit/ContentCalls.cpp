@@ -149,6 +149,7 @@ int32_t VelmarKit_Mesh_AddMaterialUsed(VelmarMesh* mesh, const char* name) {
 int32_t VelmarKit_Mesh_Build(VelmarMesh* mesh, uint32_t* result) {
     return guarded(Subject::mesh, [&] {
         checkHandle(mesh, "mesh");
+        checkFaces(mesh);
         store(result, VelmarMesh_Build(mesh));
     });
 }

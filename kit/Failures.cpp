@@ -72,8 +72,9 @@ std::int32_t statusOf(Subject subject, std::string_view text) {
         "Failed to open file",  "Error while writing to", "Failed to create directory",
         "could not open file",  "GetFileSizeEx failed",   "CreateFileMapping failed",
         "MapViewOfFile failed", "fstat failed",           "mmap failed"};
-    for (const std::string_view beginning : of_memory)
-        if (beginsWith(text, beginning)) return VELMARKIT_OUT_OF_MEMORY;
+    // After the path of a mesh file too.
+    for (const std::string_view part : of_memory)
+        if (text.find(part) != std::string_view::npos) return VELMARKIT_OUT_OF_MEMORY;
     for (const std::string_view beginning : of_files)
         if (beginsWith(text, beginning)) return VELMARKIT_FILE_ERROR;
     switch (subject) {

@@ -5,6 +5,7 @@
 
 #include "api/Handles.h"
 #include "api/MaterialValues.h"
+#include "mesh/MeshBuilder.h"
 #include "scene/Material.h"
 #include "scene/Rotations.h"
 
@@ -22,7 +23,10 @@ constexpr Vec3f default_colour = {0.8F, 0.8F, 0.8F};
 ImportedMesh import(const char* path, float scale) {
     checkPath(path, "path");
     if (!std::isfinite(scale)) refuse("scale", " isn't finite");
-    return importMesh(path, scale);
+    ImportedMesh imported = importMesh(path, scale);
+    // The reader of vmmesh files leaves that open.
+    MeshBuilder::checkFaces(*imported.mesh);
+    return imported;
 }
 
 /// The file's name without folder and extension.

@@ -2,7 +2,9 @@
 #include "kit/Failures.h"
 #include "kit/velmarkit.h"
 
+#include "scene/Material.h"
 #include "scene/Rotations.h"
+#include "scene/Spectra.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,6 +37,33 @@ Vec3d directionOf(const Vec3d& v, const char* what, const char* text) {
     const double length = lengthOf(v);
     if (!(length > 0) || !std::isfinite(length)) refuse(what, text);
     return scaled(v, 1 / length);
+}
+
+// Materials, parameters and spectra may be of classes of the renderer library, so their codes say what they are.
+constexpr std::uint32_t diffuse_material = 1;
+constexpr std::uint32_t sun_sky_material = 10;
+constexpr std::uint32_t constant_param = 0;
+constexpr std::uint32_t rgb_spectrum = 2;
+constexpr std::uint32_t uniform_spectrum = 4;
+
+template <class T>
+const T* materialOf(const Reference<Material>& material, std::uint32_t kind) {
+    if (!material || material->getMaterialKind() != kind) return nullptr;
+    return static_cast<const T*>(material.getPointer());
+}
+
+template <class T>
+const T* spectrumOf(const Reference<WavelengthDependentParam>& param, std::uint32_t kind) {
+    if (!param || param->getType() != constant_param) return nullptr;
+    const auto& constant = static_cast<const ConstantWavelengthDependentParam&>(*param);
+    if (!constant.spectrum || constant.spectrum->getType() != kind) return nullptr;
+    return static_cast<const T*>(constant.spectrum.getPointer());
+}
+
+void storeVector(const Vec3d& v, double* x, double* y, double* z) {
+    store(x, v.x);
+    store(y, v.y);
+    store(z, v.z);
 }
 
 Vec3d positionOf(const SceneNodeCamera& camera) {
@@ -124,13 +153,47 @@ int32_t VelmarKit_Camera_GetFieldOfView(const VelmarCamera* camera, double* radi
     });
 }
 
-int32_t VelmarKit_Camera_GetPosition(const VelmarCamera* camera, double* x, double* y, double* z) {
-    return guarded(Subject::camera, [&] {
-        const Vec3d position = positionOf(objectOf(camera, "camera"));
-        store(x, position.x);
-        store(y, position.y);
-        store(z, position.z);
+int32_t VelmarKit_Material_GetColour(const VelmarMaterialNode* material, double* r, double* g, double* b) {
+    return guarded(Subject::material, [&] {
+        const auto* const diffuse =
+            materialOf<DiffuseMaterial>(objectOf(material, "material").material, diffuse_material);
+        const auto* const colour =
+            diffuse == nullptr ? nullptr : spectrumOf<RGBSpectrum>(diffuse->albedo, rgb_spectrum);
+        if (colour == nullptr) refuse("material", " has no colour");
+        storeVector(colour->rgb, r, g, b);
     });
+}
+
+int32_t VelmarKit_Background_GetUniform(const VelmarBackground* background, double* r, double* g, double* b,
+                                        double* strength) {
+    return guarded(Subject::background, [&] {
+        const auto* const material =
+            materialOf<DiffuseMaterial>(objectOf(background, "background").background_material, diffuse_material);
+        const RGBSpectrum* colour = nullptr;
+        const UniformSpectrum* factor = nullptr;
+        if (material != nullptr) {
+            colour = spectrumOf<RGBSpectrum>(material->emission, rgb_spectrum);
+            factor = spectrumOf<UniformSpectrum>(material->base_emission, uniform_spectrum);
+        }
+        if (colour == nullptr || factor == nullptr) refuse("background", " isn't uniform light");
+        storeVector(colour->rgb, r, g, b);
+        store(strength, factor->value);
+    });
+}
+
+int32_t VelmarKit_Background_GetSunSky(const VelmarBackground* background, double* x, double* y, double* z,
+                                       const char** model, uint64_t* size) {
+    return guarded(Subject::background, [&] {
+        const auto* const material =
+            materialOf<SunSkyMaterial>(objectOf(background, "background").background_material, sun_sky_material);
+        if (material == nullptr) refuse("background", " isn't sun and sky");
+        storeVector(material->sundir, x, y, z);
+        lend(material->model, model, size);
+    });
+}
+
+int32_t VelmarKit_Camera_GetPosition(const VelmarCamera* camera, double* x, double* y, double* z) {
+    return guarded(Subject::camera, [&] { storeVector(positionOf(objectOf(camera, "camera")), x, y, z); });
 }
 
 int32_t VelmarKit_Tonemapping_GetResponseFunctionPath(const VelmarTonemapping* tonemapping, const char** path,

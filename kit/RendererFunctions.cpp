@@ -11,6 +11,17 @@
 using namespace Velmar;
 using namespace Velmar::Kit;
 
+namespace {
+
+void initialise(Velmar::VelmarContext& context, const char* folder) {
+    String error;
+    const String appdata_dir = toVelmarString(PlatformUtils::getAppDataDirectory());
+    if (context.loadSDK(folder, appdata_dir, error) != Velmar::VelmarContext::loaded)
+        throw KitFailure{VELMARKIT_RENDERER_ERROR, toStdString(error)};
+}
+
+} // namespace
+
 extern "C" {
 
 /// Calls `function` with the arguments that were kept.
@@ -31,11 +42,16 @@ int32_t velmarKitUpdateScene(uint64_t* registers, const uint64_t* stack) {
 int32_t VelmarKit_Context_Initialize(::VelmarContext* context, int* result) {
     return guarded(Subject::context, [&] {
         checkHandle(context, "context");
-        String error;
-        const String appdata_dir = toVelmarString(PlatformUtils::getAppDataDirectory());
-        if (fromHandle(context)->loadSDK("vs2017_64", appdata_dir, error) != Velmar::VelmarContext::loaded)
-            throw KitFailure{VELMARKIT_RENDERER_ERROR, toStdString(error)};
+        initialise(*fromHandle(context), "vs2017_64");
         store(result, 0);
+    });
+}
+
+int32_t VelmarKit_Context_InitializeFrom(::VelmarContext* context, const char* folder) {
+    return guarded(Subject::context, [&] {
+        checkHandle(context, "context");
+        checkPath(folder, "folder");
+        initialise(*fromHandle(context), folder);
     });
 }
 

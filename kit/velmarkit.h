@@ -217,6 +217,23 @@ VELMARKIT_API int32_t VelmarKit_Camera_SetFieldOfView(VelmarCamera* camera, doub
 /** Gets the horizontal field of view in radians, as it follows from the sensor's width and the distance of the lens. */
 VELMARKIT_API int32_t VelmarKit_Camera_GetFieldOfView(const VelmarCamera* camera, double* radians);
 
+/**
+ * Gets the colour of a diffuse material node: the reflected part of red, green and blue, with gamma 2.2. Refused if the
+ * node has none, as that of a renderer library may. Any of the pointers may be null.
+ */
+VELMARKIT_API int32_t VelmarKit_Material_GetColour(const VelmarMaterialNode* material, double* r, double* g, double* b);
+
+/** Gets what VelmarKit_Background_CreateUniform was given. Refused for another kind of background. */
+VELMARKIT_API int32_t VelmarKit_Background_GetUniform(const VelmarBackground* background, double* r, double* g,
+                                                      double* b, double* strength);
+
+/**
+ * Gets what VelmarKit_Background_CreateSunSky was given. Refused for another kind of background.
+ * @param model, size as in VelmarKit_Node_GetName.
+ */
+VELMARKIT_API int32_t VelmarKit_Background_GetSunSky(const VelmarBackground* background, double* x, double* y,
+                                                     double* z, const char** model, uint64_t* size);
+
 /** Gets the position of the first key frame; (0, 0, 0) if none was set. */
 VELMARKIT_API int32_t VelmarKit_Camera_GetPosition(const VelmarCamera* camera, double* x, double* y, double* z);
 
@@ -239,3 +256,11 @@ VELMARKIT_API int32_t VelmarKit_Model_GetMaterial(const VelmarModel* model, uint
  */
 VELMARKIT_API int32_t VelmarKit_Model_GetTransformation(const VelmarModel* model, double* rotation, double* position,
                                                         int32_t index);
+
+/* ---- rendering ---- */
+
+/**
+ * Loads the renderer library from a folder of the host's choice, whatever the working directory.
+ * @param folder contains the library: velmar_sdk or else velmar_rt_sdk, with the system's extension.
+ */
+VELMARKIT_API int32_t VelmarKit_Context_InitializeFrom(VelmarContext* context, const char* folder);

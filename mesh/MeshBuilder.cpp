@@ -65,6 +65,27 @@ MeshBuilder::Materials::Materials(const Mesh& mesh)
         earlier_names.emplace(name.view());
 }
 
+void MeshBuilder::checkFaces(const Mesh& mesh) {
+    const std::uint64_t sets = mesh.num_uv_mappings;
+    const std::uint64_t entries = sets == 0 ? 0 : mesh.uv_pairs.size() / sets;
+    const auto check = [&](FaceKind kind, const auto& faces) {
+        // The greatest index of all faces: cheaper than a decision for each.
+        std::uint32_t vertex = 0;
+        std::uint32_t uv = 0;
+        for (const auto& face : faces) {
+            for (const std::uint32_t index : face.vertex_indices)
+                vertex = std::max(vertex, index);
+            for (const std::uint32_t index : face.uv_indices)
+                uv = std::max(uv, index);
+        }
+        if (faces.empty()) return;
+        if (vertex >= mesh.verts.size()) throwOutOfBounds(kind, "vertex", vertex);
+        if (sets != 0 && uv >= entries) throwOutOfBounds(kind, "uv", uv);
+    };
+    check(FaceKind::triangle, mesh.triangles);
+    check(FaceKind::quad, mesh.quads);
+}
+
 void MeshBuilder::throwOutOfBounds(FaceKind kind, const char* what, std::uint32_t index) {
     const std::string face = kind == FaceKind::triangle ? "Triangle " : "Quad ";
     throw VelmarException(

@@ -129,6 +129,10 @@ class MeshBuilder {
         writeFace(triangles.append(), vertex_indices, uv_indices, material);
     }
 
+    /// Throws `VelmarException` if a face of a mesh that was filled in another way refers to a vertex or UV entry that
+    /// doesn't exist. UV indices count only if the mesh has UV sets.
+    static void checkFaces(const Mesh& mesh);
+
     /// Reserves memory for so many more vertices, normals or triangles, if there is that much.
     void tryReserveVertices(std::size_t count) noexcept { vertices.tryReserve(vertices.size() + count); }
     void tryReserveNormals(std::size_t count) noexcept { normals.tryReserve(normals.size() + count); }

@@ -74,6 +74,30 @@ class Background : public Node<VelmarBackground> {
                                   detail::textOf(model)));
     }
 
+    /// The colour and the strength that uniform light was made with. Throws BadArgumentError for sun and sky.
+    Vec3 colour() const {
+        Vec3 value{};
+        call(VelmarKit_Background_GetUniform, &value[0], &value[1], &value[2], nullptr);
+        return value;
+    }
+    double strength() const {
+        double value = 0;
+        call(VelmarKit_Background_GetUniform, nullptr, nullptr, nullptr, &value);
+        return value;
+    }
+    /// The direction and the model that sun and sky were made with. Throws BadArgumentError for uniform light.
+    Vec3 direction() const {
+        Vec3 value{};
+        call(VelmarKit_Background_GetSunSky, &value[0], &value[1], &value[2], nullptr, nullptr);
+        return value;
+    }
+    std::string model() const {
+        const char* bytes = nullptr;
+        std::uint64_t size = 0;
+        call(VelmarKit_Background_GetSunSky, nullptr, nullptr, nullptr, &bytes, &size);
+        return detail::textOf(bytes, size);
+    }
+
   private:
     friend class Scene;
     using Node::Node;
@@ -86,6 +110,7 @@ class Material : public Node<VelmarMaterialNode> {
         : Node(created(VelmarKit_Material_CreateNode, detail::textOf(name))) {
         setColour(name, colour);
     }
+    Vec3 colour() const { return get(VelmarKit_Material_GetColour); }
     /// Replaces the colour.
     void setColour(const Vec3& colour) { setColour(name(), colour); }
 

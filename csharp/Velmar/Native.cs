@@ -340,6 +340,14 @@ namespace Velmar
         [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
         internal static extern int VelmarKit_Camera_GetFieldOfView(NodeHandle a0, double* a1);
         [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
+        internal static extern int VelmarKit_Material_GetColour(NodeHandle a0, double* a1, double* a2, double* a3);
+        [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
+        internal static extern int VelmarKit_Background_GetUniform(NodeHandle a0, double* a1, double* a2, double* a3,
+                                                                   double* a4);
+        [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
+        internal static extern int VelmarKit_Background_GetSunSky(NodeHandle a0, double* a1, double* a2, double* a3,
+                                                                  byte** a4, ulong* a5);
+        [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
         internal static extern int VelmarKit_Camera_GetPosition(NodeHandle a0, double* a1, double* a2, double* a3);
         [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
         internal static extern int VelmarKit_Tonemapping_GetResponseFunctionPath(NodeHandle a0, byte** a1, ulong* a2);
@@ -349,5 +357,7 @@ namespace Velmar
         internal static extern int VelmarKit_Model_GetMaterial(NodeHandle a0, ulong a1, IntPtr* a2);
         [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
         internal static extern int VelmarKit_Model_GetTransformation(NodeHandle a0, double* a1, double* a2, int a3);
+        [DllImport(Library, CallingConvention = CallingConvention.Cdecl)]
+        internal static extern int VelmarKit_Context_InitializeFrom(IntPtr a0, byte* a1);
     }
 }

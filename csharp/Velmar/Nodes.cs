@@ -86,6 +86,46 @@ namespace Velmar
                 Check(Native.VelmarKit_Background_CreateSunSky(direction.X, direction.Y, direction.Z, text, &node));
             return new Background(node);
         }
+
+        /// <summary>The colour of uniform light. A VelmarArgumentException for sun and sky.</summary>
+        public Vec3 Colour
+        {
+            get
+            {
+                Vec3 v = default(Vec3);
+                Check(Native.VelmarKit_Background_GetUniform(Handle, &v.X, &v.Y, &v.Z, null));
+                return v;
+            }
+        }
+
+        /// <summary>The strength of uniform light. A VelmarArgumentException for sun and sky.</summary>
+        public double Strength
+        {
+            get { double v; Check(Native.VelmarKit_Background_GetUniform(Handle, null, null, null, &v)); return v; }
+        }
+
+        /// <summary>The direction towards the sun. A VelmarArgumentException for uniform light.</summary>
+        public Vec3 Direction
+        {
+            get
+            {
+                Vec3 v = default(Vec3);
+                Check(Native.VelmarKit_Background_GetSunSky(Handle, &v.X, &v.Y, &v.Z, null, null));
+                return v;
+            }
+        }
+
+        /// <summary>The name of the sky's model. A VelmarArgumentException for uniform light.</summary>
+        public string Model
+        {
+            get
+            {
+                byte* text;
+                ulong size;
+                Check(Native.VelmarKit_Background_GetSunSky(Handle, null, null, null, &text, &size));
+                return TextOf(text, size);
+            }
+        }
     }
 
     /// <summary>A diffuse material: its colour is the reflected part of red, green and blue, 0 to 1, with gamma 2.2.</summary>
@@ -96,8 +136,12 @@ namespace Velmar
 
         internal Material(IntPtr node) : base(node) { }
 
-        /// <summary>Replaces the colour.</summary>
-        public void SetColour(Vec3 colour) { SetColour(Name, colour); }
+        /// <summary>The colour.</summary>
+        public Vec3 Colour
+        {
+            get { Vec3 v = default(Vec3); Check(Native.VelmarKit_Material_GetColour(Handle, &v.X, &v.Y, &v.Z)); return v; }
+            set { SetColour(Name, value); }
+        }
 
         private void SetColour(string name, Vec3 colour)
         {

@@ -17,11 +17,9 @@ CORNERS = {8: 3, 10: 4}
 
 @dataclass
 class Faces:
-    """Records, and the greatest indices in them; -1 if there are none."""
+    """Records, and the greatest number of a material in them; -1 if there are none."""
 
     block: Block
-    vertex: int = -1
-    texture: int = -1
     material: int = -1
 
 
@@ -48,9 +46,7 @@ def _records(faces: Any, words: int) -> Faces:
         raise ValueError("face records of 8 words are triangles, and their first word must be 0")
     if corners == 4 and minimum == 0:
         raise ValueError("face records of 10 words are quads, and their first word must not be 0")
-    return Faces(block, block.column_limits(words, 1, 1 + corners)[1],
-                 block.column_limits(words, 1 + corners, 1 + 2 * corners)[1],
-                 block.column_limits(words, words - 1, words)[1])
+    return Faces(block, block.column_limits(words, words - 1, words)[1])
 
 
 def _packed_by_numpy(faces: Any, texture_indices: Any, materials: Any) -> Faces:
@@ -92,7 +88,7 @@ def _packed(faces: Any, texture_indices: Any, materials: Any) -> Faces:
         if len(each) != len(rows):
             raise ValueError(f"materials must be one, or as many as the {len(rows)} faces, not {len(each)}")
     words = array.array("I")
-    vertex = texture = max_material = -1
+    max_material = -1
     for i, row in enumerate(rows):
         corners = len(row)
         if corners not in (3, 4):
@@ -104,11 +100,9 @@ def _packed(faces: Any, texture_indices: Any, materials: Any) -> Faces:
         row = tuple(_index("faces", index) for index in row)
         texture_row = tuple(_index("texture indices", index) for index in texture_row)
         words.extend((corners - 3, *row, *texture_row, material))
-        vertex = max(vertex, *row)
-        texture = max(texture, *texture_row)
         max_material = max(max_material, material)
     block = block_of_words(ctypes.c_uint32, words, checked_rows("faces", len(rows)))
-    return Faces(block, vertex, texture, max_material)
+    return Faces(block, max_material)
 
 
 def _rows(what: str, value: Any) -> Any:

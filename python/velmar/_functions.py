@@ -214,11 +214,17 @@ FUNCTIONS = {
     "VelmarKit_Camera_LookAt": (VelmarCamera, c_double, c_double, c_double, c_double, c_double, c_double),
     "VelmarKit_Camera_SetFieldOfView": (VelmarCamera, c_double),
     "VelmarKit_Camera_GetFieldOfView": (VelmarCamera, POINTER(c_double)),
+    "VelmarKit_Material_GetColour": (VelmarMaterialNode, POINTER(c_double), POINTER(c_double), POINTER(c_double)),
+    "VelmarKit_Background_GetUniform": (VelmarBackground, POINTER(c_double), POINTER(c_double), POINTER(c_double),
+                                        POINTER(c_double)),
+    "VelmarKit_Background_GetSunSky": (VelmarBackground, POINTER(c_double), POINTER(c_double), POINTER(c_double),
+                                       POINTER(c_void_p), POINTER(c_uint64)),
     "VelmarKit_Camera_GetPosition": (VelmarCamera, POINTER(c_double), POINTER(c_double), POINTER(c_double)),
     "VelmarKit_Tonemapping_GetResponseFunctionPath": (VelmarTonemapping, POINTER(c_void_p), POINTER(c_uint64)),
     "VelmarKit_Model_GetGeometry": (VelmarModel, POINTER(VelmarMesh), POINTER(c_uint64)),
     "VelmarKit_Model_GetMaterial": (VelmarModel, c_uint64, POINTER(VelmarMaterialNode)),
     "VelmarKit_Model_GetTransformation": (VelmarModel, POINTER(c_double), POINTER(c_double), c_int32),
+    "VelmarKit_Context_InitializeFrom": (VelmarContext, c_char_p),
 }
 
 VARIADIC = {"VelmarKit_Renderer_UpdateScene"}

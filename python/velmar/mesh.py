@@ -74,8 +74,8 @@ class Mesh(MeshBase):
 
     def _start(self, name: str) -> None:
         self._name = name
-        # The greatest index of any face.
-        self._vertex = self._texture = self._material = -1
+        # The greatest number of a material in any face.
+        self._material = -1
         self._built = False
         self._views: "weakref.WeakSet[Any]" = weakref.WeakSet()
 
@@ -197,8 +197,6 @@ class Mesh(MeshBase):
         """Appends faces. Their indices may refer to vertices that are added later; `build` checks them."""
         checked = faces_of(faces, texture_indices, materials, self.num_texture_coordinate_sets > 0)
         self._change("VelmarKit_Mesh_AddFaces", checked.block.rows, checked.block.pointer)
-        self._vertex = max(self._vertex, checked.vertex)
-        self._texture = max(self._texture, checked.texture)
         self._material = max(self._material, checked.material)
 
     def add_material_name(self, name: str) -> None:
@@ -208,17 +206,8 @@ class Mesh(MeshBase):
     def build(self) -> None:
         """Checks and finishes a filled mesh. Writing does so too if anything was added since.
 
-        ValueError: an index of a face is out of range.
-        MeshError: only some vertices have a normal.
+        MeshError: a face refers to a vertex or texture coordinates that aren't there, or only some vertices have a normal.
         """
-        counts = self._counts()
-        if self._vertex >= counts.vertices:
-            raise ValueError(f"a face of {self!r} has the vertex {self._vertex}, and there are {counts.vertices}")
-        if counts.uv_sets:
-            pairs = counts.uv_pairs // counts.uv_sets
-            if self._texture >= pairs:
-                raise ValueError(f"a face of {self!r} has the texture coordinates {self._texture}, "
-                                 f"and there are {pairs}")
         self._call("VelmarKit_Mesh_Build", None)
         self._built = True
 

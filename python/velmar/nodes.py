@@ -3,13 +3,13 @@ from __future__ import annotations
 
 import ctypes
 import math
-from typing import Any, Container, Dict, Optional, Sequence, Tuple
+from typing import Any, Container, Dict, List, Optional, Sequence, Tuple
 
 from . import _functions
 from ._bases import BackgroundBase, CameraBase, MaterialBase, ModelBase, RenderSettingsBase, TonemappingBase
 from ._objects import Object, Setting, created, read, read_handle
 from ._values import Vector, number, text, vector
-from .errors import VelmarError
+from .errors import BadArgumentError, VelmarError
 from .mesh import Mesh
 
 
@@ -69,6 +69,41 @@ class Background(BackgroundBase):
         towards, encoded = vector("direction", direction), text("model", model)
         return cls._of(created(cls._type, "VelmarKit_Background_CreateSunSky", *towards, encoded))
 
+    @property
+    def colour(self) -> Optional[Tuple[float, float, float]]:
+        """The colour of uniform light; None for sun and sky."""
+        r, g, b, _ = self._read("VelmarKit_Background_GetUniform", 4)
+        return None if r is None else (r, g, b)
+
+    @property
+    def strength(self) -> Optional[float]:
+        """The strength of uniform light; None for sun and sky."""
+        strength: Optional[float] = self._read("VelmarKit_Background_GetUniform", 4)[3]
+        return strength
+
+    @property
+    def direction(self) -> Optional[Tuple[float, float, float]]:
+        """The direction towards the sun; None for uniform light."""
+        x, y, z = self._read("VelmarKit_Background_GetSunSky", 3, None, None)
+        return None if x is None else (x, y, z)
+
+    @property
+    def model(self) -> Optional[str]:
+        """The name of the sky's model; None for uniform light."""
+        address, size = ctypes.c_void_p(), ctypes.c_uint64()
+        if self._read("VelmarKit_Background_GetSunSky", 3, ctypes.byref(address), ctypes.byref(size))[0] is None:
+            return None
+        return (ctypes.string_at(address, size.value) if size.value else b"").decode("utf-8", "replace")
+
+    def _read(self, getter: str, count: int, *after: Any) -> List[Any]:
+        """The numbers that a getter stores; None for each if the background is of another kind."""
+        numbers = [ctypes.c_double() for _ in range(count)]
+        try:
+            self._call(getter, *map(ctypes.byref, numbers), *after)
+        except BadArgumentError:
+            return [None] * count
+        return [number.value for number in numbers]
+
 
 class Material(MaterialBase):
     """A diffuse material: its colour is the reflected part of red, green and blue, 0 to 1, with gamma 2.2."""
@@ -94,7 +129,6 @@ class Material(MaterialBase):
         except VelmarError:
             self._library.VelmarKit_Material_Delete(material)
             raise
-        self._colour: Optional[Tuple[float, float, float]] = colour
 
     @property
     def name(self) -> str:
@@ -102,9 +136,10 @@ class Material(MaterialBase):
         return self._name
 
     @property
-    def colour(self) -> Optional[Tuple[float, float, float]]:
-        """The colour; None if it came from a file."""
-        return self._colour
+    def colour(self) -> Tuple[float, float, float]:
+        """The colour."""
+        r, g, b = read(self, "VelmarKit_Material_GetColour")
+        return r, g, b
 
     @colour.setter
     def colour(self, value: Vector) -> None:

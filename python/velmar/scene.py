@@ -149,7 +149,8 @@ class Scene(Object):
         """Writes the scene as an XML document, and its meshes as binary files in a folder next to it. The document refers
         to them relative to itself and can be moved with them. After a failure, a document that was there is as before.
 
-        ValueError: an index of a face is out of range, or a model uses a node that isn't in the scene.
+        MeshError: a face of a mesh refers to a vertex or texture coordinates that aren't there.
+        ValueError: a model uses a node that isn't in the scene.
         FileError: the document or a mesh can't be written.
         """
         name = text("document", path("document", document))

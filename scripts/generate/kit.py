@@ -56,6 +56,7 @@ CHECKS = {
     "VelmarModel_SetTransformation": "checkKeyFrame(model, index);",
     "VelmarModel_SetMaterials": "checkMaterials(count, materials);",
     "VelmarRenderer_InitializeWithScene": "checkContext(context);",
+    "VelmarMesh_Build": "checkFaces(mesh);",
 }
 
 

@@ -89,6 +89,21 @@ TEST(CppScene, IsReadWithItsNodes) {
     EXPECT_THAT(document, HasSubstr("<pos>7 8 9</pos>"));
 }
 
+TEST(CppNodes, GiveWhatTheyWereMadeOf) {
+    velmar::Material red("Red", {0.8, 0.1, 0.1});
+    EXPECT_THAT(red.colour(), ElementsAre(0.8, 0.1, 0.1));
+    red.setColour({0, 0.5, 1});
+    EXPECT_THAT(red.colour(), ElementsAre(0, 0.5, 1));
+    const velmar::Background uniform = velmar::Background::uniform({1, 0.5, 0.25}, 2);
+    EXPECT_THAT(uniform.colour(), ElementsAre(1, 0.5, 0.25));
+    EXPECT_EQ(uniform.strength(), 2);
+    EXPECT_THROW(static_cast<void>(uniform.direction()), velmar::BadArgumentError);
+    const velmar::Background sky = velmar::Background::sunSky({0, 0.5, 1}, "original");
+    EXPECT_THAT(sky.direction(), ElementsAre(0, 0.5, 1));
+    EXPECT_EQ(sky.model(), "original");
+    EXPECT_THROW(static_cast<void>(sky.strength()), velmar::BadArgumentError);
+}
+
 TEST(CppScene, NodesOutliveIt) {
     velmar::Camera camera;
     {

@@ -103,6 +103,17 @@ internal static unsafe class VelmarTest
         Equal(tonemapping.ResponseFunctionPath, "curve.txt", "path");
         RenderSettings settings = new RenderSettings { Metropolis = true };
         Equal(settings.Metropolis, true, "metropolis");
+        Material red = new Material("Red", new Vec3(0.8, 0.1, 0.1));
+        Equal(red.Colour.X, 0.8, "colour");
+        red.Colour = new Vec3(0, 0.5, 1);
+        Equal(red.Colour.Y, 0.5, "colour that was set");
+        Background uniform = Background.Uniform(new Vec3(1, 0.5, 0.25), 2);
+        Equal(uniform.Colour.Z, 0.25, "colour of light");
+        Equal(uniform.Strength, 2.0, "strength");
+        Throws<VelmarArgumentException>("isn't sun and sky", () => uniform.Model.ToString());
+        Background sky = Background.SunSky(new Vec3(0, 0.5, 1), "original");
+        Equal(sky.Direction.Y, 0.5, "direction");
+        Equal(sky.Model, "original", "model");
     }
 
     private static void ModelsAreLoaded()

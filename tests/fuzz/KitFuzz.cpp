@@ -187,6 +187,10 @@ void read(Input& input, Objects& objects) {
     VelmarKit_Node_GetName(from, &text, &count);
     VelmarKit_Camera_GetUp(lens, numbers, numbers + 1, nullptr);
     VelmarKit_Model_GetTransformation(placed, numbers, nullptr, input.take<std::int8_t>());
+    VelmarKit_Material_GetColour(objects.any<VelmarMaterialNode>(node, input), numbers, numbers + 1, nullptr);
+    const auto* const light = objects.any<VelmarBackground>(background, input);
+    VelmarKit_Background_GetUniform(light, numbers, nullptr, numbers + 2, numbers + 3);
+    VelmarKit_Background_GetSunSky(light, numbers, nullptr, nullptr, &text, &count);
 }
 
 void change(Input& input, Objects& objects) {

@@ -115,6 +115,31 @@ TEST(KitCalls, MeshFailureHasItsStatusAndTheFullText) {
     EXPECT_SUCCESS(VelmarKit_Mesh_Delete(mesh));
 }
 
+TEST(KitCalls, FacesReferToWhatIsThere) {
+    constexpr float corners[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+    constexpr uint32_t triangle[] = {0, 0, 1, 3, 0, 0, 0, 0};
+    constexpr uint32_t quad[] = {1, 0, 1, 2, 0, 0, 0, 0, 3, 0};
+    VelmarMesh* mesh = newMesh();
+    EXPECT_SUCCESS(VelmarKit_Mesh_AddVertices(mesh, 3, corners));
+    EXPECT_SUCCESS(VelmarKit_Mesh_AddFaces(mesh, 1, triangle));
+    expectFailure(VelmarKit_Mesh_Build(mesh, nullptr), VELMARKIT_MESH_ERROR,
+                  "Mesh 'Mesh': Triangle vertex index is out of bounds. (vertex index=3)");
+    // The vertex may be added afterwards.
+    EXPECT_SUCCESS(VelmarKit_Mesh_AddVertices(mesh, 1, corners));
+    EXPECT_SUCCESS(VelmarKit_Mesh_Build(mesh, nullptr));
+
+    // Without texture coordinates their indices mean nothing.
+    EXPECT_SUCCESS(VelmarKit_Mesh_AddFaces(mesh, 1, quad));
+    EXPECT_SUCCESS(VelmarKit_Mesh_Build(mesh, nullptr));
+    const float* const set = corners;
+    EXPECT_SUCCESS(VelmarKit_Mesh_SetTextureCoordinates(mesh, 1, 3, &set));
+    expectFailure(VelmarKit_Mesh_Build(mesh, nullptr), VELMARKIT_MESH_ERROR,
+                  "Quad uv index is out of bounds. (uv index=3)");
+    EXPECT_SUCCESS(VelmarKit_Mesh_SetTextureCoordinates(mesh, 1, 4, &set));
+    EXPECT_SUCCESS(VelmarKit_Mesh_Build(mesh, nullptr));
+    EXPECT_SUCCESS(VelmarKit_Mesh_Delete(mesh));
+}
+
 TEST(KitCalls, EachThreadHasItsOwnText) {
     expectRefused(VelmarKit_Camera_SetUp(nullptr, 0, 0, 1), "camera is null");
     std::thread other([] {

@@ -112,3 +112,40 @@ TEST(KitCamera, FieldOfViewIsThatOfSensorAndLens) {
     expectRefused(VelmarKit_Camera_SetFieldOfView(camera, NAN), "radians");
     EXPECT_SUCCESS(VelmarKit_Node_Delete(camera));
 }
+
+TEST(KitGetters, MaterialGivesItsColour) {
+    VelmarMaterialNode* node = nullptr;
+    VelmarMaterial* material = nullptr;
+    double r = 9, g = 9, b = 9;
+    EXPECT_SUCCESS(VelmarKit_Material_CreateNode("Red", &node));
+    expectRefused(VelmarKit_Material_GetColour(node, &r, &g, &b), "material has no colour");
+    EXPECT_EQ(r, 9);
+    EXPECT_SUCCESS(VelmarKit_Material_CreateDiffuse("Red", 0.75, 0.5, 0.25, &material));
+    EXPECT_SUCCESS(VelmarKit_Material_AddToNode(node, material));
+    EXPECT_SUCCESS(VelmarKit_Material_GetColour(node, &r, nullptr, &b));
+    EXPECT_EQ(r, 0.75);
+    EXPECT_EQ(b, 0.25);
+    expectRefused(VelmarKit_Material_GetColour(nullptr, &r, &g, &b), "material is null");
+    EXPECT_SUCCESS(VelmarKit_Node_Delete(node));
+}
+
+TEST(KitGetters, BackgroundGivesWhatItWasMadeOf) {
+    VelmarBackground* uniform = nullptr;
+    VelmarBackground* sky = nullptr;
+    EXPECT_SUCCESS(VelmarKit_Background_CreateUniform(0.5, 0.25, 1, 3, &uniform));
+    EXPECT_SUCCESS(VelmarKit_Background_CreateSunSky(1, 2, -3, "original", &sky));
+    double x = 0, y = 0, z = 0, strength = 0;
+    EXPECT_SUCCESS(VelmarKit_Background_GetUniform(uniform, &x, &y, &z, &strength));
+    EXPECT_EQ(x, 0.5);
+    EXPECT_EQ(y, 0.25);
+    EXPECT_EQ(strength, 3);
+    const char* model = nullptr;
+    uint64_t size = 0;
+    EXPECT_SUCCESS(VelmarKit_Background_GetSunSky(sky, &x, &y, &z, &model, &size));
+    EXPECT_EQ(z, -3);
+    EXPECT_EQ(std::string(model, size), "original");
+    expectRefused(VelmarKit_Background_GetUniform(sky, &x, &y, &z, &strength), "background isn't uniform light");
+    expectRefused(VelmarKit_Background_GetSunSky(uniform, &x, &y, &z, &model, &size), "background isn't sun and sky");
+    EXPECT_SUCCESS(VelmarKit_Node_Delete(uniform));
+    EXPECT_SUCCESS(VelmarKit_Node_Delete(sky));
+}

@@ -85,6 +85,19 @@ TEST(KitContext, LibraryThatThrowsWhileItIsSetUpIsAStatus) {
     }
 }
 
+TEST_F(KitRendering, LibraryIsLoadedFromTheFolderThatTheHostNames) {
+    folder.install("good", "velmar_rt_sdk", "else where");
+    EXPECT_SUCCESS(VelmarKit_Context_Create(&context));
+    expectFailure(VelmarKit_Context_Initialize(context, nullptr), VELMARKIT_RENDERER_ERROR, "from 'vs2017_64'");
+    const std::string path = folder.path("else where").generic_string();
+    expectFailure(VelmarKit_Context_InitializeFrom(context, (path + "/not").c_str()), VELMARKIT_RENDERER_ERROR,
+                  ("from '" + path + "/not'").c_str());
+    expectRefused(VelmarKit_Context_InitializeFrom(context, nullptr), "folder is null");
+    expectRefused(VelmarKit_Context_InitializeFrom(context, ""), "folder is empty");
+    EXPECT_SUCCESS(VelmarKit_Context_InitializeFrom(context, path.c_str()));
+    EXPECT_SUCCESS(VelmarKit_Renderer_Create(context, &renderer));
+}
+
 TEST_F(KitRendering, LibraryWithoutMemoryHasTheStatusOfThat) {
     folder.install("throws_bad_alloc");
     EXPECT_SUCCESS(VelmarKit_Context_Create(&context));

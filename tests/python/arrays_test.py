@@ -340,7 +340,7 @@ class Faces(unittest.TestCase):
         for faces in (*forms([(0, 1, 9)]), array_of([(0, 0, 1, 9, 0, 0, 0, 0)], "I")):
             mesh = velmar.Mesh("mesh", [(0, 0, 0)] * 9)
             mesh.add_faces(faces)
-            with self.assertRaisesRegex(ValueError, "a face of .* has the vertex 9, and there are 9"):
+            with self.assertRaisesRegex(velmar.MeshError, r"Mesh 'mesh': .*\(vertex index=9\)"):
                 mesh.build()
             mesh.add_vertices(TRIANGLE)
             mesh.build()
@@ -350,7 +350,7 @@ class Faces(unittest.TestCase):
         self.mesh.add_faces([(0, 1, 2)], [(0, 1, 3)])
         self.mesh.build()
         self.mesh.set_texture_coordinates([(0, 0)] * 3)
-        with self.assertRaisesRegex(ValueError, "a face of .* has the texture coordinates 3, and there are 3"):
+        with self.assertRaisesRegex(velmar.MeshError, r"\(uv index=3\)"):
             self.mesh.build()
 
     def test_texture_indices_of_a_mesh_without_texture_coordinates_do_not_matter(self):
@@ -375,7 +375,7 @@ try:
 except ValueError as failure:
     print(failure)
 """)
-        self.assertEqual(output, "3 1 7\na face of <velmar.Mesh 'mesh'> has the vertex 3, and there are 3\n")
+        self.assertEqual(output, "3 1 7\nMesh 'mesh': Triangle vertex index is out of bounds. (vertex index=3)\n")
         self.assertEqual(status, 0)
 
 

@@ -96,7 +96,7 @@ class WithoutRenderer(support.InFolder):
             settings.super_sample_factor = 1
             mesh = scene.add(velmar.Mesh("mesh", TRIANGLE))
             mesh.add_faces([(0, 1, 7)])
-            with self.assertRaisesRegex(ValueError, "has the vertex 7"):
+            with self.assertRaisesRegex(velmar.MeshError, "vertex index=7"):
                 velmar.Renderer(scene)
         with self.assertRaises(TypeError):
             velmar.Renderer(None)

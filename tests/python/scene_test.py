@@ -3,6 +3,7 @@ import array
 import math
 import os
 import pathlib
+import struct
 import subprocess
 import sys
 import unittest
@@ -149,6 +150,12 @@ class Documents(support.InFolder):
             self.assertEqual(root.findall("background_settings")[1].findtext(".//sundir"), "1 1 1")
             self.assertEqual((material.name, material.colour), ("Rouge Été", (0, 0.25, 0.5)))
 
+    def test_backgrounds_give_what_they_were_made_of(self):
+        uniform = velmar.Background.uniform((1, 0.5, 0.25), 2)
+        sky = velmar.Background.sun_sky((-1, -1, 1), "original")
+        self.assertEqual([(each.colour, each.strength, each.direction, each.model) for each in (uniform, sky)],
+                         [((1, 0.5, 0.25), 2, None, None), (None, None, (-1, -1, 1), "original")])
+
     def test_mesh_settings(self):
         with velmar.Scene() as scene:
             scene.add(velmar.Mesh("mesh", TRIANGLE, normal_smoothing=True, view_dependent_subdivision=True,
@@ -229,13 +236,27 @@ class Paths(support.InFolder):
         model = self.scene.load_model("two.obj", 2)
         self.assertEqual((model.name, model.mesh.name, model.mesh.num_vertices), ("two", "two", 3))
         self.assertEqual(model.mesh.vertices.tolist()[1], [2, 0, 0])
-        self.assertEqual([material.name for material in model.materials], ["blue"])
+        self.assertEqual([(material.name, material.colour) for material in model.materials], [("blue", (0, 0, 1))])
         self.assertEqual(model.mesh.material_names, ("blue",))
         self.assertEqual(len(self.scene.nodes), 4)
         root = support.document(self.scene)
         self.assertEqual(root.find("material").findtext(".//rgb/rgb"), "0 0 1")
         model.materials[0].colour = (1, 0, 0)
         self.assertEqual(support.document(self.scene).find("material").findtext(".//rgb/rgb"), "1 0 0")
+
+    def test_file_whose_faces_refer_to_nothing_is_refused(self):
+        self.mesh.write("mesh.vmmesh")
+        content = bytearray(pathlib.Path("mesh.vmmesh").read_bytes())
+        # Uncompressed: the faces are last, then the number of quads.
+        at = len(content) - 4 - 28
+        self.assertEqual(struct.unpack_from("<7I", content, at), tuple(self.mesh.triangles.tolist()[-1]))
+        struct.pack_into("<I", content, at, 99)
+        pathlib.Path("mesh.vmmesh").write_bytes(content)
+        count = len(self.scene.nodes)
+        for load in (velmar.Mesh.load, self.scene.load_model):
+            with self.assertRaisesRegex(velmar.MeshError, r"Triangle vertex index is out of bounds\. \(vertex index=99\)"):
+                load("mesh.vmmesh")
+        self.assertEqual(len(self.scene.nodes), count)
 
     def test_mesh_is_loaded(self):
         self.mesh.write("mesh.vmmesh")
@@ -371,7 +392,7 @@ class Failures(support.InFolder):
         mesh = self.scene.add(velmar.Mesh("mesh", TRIANGLE))
         mesh.add_faces([(0, 1, 3)])
         for write in (self.scene.write, mesh.write):
-            with self.assertRaisesRegex(ValueError, "has the vertex 3"):
+            with self.assertRaisesRegex(velmar.MeshError, "vertex index=3"):
                 write("file")
         self.assertEqual(os.listdir(), [])
         mesh.add_vertices([(0, 0, 1)])

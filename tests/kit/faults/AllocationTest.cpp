@@ -52,6 +52,7 @@ struct Host {
     VelmarTonemapping* tonemapping = nullptr;
     void* made = nullptr;
     std::string path;
+    std::string binary_path;
     std::string document;
     std::string document_to_read;
 };
@@ -114,6 +115,8 @@ const Call calls[] = {
     {"create_default_material", [](Host& h) { return VelmarKit_create_default_material(h.scene); }},
     {"create_plane", [](Host& h) { return VelmarKit_create_plane(h.scene); }},
     {"Mesh_LoadFile", [](Host& h) { return VelmarKit_Mesh_LoadFile(h.path.c_str(), 1, place<VelmarMesh>(h)); }},
+    {"Mesh_LoadFile_OfVmmesh",
+     [](Host& h) { return VelmarKit_Mesh_LoadFile(h.binary_path.c_str(), 1, place<VelmarMesh>(h)); }},
     {"Scene_AddGroundPlane", [](Host& h) { return VelmarKit_Scene_AddGroundPlane(h.scene, 0, 1); }},
     {"create_sunsky", [](Host& h) { return VelmarKit_create_sunsky(h.scene); }},
     {"Scene_LoadModel", [](Host& h) { return VelmarKit_Scene_LoadModel(h.scene, h.path.c_str(), 1, nullptr); }},
@@ -138,6 +141,9 @@ TEST_P(EachAllocation, GivesItsStatusAndKeepsTheHandles) {
                    "<mesh><uid>3</uid><name>m</name><external><path>one.obj</path></external></mesh>"
                    "<model2><uid>4</uid><name>m</name><geometry_uid>3</geometry_uid><pos>0 0 0</pos>"
                    "<materials><uid>2</uid><uid>9</uid></materials></model2></scene>");
+    VelmarMesh* const triangle = newTriangle();
+    EXPECT_SUCCESS(VelmarKit_Mesh_WriteToFile(triangle, dir.file("one.vmmesh").c_str()));
+    EXPECT_SUCCESS(VelmarKit_Mesh_Delete(triangle));
     Faults::prepareRuntime();
     // The text of a failure has its block from now on.
     EXPECT_NE(VelmarKit_create_plane(nullptr), VELMARKIT_SUCCESS);
@@ -146,6 +152,7 @@ TEST_P(EachAllocation, GivesItsStatusAndKeepsTheHandles) {
         for (std::int64_t nth = 1; met; ++nth) {
             Host host;
             host.path = dir.file("one.obj");
+            host.binary_path = dir.file("one.vmmesh");
             host.document = dir.file("one.xml");
             host.document_to_read = dir.file("read.xml");
             std::int32_t status = VELMARKIT_SUCCESS;

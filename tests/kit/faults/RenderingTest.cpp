@@ -19,12 +19,13 @@ extern "C" const char* __lsan_default_suppressions() {
 
 namespace {
 
-enum class Stage { context, renderer, rendering };
+enum class Stage { created, context, renderer, rendering };
 
 /// A host's handles up to a stage, made anew for each call.
 struct Host {
     explicit Host(Stage stage) : scene(newScene()) {
         EXPECT_SUCCESS(VelmarKit_Context_Create(&context));
+        if (stage == Stage::created) return;
         EXPECT_SUCCESS(VelmarKit_Context_Initialize(context, nullptr));
         EXPECT_SUCCESS(VelmarKit_Scene_AddMesh(scene, newTriangle()));
         VelmarRenderSettings* settings = nullptr;
@@ -72,6 +73,9 @@ struct Call {
 
 const Call calls[] = {
     {"Context_Create", Stage::context, [](Host& h) { return VelmarKit_Context_Create(&h.other); }},
+    {"Context_Initialize", Stage::created, [](Host& h) { return VelmarKit_Context_Initialize(h.context, nullptr); }},
+    {"Context_InitializeFrom", Stage::created,
+     [](Host& h) { return VelmarKit_Context_InitializeFrom(h.context, "./vs2017_64"); }},
     {"Renderer_Create", Stage::context, [](Host& h) { return VelmarKit_Renderer_Create(h.context, &h.renderer); }},
     {"Renderer_InitializeWithScene", Stage::renderer,
      [](Host& h) {
