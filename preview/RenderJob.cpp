@@ -138,6 +138,11 @@ bool RenderJob::setOption(int option, double value) {
         if (!(value >= 0.0) || value > double{max_threads}) return false;
         wanted_threads = static_cast<unsigned>(value);
         return true;
+    case VELMAR_PREVIEW_SAMPLES:
+    case VELMAR_PREVIEW_SECONDS:
+        if (!(value >= 0.0) || !std::isfinite(value)) return false;
+        (option == VELMAR_PREVIEW_SAMPLES ? wanted_samples : wanted_seconds) = value;
+        return true;
     default:
         return false;
     }
@@ -212,6 +217,8 @@ bool RenderJob::prepare() {
         halt_samples = positive(valueOr(nodes.settings->halt_samples_per_pixel, -1.0));
         save_period = positive(valueOr(nodes.settings->image_save_period, 1800.0));
     }
+    if (wanted_seconds > 0.0) halt_seconds = wanted_seconds;
+    if (wanted_samples > 0.0) halt_samples = wanted_samples;
     render = made;
     pass = made->hasCoarsePass() ? 0 : 1;
     return true;

@@ -82,6 +82,8 @@ class RenderJob {
     // Options, guarded by `mutex`.
     std::uint64_t seed = 0;
     unsigned wanted_threads = 0;
+    double wanted_samples = 0.0;
+    double wanted_seconds = 0.0;
     std::optional<std::string> image_path;
 
     std::thread control;

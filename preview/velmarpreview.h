@@ -37,8 +37,10 @@ enum {
 
 /** Numbers for VelmarPreview_SetOption. They count from the next start. */
 enum {
-    VELMAR_PREVIEW_SEED = 0,   /* whole number; pictures of one seed are the same for any number of threads. 0 */
-    VELMAR_PREVIEW_THREADS = 1 /* 0, the default: as the render settings say, by themselves one for each processor */
+    VELMAR_PREVIEW_SEED = 0,    /* whole number; pictures of one seed are the same for any number of threads. 0 */
+    VELMAR_PREVIEW_THREADS = 1, /* 0, the default: as the render settings say, by themselves one for each processor */
+    VELMAR_PREVIEW_SAMPLES = 2, /* for each pixel, at which the render halts; 0, the default: as the settings say */
+    VELMAR_PREVIEW_SECONDS = 3  /* after which the render halts; 0, the default: as the settings say */
 };
 
 typedef struct VelmarPreviewProgress {

@@ -62,9 +62,8 @@ def add_documents(source, tree):
         copy(source / "docs" / name, tree / "docs" / name)
 
 
-def add_licences(package, tree):
-    folder = tree / "licences"
-    folder.mkdir()
+def licences_of(package):
+    """Code in a package, and where its licence is."""
     origins = dict(LICENCES)
     if package["component"] == "msvc":
         for name in LICENCES_OF_TOOL:
@@ -73,6 +72,11 @@ def add_licences(package, tree):
         origins.update(LICENCES_OF_RUNTIME)
         for name in LICENCES_OF_NATIVE_TOOL:
             origins.pop(name, None)
+    return origins
+
+
+def add_licences(package, origins, folder):
+    folder.mkdir()
     for name, origin in origins.items():
         terms = pathlib.Path("/usr/share/doc", origin, "copyright")
         if not terms.is_file():
@@ -137,7 +141,7 @@ def main():
         subprocess.run([package["cmake"], "--install", package["build"], "--strip", "--prefix", tree, *component], check=True,
                        stdout=subprocess.DEVNULL, env={**os.environ, "SOURCE_DATE_EPOCH": "0"})
         add_documents(pathlib.Path(package["source"]), tree)
-        add_licences(package, tree)
+        add_licences(package, licences_of(package), tree / "licences")
         (write_zip if package["archive"] == "zip" else write_tar)(tree, archive)
     print(archive)
 

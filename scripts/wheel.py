@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the Python package of a build: a wheel with both libraries inside, for pip.
+"""Makes the Python package of a build: a wheel with both libraries and the preview renderer inside, for pip.
 
 Usage: wheel.py BUILD/package.json FOLDER
 
@@ -13,6 +13,13 @@ import shutil
 import subprocess
 import sys
 import tempfile
+
+from package import add_licences, licences_of
+
+# What the libraries in the wheel don't contain.
+LICENCES_OF_COMMANDS = ["CLI11", "pugixml", "assimp"]
+# Where the package looks for the preview renderer.
+FOLDER = "vs2017_64"
 
 
 def oldest_glibc(libraries):
@@ -39,13 +46,19 @@ def main():
         names = ["VelmarAPI", "velmarkit"]
         if package["archive"] == "zip":
             libraries = [tree / "bin" / f"{name}.dll" for name in names]
+            preview = "velmar_rt_sdk.dll"
             platform = "win_amd64"
         else:
             libraries = [path for name in names for path in tree.glob(f"lib*/**/lib{name}.so")]
-            platform = "manylinux_{}_{}_x86_64".format(*oldest_glibc(libraries))
+            preview = "velmar_rt_sdk.so"
+            platform = "manylinux_{}_{}_x86_64".format(*oldest_glibc([*libraries, tree / "bin" / FOLDER / preview]))
         for library in libraries:
             # As a file of its own, under the name that the package looks for.
             shutil.copyfile(library, source / "velmar" / library.name)
+        (source / "velmar" / FOLDER).mkdir()
+        shutil.copyfile(tree / "bin" / FOLDER / preview, source / "velmar" / FOLDER / preview)
+        terms = {name: origin for name, origin in licences_of(package).items() if name not in LICENCES_OF_COMMANDS}
+        add_licences(package, terms, source / "licences")
         subprocess.run([sys.executable, "-m", "pip", "wheel", "--quiet", "--no-build-isolation", "--no-deps", "--no-index",
                         "--disable-pip-version-check", "--config-settings", f"--build-option=--plat-name={platform}",
                         "--wheel-dir", made, source], check=True, env=environment, stdout=subprocess.DEVNULL)

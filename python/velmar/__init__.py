@@ -8,6 +8,8 @@
         scene.add(velmar.Model("Triangle", mesh, [red]))
         scene.write("triangle.xml")
 
+`velmar.render(scene)` gives a picture of a scene as arrays of numpy.
+
 The library is loaded at its first use. A failure of it is an exception of a class derived from `velmar.VelmarError`.
 `velmar.library()` returns the functions of velmarkit.h, declared for ctypes: each raises these exceptions too.
 """
@@ -18,10 +20,11 @@ from .errors import (BadArgumentError, ClosedError, DocumentError, FileError, In
                      OutOfMemoryError, OwnershipError, RendererError, VelmarError)
 from .mesh import Mesh
 from .nodes import Background, Camera, Material, Model, RenderSettings, Tonemapping
+from .preview import Picture, render
 from .renderer import Renderer
 from .scene import Scene
 
 __all__ = ["Background", "BadArgumentError", "Camera", "ClosedError", "DocumentError", "FileError", "InternalError",
-           "LibraryError", "Material", "Mesh", "MeshError", "Model", "OutOfMemoryError", "OwnershipError",
+           "LibraryError", "Material", "Mesh", "MeshError", "Model", "OutOfMemoryError", "OwnershipError", "Picture",
            "RenderSettings", "Renderer", "RendererError", "Scene", "Tonemapping", "TonemappingKind", "VelmarError",
-           "__version__", "library", "set_line_handler"]
+           "__version__", "library", "render", "set_line_handler"]

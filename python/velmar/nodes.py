@@ -119,7 +119,6 @@ class Material(MaterialBase):
         """A material that came from a file."""
         material = cls._of(handle)
         material._name = read(material, "VelmarKit_Node_GetName")[0]
-        material._colour = None
         return material
 
     def _give(self, encoded: bytes, colour: Tuple[float, float, float]) -> None:

@@ -269,12 +269,30 @@ TEST_F(PreviewLifeCycle, FunctionsOfThePreviewRefuseWhatIsNoRendererOfTheirs) {
     deleteRenderer(renderer);
 }
 
+TEST_F(PreviewLifeCycle, OptionsReplaceTheLimitsOfTheSettings) {
+    const PreviewScene scene = makeLitSquare();
+    scene.settings->halt_samples_per_pixel.set(16);
+    const PreviewRenderer renderer(folder, scene);
+    renderer.setOption(VELMAR_PREVIEW_SAMPLES, 3);
+    renderer.start();
+    EXPECT_TRUE(renderer.wait());
+    EXPECT_EQ(renderer.progress().samples, 3);
+    renderer.setOption(VELMAR_PREVIEW_SAMPLES, 0);
+    renderer.setOption(VELMAR_PREVIEW_SECONDS, 100);
+    renderer.start();
+    EXPECT_TRUE(renderer.wait());
+    EXPECT_EQ(renderer.progress().samples, 16);
+    EXPECT_EQ(renderer.progress().halt_seconds, 100);
+}
+
 TEST_F(PreviewLifeCycle, OptionsThatMakeNoSenseAreRefused) {
     const PreviewScene scene = makeLitSquare();
     const PreviewRenderer renderer(folder, scene);
     auto* const set = folder.get<decltype(VelmarPreview_SetOption)>("VelmarPreview_SetOption");
     EXPECT_EQ(set(renderer.handle(), VELMAR_PREVIEW_SEED, -1), VELMAR_PREVIEW_ERROR);
     EXPECT_EQ(set(renderer.handle(), VELMAR_PREVIEW_THREADS, 1e9), VELMAR_PREVIEW_ERROR);
+    EXPECT_EQ(set(renderer.handle(), VELMAR_PREVIEW_SAMPLES, -1), VELMAR_PREVIEW_ERROR);
+    EXPECT_EQ(set(renderer.handle(), VELMAR_PREVIEW_SECONDS, HUGE_VAL), VELMAR_PREVIEW_ERROR);
     EXPECT_EQ(set(renderer.handle(), 99, 1), VELMAR_PREVIEW_ERROR);
     float one = 0;
     auto* const get = folder.get<decltype(VelmarPreview_GetPixels)>("VelmarPreview_GetPixels");

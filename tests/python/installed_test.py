@@ -60,6 +60,26 @@ class Installed(unittest.TestCase):
         for name in ("libvelmarkit.so", "libVelmarAPI.so", "py.typed"):
             self.assertTrue((package / name).is_file(), name)
         self.assertTrue((WORK / "scene.xml").is_file())
+        self.render_by(package)
+        terms = {path.stem for path in package.parent.glob("velmar-*.dist-info/**/*.txt")}
+        self.assertLessEqual({"Embree", "RPly", "double-conversion", "stb", "xxHash", "zstd"}, terms)
+        self.assertNotIn("CLI11", terms)
+
+    def render_by(self, package):
+        """The preview renderer of a package draws a picture."""
+        program = ("import velmar; scene = velmar.Scene(); scene.add(velmar.RenderSettings(8, 4)); "
+                   "scene.add(velmar.Camera(position=(0, 0, 2))); scene.add_sun_sky(); "
+                   "print(velmar.preview._find()); print(velmar.render(scene, samples=1).pixels.shape)")
+        found, shape = run(sys.executable, "-c", program, PYTHONPATH=str(package.parent),
+                           PYTHONDONTWRITEBYTECODE="1").splitlines()
+        self.assertTrue(pathlib.Path(found).is_relative_to(package), found)
+        self.assertEqual(shape, "(4, 8, 3)")
+
+    def test_preview_of_the_installed_tree_is_found(self):
+        tree = TREE / "share/velmar/python"
+        found = run(sys.executable, "-c", "import velmar.preview; print(velmar.preview._find())", PYTHONPATH=str(tree),
+                    PYTHONDONTWRITEBYTECODE="1").strip()
+        self.assertEqual(pathlib.Path(found), TREE / "bin/vs2017_64/velmar_rt_sdk.so")
 
     def test_example_of_the_readme_runs(self):
         readme = (TREE / "share/velmar/python/README.md").read_text("utf-8")
