@@ -1,6 +1,7 @@
 #include "tools/OrderedWork.h"
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -21,7 +22,8 @@ class Run {
             const std::size_t task = next;
             const std::uint64_t cost = tasks.cost(task);
             if (used != 0 && cost > memory - std::min(used, memory)) {
-                changed.wait(lock);
+                // Without a limit it would need a newer C++ runtime than the rest of the tool.
+                changed.wait_for(lock, std::chrono::seconds(1));
                 continue;
             }
             ++next;
