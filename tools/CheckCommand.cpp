@@ -113,8 +113,10 @@ Command addCheckCommand(CLI::App& tool) {
     CLI::App* const app = tool.add_subcommand("check", "Looks for faults in scene documents and their files.");
     const auto options = std::make_shared<CheckOptions>();
     app->add_option("SCENE.xml...", options->paths, "Scene documents.")->required();
+    constexpr double max_limit = 10'000;
     CommandOptions::addValue(*app, "--limit", options->limit, "COUNT",
-                             "Print at most so many findings of a kind of each document; 0 for all.");
+                             "Print at most so many findings of a kind of each document.")
+        ->check(CommandOptions::inRange(1, max_limit));
     app->add_flag("--json", options->json, "Print JSON, of the schema that docs/check.md describes");
     app->add_flag("-q,--quiet", options->quiet, "Print errors only, no warnings");
     app->footer("Each finding is a line FILE:LINE:COLUMN: error: or warning:, with the element and what to do. Prints "

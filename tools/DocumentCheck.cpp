@@ -30,7 +30,7 @@ class Findings {
     /// Counts a finding. Returns whether it is to be kept.
     bool count(bool is_error, const char* code) {
         ++(is_error ? report.errors : report.warnings);
-        if (limit == 0 || ++counts[code] <= limit) return true;
+        if (++counts[code] <= limit) return true;
         ++report.omitted[code];
         return false;
     }
@@ -41,15 +41,20 @@ class Findings {
         std::ranges::stable_sort(report.findings, {}, &Finding::offset);
         std::size_t at = 0;
         std::size_t line = 1;
+        std::size_t column = 1;
+        const auto isFirstByte = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
         for (Finding& finding : report.findings) {
-            const std::string_view between = document.substr(at, finding.offset - at);
-            line += static_cast<std::size_t>(std::ranges::count(between, '\n'));
+            std::string_view between = document.substr(at, finding.offset - at);
             at = finding.offset;
-            const std::size_t line_start = document.substr(0, at).rfind('\n') + 1;
-            const auto isFirstByte = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
+            line += static_cast<std::size_t>(std::ranges::count(between, '\n'));
+            const std::size_t line_end = between.rfind('\n');
+            if (line_end != std::string_view::npos) {
+                between.remove_prefix(line_end + 1);
+                column = 1;
+            }
+            column += static_cast<std::size_t>(std::ranges::count_if(between, isFirstByte));
             finding.line = line;
-            finding.column = 1 + static_cast<std::size_t>(
-                                     std::ranges::count_if(document.substr(line_start, at - line_start), isFirstByte));
+            finding.column = column;
         }
         return std::move(report);
     }

@@ -33,6 +33,6 @@ struct CheckReport {
     std::map<std::string, std::uint64_t> omitted;
 };
 
-/// Checks a scene document and the files that it names. At most `limit` findings of a code are kept, 0 for all.
+/// Checks a scene document and the files that it names. At most `limit` findings of a code are kept.
 /// `quiet` shows no progress. Throws `Failure` when the document's file can't be read.
 CheckReport checkDocument(const std::string& path, std::size_t limit, bool quiet);

@@ -165,7 +165,7 @@ class Check(ToolTest):
         code, output, errors = self.run_tool("check", "scene.xml")
         self.assertEqual((code, output.count("\n")), (1, 100))
         self.assertEqual(errors, "velmar: note: scene.xml: 150 more of dangling-reference\n")
-        self.assertEqual(self.run_tool("check", "--limit", "0", "scene.xml")[1].count("\n"), 250)
+        self.assertEqual(self.run_tool("check", "--limit", "10000", "scene.xml")[1].count("\n"), 250)
         report = json.loads(self.run_tool("check", "--json", "--limit", "10", "scene.xml")[1])["documents"][0]
         self.assertEqual((report["errors"], len(report["findings"]), report["omitted"]),
                          (250, 10, {"dangling-reference": 240}))
@@ -183,6 +183,12 @@ class Check(ToolTest):
     def test_columns_count_characters(self):
         self.write_scene(CAMERA, LIGHT, BALL.replace("<name>Ball</name>", "<name>Kügelchen ☺</name><colour/>"))
         self.assertTrue(self.run_tool("check", "scene.xml")[1].startswith("scene.xml:22:27: warning: sphere[uid=4]/colour:"))
+
+    def test_findings_on_one_line_have_columns_of_their_own(self):
+        self.write("scene.xml", "<scene><camera><uid>1</uid><name>ä</name><a/><b/></camera></scene>")
+        output = self.run_tool("check", "--json", "scene.xml")[1]
+        places = {f["element"]: f["column"] for f in json.loads(output)["documents"][0]["findings"]}
+        self.assertEqual(places, {"": 1, "camera[uid=1]": 8, "camera[uid=1]/a": 42, "camera[uid=1]/b": 46})
 
     def test_documents_of_both_line_ends_have_their_faults_in_the_same_places(self):
         for path in BAD.iterdir():
@@ -288,4 +294,5 @@ class Check(ToolTest):
 
     def test_wrong_usage(self):
         self.assertEqual(self.run_tool("check")[0], 2)
-        self.assertEqual(self.run_tool("check", "--limit", "many", "scene.xml")[0], 2)
+        for limit in ("many", "0", "-1", "10001"):
+            self.assertEqual(self.run_tool("check", "--limit", limit, "scene.xml")[0], 2)

@@ -12,19 +12,22 @@ class Usage(ToolTest):
     def test_help_of_the_tool_names_the_commands(self):
         code, output, errors = self.run_tool("--help")
         self.assertEqual((code, errors), (0, ""))
-        for command in ("export", "info", "convert"):
+        for command in ("export", "info", "convert", "check", "diff"):
             self.assertRegex(output, rf"(?m)^  {command} +\S")
 
     def test_help_of_each_command_shows_how_to_call_it(self):
         for command, call in (("export", "velmar export [OPTIONS] MODEL... SCENE.xml"),
                               ("info", "velmar info [OPTIONS] FILE..."),
+                              ("check", "velmar check [OPTIONS] SCENE.xml..."),
+                              ("diff", "velmar diff [OPTIONS] A.xml B.xml"),
                               ("convert", "velmar convert [OPTIONS] IN OUT")):
             code, output, errors = self.run_tool(command, "--help")
             self.assertEqual((code, errors), (0, ""))
             self.assertIn(call, output)
 
     def test_help_fits_a_terminal_of_100_columns(self):
-        for arguments in (["--help"], ["export", "--help"], ["info", "--help"], ["convert", "--help"]):
+        for arguments in (["--help"], ["export", "--help"], ["info", "--help"], ["convert", "--help"],
+                          ["check", "--help"], ["diff", "--help"]):
             output = self.run_tool(*arguments)[1]
             self.assertEqual([line for line in output.splitlines() if len(line) > 100], [])
 
@@ -58,7 +61,7 @@ class Usage(ToolTest):
         self.assertIn("--scale", errors)
 
     def test_help_of_a_command_by_the_command_help(self):
-        for command in ("export", "info", "convert"):
+        for command in ("export", "info", "convert", "check", "diff"):
             self.assertEqual(self.run_tool("help", command), self.run_tool(command, "--help"))
         self.assertEqual(self.run_tool("help"), self.run_tool("--help"))
 
@@ -75,7 +78,7 @@ class Usage(ToolTest):
     def test_the_manual_page_describes_every_option(self):
         page = self.run_tool("manual")[1]
         self.assertTrue(page.startswith(".TH VELMAR 1"))
-        for command in ("export", "info", "convert"):
+        for command in ("export", "info", "convert", "check", "diff"):
             for option in re.findall(r"(?m)^  (?:-\w,)?(--[a-z-]+)", self.run_tool(command, "--help")[1]):
                 self.assertIn("\\fB" + option.replace("-", "\\-") + "\\fR", page)
 
