@@ -231,14 +231,18 @@ class Checker final : public ReadingListener {
     void checkUnknown() {
         for (const std::size_t at : unknown_offsets) {
             const auto next = std::ranges::upper_bound(node_offsets, at);
-            // Without nodes that could be read it is inside of none.
-            if (next == node_offsets.begin()) continue;
-            const std::size_t node_offset = *(next - 1);
-            const ElementFinder::Found found = finder.describe(node_offset, at);
-            const std::string name =
-                root ? nameOf(*root->children()[static_cast<std::size_t>(next - 1 - node_offsets.begin())])
-                     : std::string(Markup::nameInTag(document, node_offset));
-            findings.keep({false, unknown_element, at, name + found.path,
+            // A node that couldn't be read isn't in the list.
+            const bool is_in_node = next != node_offsets.begin() && at < Markup::skipElement(document, *(next - 1));
+            ElementFinder::Found found;
+            if (is_in_node) {
+                found = finder.describe(*(next - 1), at);
+                const auto index = static_cast<std::size_t>(next - 1 - node_offsets.begin());
+                found.path.insert(0, root ? nameOf(*root->children()[index])
+                                          : std::string(Markup::nameInTag(document, *(next - 1))));
+            } else {
+                found.path = Markup::nameInTag(document, at);
+            }
+            findings.keep({false, unknown_element, at, found.path,
                            found.is_repeated ? "another one of this name, which readers skip"
                                              : "an unknown element, which readers skip",
                            found.is_repeated ? "remove one of them" : "remove it or correct its name"});

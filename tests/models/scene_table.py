@@ -59,6 +59,10 @@ def export(path, folder):
     done = run(TOOL, "export", "-q", "--ground", "none", path, scene)
     if done.returncode != 0:
         return done.stderr.strip().removeprefix("velmar: ").replace(f"{path}", "").removeprefix(": ")
+    # Cameras of some files look past the models, which is a warning.
+    checked = run(TOOL, "check", "-q", scene)
+    if checked.returncode != 0:
+        return checked.stdout + checked.stderr
     root = xml.etree.ElementTree.parse(scene).getroot()
     files = {mesh.findtext("uid"): folder / mesh.findtext("external/path").replace("\\", "/") for mesh in root.iter("mesh")}
     described = json.loads(run(TOOL, "info", "--json", *sorted(set(files.values()))).stdout)["files"]

@@ -259,6 +259,13 @@ class Check(ToolTest):
         self.assertIn(code, (0, 1))
         self.assertEqual(errors.replace("velmar: note:", ""), errors)
 
+    def test_what_precedes_a_fault_is_found_too(self):
+        odd = "<aperture_shape><circular/><odd/></aperture_shape>"
+        camera = CAMERA.replace("<keyframe>", odd + "<keyframe>", 1)
+        self.write_scene(camera, camera.replace("<time>0<", "<time>soon<"))
+        self.assertEqual(self.codes("scene.xml"), (1, [("camera/aperture_shape/odd", "unknown-element"),
+                                                       ("odd", "unknown-element"), ("", "unreadable")]))
+
     def test_deep_and_large_documents(self):
         deep = 100_000
         self.write("deep.xml", "<scene>" + "<a>" * deep)

@@ -2,9 +2,11 @@
 import json
 import re
 import shutil
+import subprocess
+import unittest
 
 from check import BALL, CAMERA, DATA, LIGHT
-from support import EMULATOR, ROOT, ToolTest
+from support import COMMAND, EMULATOR, ROOT, ToolTest
 
 MATERIAL, SPHERE = BALL[:BALL.index("\t<sphere>")], BALL[BALL.index("\t<sphere>"):]
 MESH = "<mesh><uid>5</uid><name>Tree</name><external><path>{}</path></external></mesh>\n"
@@ -220,6 +222,15 @@ class Diff(ToolTest):
         self.assertEqual(self.run_tool("diff", "--tolerance", "-1", "a.xml", "a.xml")[0], 2)
         self.write_scene("b.xml")
         self.expect(["diff", "--quiet", "a.xml", "b.xml"], 1)
+
+    @unittest.skipIf(EMULATOR, "a device of Linux")
+    def test_an_output_that_could_not_be_written_is_trouble(self):
+        self.write_scene("a.xml", CAMERA)
+        self.write_scene("b.xml", BALL)
+        with open("/dev/full", "wb") as full:
+            done = subprocess.run(COMMAND + ["diff", "a.xml", "b.xml"], cwd=self.folder, stdout=full,
+                                  stderr=subprocess.PIPE)
+        self.assertEqual((done.returncode, done.stderr), (2, b"velmar: the output couldn't be written\n"))
 
     def test_files_that_are_missing_are_compared_by_their_names(self):
         for folder, name in (("x", "a.vmmesh"), ("y", "a.vmmesh"), ("z", "b.vmmesh")):
