@@ -27,6 +27,10 @@ Command addStoreCommand(CLI::App& tool);
 Command addCheckCommand(CLI::App& tool);
 /// `velmar diff`: differences of two scene documents.
 Command addDiffCommand(CLI::App& tool);
+/// `velmar edit`: values and nodes of a scene document are changed.
+Command addEditCommand(CLI::App& tool);
+/// `velmar merge`: scene documents become one.
+Command addMergeCommand(CLI::App& tool);
 
 namespace CommandOptions {
 

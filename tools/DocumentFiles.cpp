@@ -1,13 +1,42 @@
 #include "tools/DocumentFiles.h"
 
+#include "scene/SceneNodeTonemapping.h"
+#include "scene/XMLPrimitives.h"
 #include "scene/nodes/SceneNodeMesh.h"
 #include "tools/Console.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
+#include "utils/OFStream.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <set>
+#include <utility>
 
 using namespace Velmar;
+
+namespace {
+
+/// Without links in what exists, so that `..` leads where the system goes.
+std::filesystem::path getRealPath(const std::string& path) {
+    const std::string absolute = System::getAbsolutePath(path);
+    const std::filesystem::path native(std::u8string(absolute.begin(), absolute.end()));
+    std::error_code error;
+    std::filesystem::path real = std::filesystem::weakly_canonical(native, error);
+    return (error ? native : real).lexically_normal();
+}
+
+std::string toText(const std::filesystem::path& path) {
+    const std::u8string text = path.generic_u8string();
+    return FileUtils::toBackslashes(std::string(text.begin(), text.end()));
+}
+
+void runPass(SceneNodeRoot& scene, TraversalState& state) {
+    for (const Reference<SceneNode>& child : scene.children())
+        child->traverse(state);
+}
+
+} // namespace
 
 DocumentFiles::DocumentFiles(const std::string& path) : folder(Text::folderOf(path)) {
     const std::string real_path = System::followLinks(path);
@@ -31,8 +60,62 @@ std::string DocumentFiles::find(const std::string& name) const {
     return {};
 }
 
+std::string DocumentFiles::locate(const std::string& name) const {
+    const std::string found = find(name);
+    return found.empty() && !name.empty() ? getPlaces(name).front() : found;
+}
+
 bool isAbsolutePath(std::string_view path) {
     return FileUtils::join("folder", path) == path;
+}
+
+std::vector<std::string> getFileNames(SceneNodeRoot& scene) {
+    TraversalState state(TraversalKind::GetDependencies, String(), String());
+    runPass(scene, state);
+    std::vector<std::string> names;
+    std::set<std::string> known{""};
+    for (const String& name : state.dependencies)
+        if (known.insert(toStdString(name)).second) names.push_back(toStdString(name));
+    return names;
+}
+
+void renameFiles(SceneNodeRoot& scene, const std::map<std::string, std::string>& new_names) {
+    TraversalState state(TraversalKind::UpdateDependencies, String(), String());
+    // An element without a path has none afterwards.
+    state.path_map.insert(String(), String());
+    for (const auto& [name, new_name] : new_names)
+        if (!name.empty()) state.path_map.insert(toVelmarString(name), toVelmarString(new_name));
+    runPass(scene, state);
+}
+
+void rebaseFiles(SceneNodeRoot& scene, const std::string& from, const std::string& to) {
+    const DocumentFiles files(from);
+    const std::filesystem::path folder = getRealPath(System::followLinks(to)).parent_path();
+    const bool same_folder = getRealPath(from).parent_path() == folder;
+    std::map<std::string, std::string> new_names;
+    for (const std::string& name : getFileNames(scene)) {
+        std::string& new_name = new_names[name] = name;
+        if (same_folder || isAbsolutePath(name)) continue;
+        const std::filesystem::path file = getRealPath(files.locate(name));
+        const std::filesystem::path relative = file.lexically_relative(folder);
+        // On another drive there is no way from the folder.
+        new_name = toText(relative.empty() ? file : relative);
+    }
+    renameFiles(scene, new_names);
+}
+
+void writeDocument(const SceneNodeRoot& scene, OutputFile& file) {
+    try {
+        XMLWriteOptions options;
+        options.resolve_relative_paths = false;
+        OFStream stream(toVelmarString(file.getPartialPath()));
+        stream.write("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n");
+        scene.writeXML(stream, 0, options);
+        stream.flush();
+        if (stream.failed()) throw Failure("the document wasn't written whole; is the disk full?");
+    } catch (...) {
+        throw file.makeFailure();
+    }
 }
 
 Reference<SceneNodeRoot> readDocument(const std::string& path, SceneReadRequest request) {
@@ -46,15 +129,20 @@ Reference<SceneNodeRoot> readDocument(const std::string& path, SceneReadRequest 
     }
 }
 
-void loadDocumentMeshes(SceneNodeRoot& scene, const std::string& path) {
+void loadDocumentFiles(SceneNodeRoot& scene, const std::string& path) {
     const DocumentFiles files(path);
     // One state, so that a file that several nodes name is read once.
     TraversalState state(TraversalKind::LoadMeshes, toVelmarString(path), String());
     for (const Reference<SceneNode>& child : scene.children()) {
+        if (child->getType() == NodeType::ToneMapping) {
+            String& response = static_cast<SceneNodeTonemapping&>(*child).response_function_path;
+            const std::string file = files.locate(toStdString(response));
+            // Else it is one of the renderer.
+            if (FileUtils::fileExists(file)) response = toVelmarString(file);
+        }
         if (child->getType() != NodeType::Mesh) continue;
         auto& node = static_cast<SceneNodeMesh&>(*child);
-        std::string file = files.find(toStdString(node.path));
-        if (file.empty()) file = files.getPlaces(toStdString(node.path)).front();
+        const std::string file = files.locate(toStdString(node.path));
         node.path = toVelmarString(file);
         try {
             node.traverse(state);

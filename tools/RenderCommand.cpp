@@ -121,8 +121,8 @@ void renderDocument(const CLI::App& app, const RenderOptions& options) {
     };
     if (count(Velmar::NodeType::Camera) == 0) throw Failure(path + ": the scene has no camera");
     overrideSettings(app, options.models.scene, getSettings(*scene));
-    progress.show(stepText(2, 3) + "reading meshes");
-    loadDocumentMeshes(*scene, path);
+    progress.show(stepText(2, 3) + "reading its files");
+    loadDocumentFiles(*scene, path);
     const auto models = static_cast<std::uint64_t>(count(Velmar::NodeType::Object));
     const auto meshes = static_cast<std::uint64_t>(count(Velmar::NodeType::Mesh));
     const std::string step = stepText(3, 3) + "rendering " + Text::fileName(image);

@@ -103,12 +103,14 @@ std::string_view ElementSource::getValue(const xml_node& element) {
 // ---- elements
 
 xml_node ElementReader::find(std::string_view name) const {
+    if (source.wants_names) source.noteName(element, name, ElementForm::plain);
     for (xml_node child = first_unread; child; child = child.next_sibling())
         if (isElement(child) && name == child.name()) return child;
     return {};
 }
 
 std::size_t ElementReader::count(std::string_view name) const {
+    if (source.wants_names) source.noteName(element, name, ElementForm::plain);
     std::size_t result = 0;
     for (xml_node child = first_unread; child; child = child.next_sibling())
         if (isElement(child) && name == child.name()) ++result;
@@ -202,12 +204,14 @@ bool ElementReader::signedValue(std::string_view name, std::uint32_t& field) {
 }
 
 void ElementReader::flag(std::string_view name, bool& field) {
+    if (source.wants_names) source.noteName(element, name, ElementForm::flag);
     const xml_node found = find(name);
     field = static_cast<bool>(found);
     if (found) markRead(found);
 }
 
 void ElementReader::word(std::string_view name, std::uint32_t& code, std::span<const std::string_view> words) {
+    if (source.wants_names) source.noteName(element, name, ElementForm::word);
     constexpr std::uint32_t unknown_code = 0xFFFFFFFF;
     const xml_node found = find(name);
     if (!found) return;

@@ -15,6 +15,16 @@ namespace Velmar {
 
 class SceneDocumentError;
 
+/// How a description uses an element.
+enum class ElementForm {
+    /// A value, or an element that holds others.
+    plain,
+    /// Its being there is the value.
+    flag,
+    /// One of a few words.
+    word,
+};
+
 /// What the readers of a document's elements share: the text that they come from, and what becomes of faults.
 class ElementSource {
   public:
@@ -30,6 +40,9 @@ class ElementSource {
     /// Receives what nothing reads.
     virtual void noteUnknown(const pugi::xml_node& element) = 0;
 
+    /// Receives each name that is looked for in an element, if `wants_names`; some several times.
+    virtual void noteName(const pugi::xml_node& element, std::string_view name, ElementForm form) = 0;
+
     /// The text of an element: from the `<` of its first tag to the `>` of its last.
     std::string_view getOuterText(const pugi::xml_node& element);
     /// The text between its tags, without white space at both ends.
@@ -39,6 +52,8 @@ class ElementSource {
 
     /// The characters of an element. Valid until the next call.
     std::string_view getValue(const pugi::xml_node& element);
+
+    bool wants_names = false;
 
   protected:
     ~ElementSource() = default;

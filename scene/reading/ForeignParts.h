@@ -13,9 +13,10 @@
 
 #include <cstdint>
 
-/// What a document has from classes of a renderer library: kept as text and written again unchanged. None does anything
-/// in a pass, and none has the bytes that the renderer library would look for after its base: a scene with such parts
-/// is for reading and writing, not for rendering.
+/// What a document has from classes of a renderer library: kept as text and written again. Materials, their parameters
+/// and nodes take part in passes over files and UIDs, as far as the names of elements say what they are. None has the
+/// bytes that the renderer library would look for after its base: a scene with such parts is for reading and writing,
+/// not for rendering.
 
 namespace Velmar {
 
@@ -29,6 +30,9 @@ class ForeignText {
 
     /// On lines of its own, the first at `depth` tabs; nothing for an empty text.
     void write(OStream& stream, std::uint32_t depth) const;
+
+    /// An element `path` names a file, and one whose name is `uid` or ends in `_uid` a node.
+    void traverse(TraversalState& state);
 
     String text;
 };
@@ -51,7 +55,7 @@ class ForeignWavelengthDependentParam : public Destroyable<ForeignWavelengthDepe
         content.write(stream, depth);
     }
     std::uint32_t getType() const override { return ForeignText::type; }
-    void traverse(TraversalState&, SceneNode*) override {}
+    void traverse(TraversalState& state, SceneNode*) override { content.traverse(state); }
     void updateHash(XXH64_state_t* state) const override;
     Reference<WavelengthDependentParam>* cloneInto(Reference<WavelengthDependentParam>* result) const override;
 
@@ -65,7 +69,7 @@ class ForeignSurfaceParam : public Destroyable<ForeignSurfaceParam, SurfaceParam
         content.write(stream, depth);
     }
     std::uint32_t getType() const override { return ForeignText::type; }
-    void traverse(TraversalState&, SceneNode*) override {}
+    void traverse(TraversalState& state, SceneNode*) override { content.traverse(state); }
     void reservedSlot4() override {}
     void updateHash(XXH64_state_t* state) const override;
 
@@ -142,7 +146,7 @@ class ForeignMaterial : public Destroyable<ForeignMaterial, Material> {
 
     String* getTypeNameInto(String* result) const override;
     std::uint32_t getMaterialKind() const override { return ForeignText::type; }
-    void traverseFields(TraversalState&, SceneNode*) override {}
+    void traverseFields(TraversalState& state, SceneNode*) override { content.traverse(state); }
     void updateHash(XXH64_state_t* state) const override;
     bool hasDisplacement() const override { return false; }
     void writeFieldsXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const override {
@@ -162,6 +166,7 @@ class ForeignNode : public Destroyable<ForeignNode, PlainSceneNode> {
 
     Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
+    void traverse(TraversalState& state) override;
 
     /// First, because a material that is bound to a scatter node writes its UID here.
     UID owner_uid = invalid_uid;

@@ -166,7 +166,9 @@ class ReferenceBinder {
 
 class DocumentReader final : public ElementSource {
   public:
-    DocumentReader(std::string_view text_, const SceneReadRequest& request_) : request(request_), text(text_) {}
+    DocumentReader(std::string_view text_, const SceneReadRequest& request_) : request(request_), text(text_) {
+        wants_names = request.listener != nullptr && request.listener->wantsNames();
+    }
 
     Reference<SceneNodeRoot> read() {
         try {
@@ -191,6 +193,10 @@ class DocumentReader final : public ElementSource {
 
     SceneDocumentError makeError(const pugi::xml_node& element, const std::string& fault) override {
         return makeErrorAt(getOffset(element), fault);
+    }
+
+    void noteName(const pugi::xml_node& element, std::string_view name, ElementForm form) override {
+        request.listener->onName(element.name(), name, form);
     }
 
     void noteUnknown(const pugi::xml_node& element) override {
@@ -380,6 +386,8 @@ class DocumentReader final : public ElementSource {
 };
 
 } // namespace
+
+void ReadingListener::onName(std::string_view, std::string_view, ElementForm) {}
 
 std::string SceneDocumentError::getMessage() const {
     return path + ":" + std::to_string(line) + ":" + std::to_string(column) + ": error: " + fault;

@@ -36,6 +36,8 @@ struct UnknownElement {
     std::string parent;
 };
 
+enum class ElementForm;
+
 /// Follows a document while it is read, in the order in which it is read.
 class ReadingListener {
   public:
@@ -47,6 +49,11 @@ class ReadingListener {
     virtual void onNode(const SceneNode& node, std::size_t offset) = 0;
     /// An element that isn't read, by the offset where it begins.
     virtual void onUnknown(std::size_t offset) = 0;
+    /// Whether `onName` is to be called.
+    virtual bool wantsNames() const { return false; }
+    /// A name that is looked for in an element of the name `parent`: what may be there. Some are given several times,
+    /// at first or last in their own form.
+    virtual void onName(std::string_view parent, std::string_view name, ElementForm form);
 
   protected:
     ~ReadingListener() = default;

@@ -11,12 +11,14 @@ sys.dont_write_bytecode = True
 from check import Check
 from convert import Convert, ConvertFolder
 from diff import Diff
+from editing import Edit
 from export import Export, Scene
 from faulty_input import Models, Options, Text
 from formats import Formats, Json
 from full_disk import FullDisk
 from info import Info
 from interrupts import Interrupted, Targets, Together
+from merging import Merge
 from picture import Picture
 from placing import Placing
 from render import Render, RenderDocument

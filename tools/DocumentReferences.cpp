@@ -1,0 +1,184 @@
+#include "tools/DocumentReferences.h"
+
+#include "scene/nodes/NodeElements.h"
+#include "scene/reading/ForeignParts.h"
+
+#include <span>
+#include <string_view>
+
+using namespace Velmar;
+
+namespace {
+
+bool isGeometry(NodeType type) {
+    return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
+}
+
+/// Visits the description of a node, of which it notes the references alone.
+class ReferenceFinder {
+  public:
+    /// For descriptions: what a reader may change. Nothing is.
+    static constexpr bool reads = true;
+
+    ReferenceFinder(SceneNodeRoot& scene_, const SceneNode& holder_, std::vector<NodeReference>& found_)
+        : scene(scene_), holder(holder_), found(found_) {}
+
+    template <class Node>
+    void reference(std::string_view element, const Reference<Node>& node, UID unbound) {
+        add<Node>(element, node ? node->getUID() : unbound);
+    }
+    template <class Node>
+    void references(std::string_view group_element, std::string_view element, const Vector<Reference<Node>>& nodes,
+                    const Vector<UID>& unbound) {
+        group(group_element, [&](ReferenceFinder& inside) {
+            for (const Reference<Node>& node : nodes)
+                inside.template add<Node>(element, node ? node->getUID() : invalid_uid);
+            for (const UID uid : unbound)
+                inside.template add<Node>(element, uid);
+        });
+    }
+    template <class Node>
+    void boundReferences(std::string_view group_element, std::string_view element, const Vector<Node*>& nodes,
+                         const Vector<UID>&) {
+        group(group_element, [&](ReferenceFinder& inside) {
+            for (const Node* const node : nodes)
+                inside.add<Node>(element, node->getUID());
+        });
+    }
+
+    // What holds others.
+    static bool has(std::string_view, bool written = false) { return written; }
+    static bool variant(std::string_view, std::uint32_t code, std::uint32_t own_code) { return code == own_code; }
+    static void noVariant(std::uint32_t) {}
+    template <class Describe>
+    void group(std::string_view element, Describe describeContent) {
+        ReferenceFinder inside(*this);
+        inside.prefix.append(element).append(".");
+        describeContent(inside);
+    }
+    template <class Object>
+    void record(std::string_view element, Reference<Object>& object) {
+        if (object) group(element, [&](ReferenceFinder& inside) { describe(inside, *object); });
+    }
+    template <class Object>
+    void records(std::string_view element, Vector<Reference<Object>>& objects) {
+        for (Reference<Object>& object : objects)
+            record(element, object);
+    }
+
+    // What refers to nothing.
+    template <class... Arguments>
+    static void identity(Arguments&&...) {}
+    template <class... Arguments>
+    static void name(Arguments&&...) {}
+    template <class... Arguments>
+    static void materialUID(Arguments&&...) {}
+    template <class... Arguments>
+    static void value(Arguments&&...) {}
+    template <class... Arguments>
+    static void required(Arguments&&...) {}
+    template <class... Arguments>
+    static void valueIf(Arguments&&...) {}
+    template <class... Arguments>
+    static void valueOr(Arguments&&...) {}
+    template <class... Arguments>
+    static void signedValue(Arguments&&...) {}
+    template <class... Arguments>
+    static void signedValueOr(Arguments&&...) {}
+    template <class... Arguments>
+    static void option(Arguments&&...) {}
+    template <class... Arguments>
+    static void flag(Arguments&&...) {}
+    template <class... Arguments>
+    static void path(Arguments&&...) {}
+    template <class... Arguments>
+    static void requiredPath(Arguments&&...) {}
+    template <class... Arguments>
+    static void word(Arguments&&...) {}
+    template <class... Arguments>
+    static void list(Arguments&&...) {}
+    template <class... Arguments>
+    static void part(Arguments&&...) {}
+
+  private:
+    template <class Node>
+    static bool fits(NodeType type) {
+        if constexpr (std::is_same_v<Node, SceneNodeMaterial>)
+            return type == NodeType::Material;
+        else if constexpr (std::is_same_v<Node, SceneNode>)
+            return isGeometry(type) || type == NodeType::Scatter;
+    }
+
+    template <class Node>
+    void add(std::string_view element, UID uid) {
+        if (uid == invalid_uid) return;
+        const SceneNode* const node = scene.getNodeByUID(uid);
+        // A scatter node without an element is the reader's, for one that isn't there.
+        const bool is_there =
+            node != nullptr && fits<Node>(node->getType()) &&
+            (node->getType() != NodeType::Scatter || !static_cast<const ForeignNode*>(node)->element.empty());
+        found.push_back({&holder, prefix + std::string(element), uid, is_there});
+    }
+
+    SceneNodeRoot& scene;
+    const SceneNode& holder;
+    std::vector<NodeReference>& found;
+    std::string prefix;
+};
+
+template <class Node>
+void visit(ReferenceFinder& finder, SceneNode& node) {
+    describe(finder, static_cast<Node&>(node));
+}
+
+} // namespace
+
+std::vector<NodeReference> findReferences(SceneNodeRoot& scene) {
+    std::vector<NodeReference> found;
+    for (const Reference<SceneNode>& child : scene.children()) {
+        ReferenceFinder finder(scene, *child, found);
+        switch (child->getType()) {
+        case NodeType::Object:
+            visit<SceneNodeModel>(finder, *child);
+            break;
+        case NodeType::Sphere:
+            visit<SceneNodeSphere>(finder, *child);
+            break;
+        case NodeType::Material:
+            visit<SceneNodeMaterial>(finder, *child);
+            break;
+        default:
+            break;
+        }
+    }
+    return found;
+}
+
+std::string getElementOf(const SceneNode& node) {
+    switch (node.getType()) {
+    case NodeType::Camera:
+        return std::string(element_of<SceneNodeCamera>);
+    case NodeType::RenderSettings:
+        return std::string(element_of<SceneNodeRenderSettings>);
+    case NodeType::Material:
+        return std::string(element_of<SceneNodeMaterial>);
+    case NodeType::Mesh:
+        return std::string(element_of<SceneNodeMesh>);
+    case NodeType::Object:
+        return std::string(element_of<SceneNodeModel>);
+    case NodeType::Sphere:
+        return std::string(element_of<SceneNodeSphere>);
+    case NodeType::ToneMapping:
+        return std::string(element_of<SceneNodeTonemapping>);
+    case NodeType::BackgroundSettings:
+        return std::string(element_of<SceneNodeBackgroundSettings>);
+    case NodeType::Curve1D:
+        return std::string(element_of<SceneNodeCurve1D>);
+    default:
+        return toStdString(static_cast<const ForeignNode&>(node).element);
+    }
+}
+
+std::string describeNode(const SceneNode& node) {
+    return getElementOf(node) + " '" + toStdString(node.getName()) + "' (uid " + std::to_string(node.getUID()) + ")";
+}
