@@ -27,18 +27,20 @@ LICENCES = {
     "stb": "libstb-dev",
     "Embree": "libembree-dev",
     "pugixml": "libpugixml-dev",
+    "minizip": "libminizip-dev",
+    "zlib": "zlib1g-dev",
     "assimp": "libassimp-dev",
 }
 # Of these the command line tool alone, which isn't in the package for Microsoft's compiler.
-LICENCES_OF_TOOL = ["CLI11", "stb", "Embree", "pugixml", "assimp"]
+LICENCES_OF_TOOL = ["CLI11", "stb", "Embree", "minizip", "zlib", "assimp"]
 # The native tool alone: functions of assimp's headers.
 LICENCES_OF_NATIVE_TOOL = ["assimp"]
 # The runtime in a DLL made by MinGW.
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
 # For authors of hosts and renderer libraries; the other documents are about the sources.
-DOCUMENTS = ["api", "bindings.md", "errors.md", "info-json.md", "kit.md", "ownership.md", "preview.md", "renderer-layouts.md",
-             "renderer-seam.md", "scene-document.md", "threads.md", "vmmesh-format.md", "whole-scenes.md"]
+DOCUMENTS = ["api", "bindings.md", "editing-documents.md", "errors.md", "info-json.md", "kit.md", "ownership.md", "preview.md",
+             "renderer-layouts.md", "renderer-seam.md", "scene-document.md", "threads.md", "vmmesh-format.md", "whole-scenes.md"]
 
 # The earliest time that a zip file can store.
 TIME = (1980, 1, 1, 0, 0, 0)

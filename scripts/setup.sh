@@ -10,7 +10,7 @@ packages=(
     g++ clang lld libclang-rt-14-dev clang-format clang-tidy cmake ninja-build python3 git # compilers and checks
     g++-mingw-w64-x86-64-posix dpkg-dev wine wine64 wine64-preloader                       # the Windows build
     libzstd-dev libxxhash-dev libdouble-conversion-dev                                     # the library
-    libcli11-dev libstb-dev libembree-dev nlohmann-json3-dev                               # tool and preview renderer
+    libcli11-dev libstb-dev libembree-dev nlohmann-json3-dev libminizip-dev zlib1g-dev     # tool and preview renderer
     googletest libpugixml-dev libeigen3-dev pkgconf llvm locales                           # the tests
     libbenchmark-dev libfast-float-dev libtinyobjloader-dev libassimp-dev                  # benchmarks and comparisons
     python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package
@@ -44,14 +44,14 @@ if [ ${#missing[@]} != 0 ]; then
     }
 fi
 
-# ---- Embree for Windows -------------------------------------------------------------------------------------------------
+# ---- Embree, minizip and zlib for Windows --------------------------------------------------------------------------------
 
-# Takes some minutes, so it is built beside the rest, and whoever waits for this script waits for it too.
-scripts/embree-windows.sh &
-embree=$!
+# Embree takes some minutes, so they are built beside the rest, and whoever waits for this script waits for them too.
+{ scripts/zip-windows.sh && scripts/embree-windows.sh; } &
+others=$!
 finish() {
     local status=$?
-    wait "$embree" || exit 1
+    wait "$others" || exit 1
     exit "$status"
 }
 trap finish EXIT

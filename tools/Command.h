@@ -31,6 +31,10 @@ Command addDiffCommand(CLI::App& tool);
 Command addEditCommand(CLI::App& tool);
 /// `velmar merge`: scene documents become one.
 Command addMergeCommand(CLI::App& tool);
+/// `velmar pack`: a scene document and all its files become a folder or an archive.
+Command addPackCommand(CLI::App& tool);
+/// `velmar unpack`: an archive becomes a folder.
+Command addUnpackCommand(CLI::App& tool);
 
 namespace CommandOptions {
 

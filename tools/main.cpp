@@ -89,10 +89,11 @@ int runTool(const std::vector<std::string>& arguments) {
     tool.set_help_flag("-h,--help", "Print this help");
     tool.set_version_flag("--version", "velmar " VELMAR_VERSION, "Print the version");
     tool.footer("'velmar help COMMAND' describes a command. Exit codes: 0 done, 1 failed, 2 wrong usage.");
-    const Command commands[] = {addExportCommand(tool),  addRenderCommand(tool),     addInfoCommand(tool),
-                                addConvertCommand(tool), addStoreCommand(tool),      addCheckCommand(tool),
-                                addDiffCommand(tool),    addEditCommand(tool),       addMergeCommand(tool),
-                                addHelpCommand(tool),    addCompletionCommand(tool), addManualCommand(tool)};
+    const Command commands[] = {addExportCommand(tool),     addRenderCommand(tool), addInfoCommand(tool),
+                                addConvertCommand(tool),    addStoreCommand(tool),  addCheckCommand(tool),
+                                addDiffCommand(tool),       addEditCommand(tool),   addMergeCommand(tool),
+                                addPackCommand(tool),       addUnpackCommand(tool), addHelpCommand(tool),
+                                addCompletionCommand(tool), addManualCommand(tool)};
     const auto chosen = [&] {
         const auto* const found =
             std::find_if(std::begin(commands), std::end(commands), [](const Command& c) { return c.parser->parsed(); });

@@ -80,7 +80,7 @@ class Package(unittest.TestCase):
 
     def test_licences_of_what_is_linked_are_in_it(self):
         names = {path.stem for path in (TREE / "licences").iterdir()}
-        self.assertEqual(names, {"zstd", "xxHash", "double-conversion", "RPly", "gcc", "mingw-w64"})
+        self.assertEqual(names, {"zstd", "xxHash", "double-conversion", "pugixml", "RPly", "gcc", "mingw-w64"})
 
     def test_its_documents_name_nothing_that_is_missing(self):
         links = pathlib.Path(PACKAGE["source"]) / "tests" / "tree" / "links.py"

@@ -19,6 +19,7 @@ from full_disk import FullDisk
 from info import Info
 from interrupts import Interrupted, Targets, Together
 from merging import Merge
+from packing import Pack, Unpack, UnpackLinks
 from picture import Picture
 from placing import Placing
 from render import Render, RenderDocument

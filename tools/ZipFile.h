@@ -1,0 +1,79 @@
+#pragma once
+
+#include "tools/OutputFile.h"
+#include "utils/MappedFile.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+/// Zip archives, by minizip. Names in them are UTF-8 with `/` between folders.
+
+/// Writes an archive. Times aren't stored: the same files give the same bytes.
+class ZipWriter {
+  public:
+    /// Throws `Failure`.
+    explicit ZipWriter(OutputFile& file);
+    ~ZipWriter();
+    ZipWriter(const ZipWriter&) = delete;
+    ZipWriter& operator=(const ZipWriter&) = delete;
+
+    /// Throws `Failure`. Files that are compressed already are better stored.
+    void add(const std::string& name, std::span<const std::uint8_t> content, bool compress);
+
+    /// Ends the archive. Throws `Failure`.
+    void finish();
+
+  private:
+    struct Stream;
+
+    [[noreturn]] void fail() const;
+
+    OutputFile& file;
+    std::unique_ptr<Stream> stream;
+    void* archive = nullptr;
+};
+
+/// A file or folder in an archive, as its directory has it: nothing of it is checked.
+struct ZipEntry {
+    std::string name;
+    std::uint64_t size = 0;
+    std::uint64_t compressed_size = 0;
+    bool is_encrypted = false;
+    /// A symbolic link of the system that made the archive.
+    bool is_link = false;
+    /// Neither stored nor deflated.
+    bool is_of_other_method = false;
+    std::uint64_t directory_offset = 0;
+    std::uint64_t index = 0;
+};
+
+/// Reads an archive, which may be damaged or made to do harm.
+class ZipReader {
+  public:
+    /// Reads the directory. Throws `Failure` when there is none or it has more than `max_entries`.
+    ZipReader(const std::string& path, std::uint64_t max_entries);
+    ~ZipReader();
+    ZipReader(const ZipReader&) = delete;
+    ZipReader& operator=(const ZipReader&) = delete;
+
+    const std::vector<ZipEntry>& getEntries() const { return entries; }
+
+    /// Calls `use` with the content of a file, piece by piece: never more than its size. Throws `Failure` when the
+    /// content is damaged or has another size.
+    void read(const ZipEntry& entry, const std::function<void(std::span<const std::uint8_t>)>& use);
+
+  private:
+    struct Stream;
+
+    void readDirectory(std::uint64_t max_entries);
+    [[noreturn]] void fail(const std::string& fault) const;
+
+    std::string path;
+    std::unique_ptr<Stream> stream;
+    void* archive = nullptr;
+    std::vector<ZipEntry> entries;
+};
