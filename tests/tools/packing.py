@@ -187,18 +187,18 @@ class Unpack(ToolTest):
         self.archive("one.txt", "sub/two.txt", content=b"some content that is long enough to be compressed" * 3)
         data = (self.folder / "a.zip").read_bytes()
         # The end of the last record says how long a comment is.
-        for end in range(0, len(data) - 2, 7):
+        for end in range(0, len(data) - 2, 23):
             self.write("a.zip", data[:end])
             self.refuse(r"a\.zip: .*|.*a\.zip.*")
         changed = 0
-        for i in range(0, len(data), 5):
+        for i in range(0, len(data), 19):
             self.write("a.zip", data[:i] + bytes([data[i] ^ 0xFF]) + data[i + 1:])
             code, _, _ = self.run_tool("unpack", "-q", "a.zip", f"out{i}")
             self.assertIn(code, (0, 1))
             changed += code
             if code == 1:
                 self.assertFalse((self.folder / f"out{i}").exists())
-        self.assertGreater(changed, 10)
+        self.assertGreater(changed, 5)
         self.write("a.zip", b"no archive")
         self.refuse(r"a\.zip: is no zip archive, or isn't whole")
 
