@@ -52,7 +52,7 @@ class PackedScene {
                 meshes.insert(toStdString(static_cast<const SceneNodeMesh&>(*node).path));
         std::map<std::string, std::string> new_names;
         for (const std::string& name : getFileNames(*scene)) {
-            const std::string file = files.find(name);
+            const std::string file = files.locate(name);
             if (!FileUtils::fileExists(file) || System::isDirectory(file)) {
                 missing.push_back(file);
                 continue;
@@ -100,7 +100,7 @@ class PackedScene {
     void packResponse(SceneNodeTonemapping& node) {
         const std::string name = toStdString(node.response_function_path);
         if (node.tone_mapper_kind != SceneNodeTonemapping::camera || name.empty()) return;
-        const std::string file = files.find(name);
+        const std::string file = files.locate(name);
         if (!FileUtils::fileExists(file) || System::isDirectory(file)) {
             if (isAbsolutePath(name))
                 notes.push_back(path + ": the response function " + name + " is missing, and not packed");
