@@ -13,6 +13,66 @@
 #include <cstring>
 #include <new>
 
+// stb's encoders don't look whether their memory is there.
+#define STBIW_MALLOC(size) Preview::EncoderMemory::allocate(size)
+#define STBIW_REALLOC_SIZED(block, old_size, size) Preview::EncoderMemory::reallocate(block, old_size, size)
+#define STBIW_FREE(block) Preview::EncoderMemory::release(block)
+
+namespace Preview {
+
+/// The memory of a thread's encoder. What is left when this object ends, because an exception went through the encoder,
+/// is released then. One at a time for each thread.
+class EncoderMemory {
+  public:
+    EncoderMemory() { blocks = nullptr; }
+    ~EncoderMemory() {
+        while (blocks != nullptr)
+            release(blocks + 1);
+    }
+    EncoderMemory(const EncoderMemory&) = delete;
+    EncoderMemory& operator=(const EncoderMemory&) = delete;
+
+    /// Throws `std::bad_alloc`.
+    static void* allocate(std::size_t size) {
+        auto* const block = static_cast<Head*>(::operator new(sizeof(Head) + size));
+        *block = {nullptr, blocks};
+        if (blocks != nullptr) blocks->before = block;
+        blocks = block;
+        return block + 1;
+    }
+
+    /// Throws `std::bad_alloc`; the old block is released in the end then.
+    static void* reallocate(void* memory, std::size_t old_size, std::size_t size) {
+        void* const moved = allocate(size);
+        if (memory != nullptr) std::memcpy(moved, memory, std::min(old_size, size));
+        release(memory);
+        return moved;
+    }
+
+    static void release(void* memory) {
+        if (memory == nullptr) return;
+        Head* const block = static_cast<Head*>(memory) - 1;
+        if (block->before != nullptr)
+            block->before->after = block->after;
+        else
+            blocks = block->after;
+        if (block->after != nullptr) block->after->before = block->before;
+        ::operator delete(block);
+    }
+
+  private:
+    /// In front of each block.
+    struct alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) Head {
+        Head* before;
+        Head* after;
+    };
+    static thread_local Head* blocks;
+};
+
+thread_local EncoderMemory::Head* EncoderMemory::blocks = nullptr;
+
+} // namespace Preview
+
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
 #include <stb_image_write.h>
@@ -56,22 +116,11 @@ std::vector<Taps> makeTaps(const PictureSettings& settings, std::uint32_t size, 
     return all;
 }
 
-/// A file that is being encoded.
-struct EncodedFile {
-    std::vector<unsigned char> bytes;
-    bool is_complete = true;
-};
-
-/// Takes bytes that a function of stb hands over piece by piece. Throws nothing: that function has memory of its own to
-/// release.
-void append(void* file, void* data, int size) noexcept {
-    auto& encoded = *static_cast<EncodedFile*>(file);
+/// Takes bytes that a function of stb hands over piece by piece. Throws `std::bad_alloc`.
+void append(void* file, void* data, int size) {
     const auto* const begin = static_cast<const unsigned char*>(data);
-    try {
-        encoded.bytes.insert(encoded.bytes.end(), begin, begin + size);
-    } catch (const std::bad_alloc&) {
-        encoded.is_complete = false;
-    }
+    auto& bytes = *static_cast<std::vector<unsigned char>*>(file);
+    bytes.insert(bytes.end(), begin, begin + size);
 }
 
 /// "PF", the size, the order of bytes, and the rows from the lowest on (Debevec's portable float map).
@@ -270,11 +319,12 @@ bool holdsLinearLight(const std::string& path) {
 }
 
 std::string writePicture(const std::string& path, const Picture& picture, const std::vector<unsigned char>& bytes) {
-    EncodedFile file;
+    const EncoderMemory memory;
+    std::vector<unsigned char> file;
     const int width = static_cast<int>(picture.width);
     const int height = static_cast<int>(picture.height);
     if (endsWith(path, ".pfm")) {
-        file.bytes = encodePfm(picture);
+        file = encodePfm(picture);
     } else if (endsWith(path, ".hdr")) {
         if (stbi_write_hdr_to_func(append, &file, width, height, 3, picture.light.data()) == 0)
             return "the picture can't be encoded";
@@ -283,8 +333,7 @@ std::string writePicture(const std::string& path, const Picture& picture, const 
         if (stbi_write_png_to_func(append, &file, width, height, components, bytes.data(), width * components) == 0)
             return "the picture can't be encoded";
     }
-    if (!file.is_complete) throw std::bad_alloc();
-    return System::writeFileAtomically(path, file.bytes);
+    return System::writeFileAtomically(path, file);
 }
 
 } // namespace Preview

@@ -50,6 +50,7 @@ bool copyChannel(const ImageStore& store, const std::string& name, float* values
 
 /// Writes a picture, whole or not at all: `.hdr` and `.pfm` hold the linear light, anything else is a PNG of `bytes`,
 /// which have three or four components as the picture has no alpha or has. Returns an empty text, or what went wrong.
+/// Throws `std::bad_alloc`.
 std::string writePicture(const std::string& path, const Picture& picture, const std::vector<unsigned char>& bytes);
 
 /// Whether `writePicture` looks at the linear light alone.

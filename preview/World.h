@@ -135,14 +135,15 @@ class World {
     void attachInstances(const std::vector<Instance>& former);
     void attachSpheres();
 
-    /// First: what was made by it ends before it does.
+    SurfaceTable surfaces{{}};
+    /// In front of what is made by it, and after what allocates: a device that is released when memory has run out may
+    /// end the process.
     EmbreeDevice device;
     struct KnownGeometry {
         std::unique_ptr<MeshGeometry> geometry;
         bool used = false;
     };
     std::map<const Velmar::SceneNode*, KnownGeometry> geometries;
-    SurfaceTable surfaces{{}};
     /// Lists of surfaces, one after the other; instances share equal ones that follow each other.
     std::vector<std::uint32_t> surface_lists;
     std::vector<const Velmar::SceneNodeMaterial*> last_materials;

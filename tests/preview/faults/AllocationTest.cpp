@@ -1,73 +1,14 @@
 // Memory that runs out in the midst of a render: the render ends with a message, and the next one works.
 
-#include "tests/preview/PreviewRender.h"
+#include "tests/preview/faults/FailingMemory.h"
 
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <new>
 
 using namespace TestSupport;
 
 namespace {
 
-std::atomic<std::int64_t> allocations_to_go = 0;
-std::atomic<bool> fails_for_ever = false;
-/// Of the test's own thread while it is in the test's code.
-thread_local bool is_exempt = false;
-
-bool mustFail() {
-    if (is_exempt || allocations_to_go <= 0) return false;
-    if (--allocations_to_go > 0) return false;
-    // The next one is the last again.
-    if (fails_for_ever) allocations_to_go = 1;
-    return true;
-}
-
-void* allocate(std::size_t size, std::size_t alignment) {
-    if (mustFail()) return nullptr;
-    return std::aligned_alloc(alignment, (std::max<std::size_t>(size, 1) + alignment - 1) / alignment * alignment);
-}
-
-} // namespace
-
-/// Embree's own: what it had allocated for a build that failed.
-extern "C" const char* __lsan_default_suppressions(); // NOLINT(bugprone-reserved-identifier)
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libembree3.so\n";
-}
-
-// The program's definitions serve the renderer library and Embree too. The forms for arrays call these.
-void* operator new(std::size_t size) {
-    void* const block = allocate(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size, __STDCPP_DEFAULT_NEW_ALIGNMENT__);
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    void* const block = allocate(size, static_cast<std::size_t>(alignment));
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, std::align_val_t) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
-    std::free(block);
-}
-
-namespace {
-
-class PreviewMemory : public testing::TestWithParam<bool> {
+class PreviewMemory : public testing::TestWithParam<Lasting> {
   protected:
     PreviewMemory() : scene(8, 8) {
         scene.setUniformBackground(0.5);
@@ -84,8 +25,6 @@ class PreviewMemory : public testing::TestWithParam<bool> {
 } // namespace
 
 TEST_P(PreviewMemory, ThatRunsOutEndsTheRenderAlone) {
-    fails_for_ever = GetParam();
-    is_exempt = true;
     const std::vector<float> expected = renderPreview(scene, 1).light;
     testing::internal::CaptureStderr();
     bool met = true;
@@ -94,13 +33,10 @@ TEST_P(PreviewMemory, ThatRunsOutEndsTheRenderAlone) {
         SCOPED_TRACE("allocation " + std::to_string(++nth));
         const PreviewRenderer renderer(folder, scene, "picture.png");
         renderer.setOption(VELMAR_PREVIEW_THREADS, 2);
-        allocations_to_go = nth;
-        is_exempt = false;
-        const std::uint64_t started = renderer.start();
-        is_exempt = true;
+        FailingMemory memory(folder, nth, GetParam());
+        const std::uint64_t started = memory.inside([&] { return renderer.start(); });
         renderer.wait();
-        met = allocations_to_go <= 0 || (fails_for_ever && allocations_to_go == 1);
-        allocations_to_go = 0;
+        met = memory.end();
         EXPECT_EQ(started, 0u);
         if (renderer.progress().state == VELMAR_PREVIEW_FINISHED) {
             EXPECT_EQ(renderer.picture().light, expected);
@@ -115,5 +51,28 @@ TEST_P(PreviewMemory, ThatRunsOutEndsTheRenderAlone) {
     EXPECT_NE(testing::internal::GetCapturedStderr().find("velmar preview: out of memory"), std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Once, PreviewMemory, testing::Values(false));
-INSTANTIATE_TEST_SUITE_P(ForEver, PreviewMemory, testing::Values(true));
+TEST_P(PreviewMemory, ThatRunsOutWhileAPictureIsWrittenLeavesNoPartOfIt) {
+    scene.settings->super_sample_factor.set(2);
+    const PreviewRenderer renderer(folder, scene);
+    renderer.start();
+    EXPECT_TRUE(renderer.wait());
+    auto* const write = folder.get<decltype(VelmarPreview_WriteImage)>("VelmarPreview_WriteImage");
+    testing::internal::CaptureStderr();
+    for (const char* const path : {"written.png", "written.hdr", "written.pfm"}) {
+        bool met = true;
+        for (std::int64_t nth = 1; met && !HasFailure(); ++nth) {
+            SCOPED_TRACE(std::string(path) + ", allocation " + std::to_string(nth));
+            std::filesystem::remove(folder.path(path));
+            FailingMemory memory(folder, nth, GetParam());
+            const std::int32_t status = memory.inside([&] { return write(renderer.handle(), path); });
+            met = memory.end();
+            EXPECT_TRUE(met || status == 0);
+            EXPECT_EQ(std::filesystem::exists(folder.path(path)), status == 0);
+        }
+    }
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("velmar preview: "), std::string::npos);
+    const std::filesystem::directory_iterator files(folder.path(""));
+    EXPECT_EQ(std::distance(begin(files), end(files)), 4) << "the library and three pictures";
+}
+
+INSTANTIATE_TEST_SUITE_P(Failures, PreviewMemory, testing::ValuesIn(kindsOfFailure()));
