@@ -63,6 +63,8 @@ Camera::Camera(const Node& node, std::uint32_t width, std::uint32_t height, bool
         motion = Motion();
     }
     at_rest = frameAt(0.5f);
+    inverse_focus_distance = 1.0f / focus_distance;
+    inverse_lens_sensor_dist = 1.0f / lens_sensor_dist;
 }
 
 Camera::Frame Camera::frameAt(float time) const {
@@ -96,16 +98,14 @@ Ray Camera::makeRay(const Frame& frame, float x, float y, const Vec2& lens, floa
         break;
     }
     default: {
-        const float to_focus = focus_distance / lens_sensor_dist;
         const float lens_right = lens.x * lens_radius;
         const float lens_up = lens.y * lens_radius;
-        // From the place on the lens to where the ray through its middle meets the plane in focus.
-        const float across = s * to_focus - lens_right;
-        const float along = t * to_focus - lens_up;
-        const float size = std::sqrt(across * across + along * along + focus_distance * focus_distance);
+        // From the place on the lens to where the ray through its middle meets the plane in focus, relative to the
+        // distance of that.
+        const float across = s * inverse_lens_sensor_dist - lens_right * inverse_focus_distance;
+        const float along = t * inverse_lens_sensor_dist - lens_up * inverse_focus_distance;
         ray.origin = frame.position + frame.right * lens_right + frame.up * lens_up;
-        ray.direction = normalised(frame.right * (across / size) + frame.up * (along / size) +
-                                   frame.forwards * (focus_distance / size));
+        ray.direction = normalised(frame.right * across + frame.up * along + frame.forwards);
         if (vignetting) {
             const float cosine2 =
                 lens_sensor_dist * lens_sensor_dist / (lens_sensor_dist * lens_sensor_dist + s * s + t * t);
@@ -134,7 +134,9 @@ void Camera::focusOn(const World& world) {
     RTCRayHit hit;
     if (!world.intersect(ray, RayKind::camera, hit)) return;
     const float depth = dot(ray.direction * hit.ray.tfar, normalised(at_rest.forwards));
-    if (depth > 0.0f && std::isfinite(depth)) focus_distance = depth;
+    if (!(depth > 0.0f) || !std::isfinite(depth)) return;
+    focus_distance = depth;
+    inverse_focus_distance = 1.0f / depth;
 }
 
 } // namespace Preview

@@ -54,6 +54,9 @@ class Camera {
     float lens_radius = 0.0f;
     float focus_distance = 1.0f;
     float lens_sensor_dist = 1.0f;
+    /// Of both distances.
+    float inverse_focus_distance = 1.0f;
+    float inverse_lens_sensor_dist = 1.0f;
     float shift_right = 0.0f;
     float shift_up = 0.0f;
     /// Metres for each pixel, and the picture's middle in pixels.

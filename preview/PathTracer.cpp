@@ -1,6 +1,7 @@
 #include "preview/PathTracer.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace Preview {
@@ -80,25 +81,47 @@ PathTracer::PathTracer(const World& world_, const Camera& camera_, const Lights&
       layer_width(store_.getLayerWidth()), scale(1.0f / static_cast<float>(store_.getFactor())),
       margin(static_cast<float>(store_.getMargin())), settings(settings_) {}
 
-void PathTracer::trace(std::uint32_t x, std::uint32_t y, std::uint32_t sample, std::span<float> pixel) const {
-    std::fill(pixel.begin(), pixel.end(), 0.0f);
-    Sampler sampler(settings.seed, y * layer_width + x, sample);
-    const Vec2 inside = sampler.next2();
-    float weight = 0.0f;
-    const Ray ray =
-        camera.sampleRay((static_cast<float>(x) + inside.x) * scale - margin,
-                         (static_cast<float>(y) + inside.y) * scale - margin, world.hasMotion(), sampler, weight);
-    follow(ray, weight, sampler, pixel);
-    if (sample == 0 && channels.hasAuxiliary())
-        traceAuxiliary((static_cast<float>(x) + 0.5f) * scale - margin, (static_cast<float>(y) + 0.5f) * scale - margin,
-                       pixel);
+void PathTracer::trace(std::uint32_t x, std::uint32_t y, std::uint32_t count, std::uint32_t sample,
+                       std::span<float> pixels) const {
+    // Many rays are made before the first is traced: each takes a chain of operations that wait for each other, and the
+    // processor works on several such chains at once.
+    constexpr std::uint32_t batch = 32;
+    struct Start {
+        Sampler sampler{0, 0, 0};
+        Ray ray;
+        RTCRayHit hit;
+        float weight = 0.0f;
+    };
+    std::array<Start, batch> starts;
+    const std::size_t n = channels.floats_per_pixel;
+    std::fill(pixels.begin(), pixels.end(), 0.0f);
+    const bool moving = world.hasMotion();
+    for (std::uint32_t first = 0; first < count; first += batch) {
+        const std::uint32_t size = std::min(batch, count - first);
+        for (std::uint32_t i = 0; i < size; ++i) {
+            Start& start = starts[i];
+            start.sampler = Sampler(settings.seed, y * layer_width + x + first + i, sample);
+            const Vec2 inside = start.sampler.next2();
+            start.ray = camera.sampleRay((static_cast<float>(x + first + i) + inside.x) * scale - margin,
+                                         (static_cast<float>(y) + inside.y) * scale - margin, moving, start.sampler,
+                                         start.weight);
+            World::setRay(start.ray, start.hit);
+        }
+        for (std::uint32_t i = 0; i < size; ++i)
+            follow(starts[i].ray, starts[i].hit, starts[i].weight, starts[i].sampler,
+                   pixels.subspan((first + i) * n, n));
+    }
+    if (sample != 0 || !channels.hasAuxiliary()) return;
+    for (std::uint32_t i = 0; i < count; ++i)
+        traceAuxiliary((static_cast<float>(x + i) + 0.5f) * scale - margin,
+                       (static_cast<float>(y) + 0.5f) * scale - margin, pixels.subspan(i * n, n));
 }
 
-void PathTracer::follow(Ray ray, float weight, Sampler& sampler, std::span<float> pixel) const {
+/// `hit` is the record of the ray, which is filled already.
+void PathTracer::follow(Ray ray, RTCRayHit& hit, float weight, Sampler& sampler, std::span<float> pixel) const {
     Path path{sampler, pixel, ray.time, Vec3{weight, weight, weight}};
     for (;;) {
-        RTCRayHit hit;
-        if (!world.intersect(ray, path.reflections == 0 ? RayKind::camera : RayKind::other, hit)) {
+        if (!world.intersect(path.reflections == 0 ? RayKind::camera : RayKind::other, hit)) {
             addBackground(ray.direction, path);
             break;
         }
@@ -112,6 +135,7 @@ void PathTracer::follow(Ray ray, float weight, Sampler& sampler, std::span<float
             if (point.surface->shadow_catcher) {
                 if (!passShadowCatcher(point, path)) break;
                 ray.origin = point.position - side * point.clearance;
+                World::setRay(ray, hit);
                 continue;
             }
             path.alpha = 1.0f;
@@ -145,6 +169,7 @@ void PathTracer::follow(Ray ray, float weight, Sampler& sampler, std::span<float
         }
         ray.origin = point.position + side * point.clearance;
         ray.direction = direction;
+        World::setRay(ray, hit);
     }
     if (channels.alpha >= 0) pixel[static_cast<std::size_t>(channels.alpha)] = path.alpha;
 }

@@ -34,14 +34,15 @@ class PathTracer {
     PathTracer(const World& world_, const Camera& camera_, const Lights& lights_, const Background& background_,
                const ImageStore& store_, const PathSettings& settings_);
 
-    /// One sample of the pixel (x, y) of a layer. `pixel` takes `floats_per_pixel` floats. Auxiliary channels are
-    /// written with the sample 0 and left at 0 for others.
-    void trace(std::uint32_t x, std::uint32_t y, std::uint32_t sample, std::span<float> pixel) const;
+    /// One sample of each of `count` pixels of a layer, from (x, y) to the right. `pixels` takes `floats_per_pixel`
+    /// floats for each. Auxiliary channels are written with the sample 0 and left at 0 for others.
+    void trace(std::uint32_t x, std::uint32_t y, std::uint32_t count, std::uint32_t sample,
+               std::span<float> pixels) const;
 
   private:
     struct Path;
 
-    void follow(Ray ray, float weight, Sampler& sampler, std::span<float> pixel) const;
+    void follow(Ray ray, RTCRayHit& hit, float weight, Sampler& sampler, std::span<float> pixel) const;
     bool passShadowCatcher(const SurfacePoint& point, Path& path) const;
     void addSun(const SurfacePoint& point, const Vec3& side, const Vec3& reflected, Path& path) const;
     void addLight(const SurfacePoint& point, const Vec3& side, const Vec3& reflected, Path& path) const;

@@ -102,7 +102,7 @@ void PreparedRender::renderTile(const PixelBox& tile, std::uint32_t pass, std::v
             for (std::uint32_t x = tile.x1; x < tile.x2; x += block) {
                 if (cancelled) return;
                 const PixelBox part = {x, y, std::min(x + block, tile.x2), std::min(y + block, tile.y2)};
-                tracer->trace((part.x1 + part.x2) / 2, (part.y1 + part.y2) / 2, 0, all.first(n));
+                tracer->trace((part.x1 + part.x2) / 2, (part.y1 + part.y2) / 2, 1, 0, all.first(n));
                 store->fill(part, all.first(n));
             }
         }
@@ -111,8 +111,9 @@ void PreparedRender::renderTile(const PixelBox& tile, std::uint32_t pass, std::v
     std::size_t at = 0;
     for (std::uint32_t y = tile.y1; y < tile.y2; ++y) {
         if (cancelled) return;
-        for (std::uint32_t x = tile.x1; x < tile.x2; ++x, at += n)
-            tracer->trace(x, y, pass - 1, all.subspan(at, n));
+        const std::uint32_t width = tile.x2 - tile.x1;
+        tracer->trace(tile.x1, y, width, pass - 1, all.subspan(at, width * n));
+        at += width * n;
     }
     store->merge(tile, all.first(at), pass);
 }

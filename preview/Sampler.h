@@ -16,19 +16,19 @@ class Sampler {
     Sampler(std::uint64_t seed, std::uint32_t pixel, std::uint32_t sample_)
         : state(mixBits(mixBits(static_cast<std::uint32_t>(seed >> 32) ^ 0x9E3779B9u) ^
                         mixBits(static_cast<std::uint32_t>(seed) + 0x85EBCA6Bu * pixel) ^ pixel)),
-          sample(sample_) {}
+          reversed_sample(reverseBits(sample_)) {}
 
     /// Two numbers in [0, 1) that belong together.
     Vec2 next2() {
-        state = mixBits(state + 0x9E3779B9u);
-        const std::uint32_t index = owenScramble(sample, state);
-        return {toUnit(owenScramble(reverseBits(index), state ^ 0x68BC21EBu)),
-                toUnit(owenScramble(sobolOfSecondDimension(index), state ^ 0x02E5BE93u))};
+        const std::uint32_t reversed_index = shuffle();
+        const std::uint32_t index = reverseBits(reversed_index);
+        return {toUnit(reverseBits(permute(index, state ^ 0x68BC21EBu))),
+                toUnit(reverseBits(permute(reversedSobolOfSecondDimension(index), state ^ 0x02E5BE93u)))};
     }
 
     float next1() {
-        state = mixBits(state + 0x9E3779B9u);
-        return toUnit(owenScramble(reverseBits(owenScramble(sample, state)), state ^ 0x68BC21EBu));
+        const std::uint32_t index = reverseBits(shuffle());
+        return toUnit(reverseBits(permute(index, state ^ 0x68BC21EBu)));
     }
 
   private:
@@ -51,31 +51,34 @@ class Sampler {
         return std::rotl(v, 16);
     }
 
-    /// Owen's nested scrambling of the bits from the highest down, by the permutation of Laine and Karras.
-    static std::uint32_t owenScramble(std::uint32_t v, std::uint32_t seed) {
-        v = reverseBits(v);
+    /// The sample's place in the shuffled sequence of the next dimensions, its bits reversed.
+    std::uint32_t shuffle() {
+        state = mixBits(state + 0x9E3779B9u);
+        return permute(reversed_sample, state);
+    }
+
+    /// Owen's nested scrambling of bits that are reversed, from the lowest up, by the permutation of Laine and Karras.
+    static std::uint32_t permute(std::uint32_t v, std::uint32_t seed) {
         v ^= v * 0x3D20ADEAu;
         v += seed;
         v *= (seed >> 16) | 1u;
         v ^= v * 0x05526C56u;
-        v ^= v * 0x53A22864u;
-        return reverseBits(v);
+        return v ^ (v * 0x53A22864u);
     }
 
-    /// The second dimension of Sobol's sequence, whose generator matrix is Pascal's triangle modulo 2: multiplied bit
-    /// by bit in five steps, from the bits of the index in reverse.
-    static std::uint32_t sobolOfSecondDimension(std::uint32_t index) {
-        std::uint32_t v = reverseBits(index);
-        v ^= v << 16;
-        v ^= (v & 0x00FF00FFu) << 8;
-        v ^= (v & 0x0F0F0F0Fu) << 4;
-        v ^= (v & 0x33333333u) << 2;
-        v ^= (v & 0x55555555u) << 1;
+    /// The second dimension of Sobol's sequence, whose generator matrix is Pascal's triangle modulo 2, with its bits
+    /// reversed: multiplied bit by bit in five steps.
+    static std::uint32_t reversedSobolOfSecondDimension(std::uint32_t v) {
+        v ^= v >> 16;
+        v ^= (v & 0xFF00FF00u) >> 8;
+        v ^= (v & 0xF0F0F0F0u) >> 4;
+        v ^= (v & 0xCCCCCCCCu) >> 2;
+        v ^= (v & 0xAAAAAAAAu) >> 1;
         return v;
     }
 
     std::uint32_t state;
-    std::uint32_t sample;
+    std::uint32_t reversed_sample;
 };
 
 /// Sine and cosine of 2 pi x for x in [0, 1), by polynomials of plain arithmetic: the libraries of different systems

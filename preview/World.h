@@ -93,9 +93,16 @@ class World {
     bool build(const SceneNodes& nodes, std::vector<std::string> material_masks,
                const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled);
 
-    /// Returns whether the ray hits something; then `hit` is Embree's record of it. Rays that begin 1e18 metres away or
-    /// aren't finite hit nothing.
-    bool intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const;
+    /// Fills Embree's record of a ray that hasn't hit anything yet. Rays that begin 1e18 metres away or aren't finite
+    /// will hit nothing.
+    static void setRay(const Ray& ray, RTCRayHit& hit);
+    /// Returns whether the ray of a record hits something; then the record says what.
+    bool intersect(RayKind kind, RTCRayHit& hit) const;
+    /// Both.
+    bool intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const {
+        setRay(ray, hit);
+        return intersect(kind, hit);
+    }
     /// What was hit, by a record of `intersect`.
     SurfacePoint pointAt(const RTCRayHit& hit) const;
     /// Whether something is between the ray's origin and its length.

@@ -19,21 +19,19 @@ namespace {
 
 constexpr float min_distance = 0.0f;
 
-RTCRay embreeRay(const Ray& ray) {
-    RTCRay result;
-    result.org_x = ray.origin.x;
-    result.org_y = ray.origin.y;
-    result.org_z = ray.origin.z;
-    result.tnear = min_distance;
-    result.dir_x = ray.direction.x;
-    result.dir_y = ray.direction.y;
-    result.dir_z = ray.direction.z;
-    result.time = ray.time;
-    result.tfar = ray.length;
-    result.mask = 0xFFFFFFFFu;
-    result.id = 0;
-    result.flags = 0;
-    return result;
+void fill(RTCRay& to, const Ray& ray) {
+    to.org_x = ray.origin.x;
+    to.org_y = ray.origin.y;
+    to.org_z = ray.origin.z;
+    to.tnear = min_distance;
+    to.dir_x = ray.direction.x;
+    to.dir_y = ray.direction.y;
+    to.dir_z = ray.direction.z;
+    to.time = ray.time;
+    to.tfar = ray.length;
+    to.mask = 0xFFFFFFFFu;
+    to.id = 0;
+    to.flags = 0;
 }
 
 float sumOfMagnitudes(const Vec3& v) {
@@ -52,16 +50,19 @@ bool isValid(const Ray& ray) {
 
 } // namespace
 
-bool World::intersect(const Ray& ray, RayKind kind, RTCRayHit& hit) const {
-    if (!isValid(ray)) return false;
+void World::setRay(const Ray& ray, RTCRayHit& hit) {
+    // One that ends before it begins.
+    fill(hit.ray, isValid(ray) ? ray : Ray{{}, {1.0f, 0.0f, 0.0f}, 0.0f, -std::numeric_limits<float>::infinity()});
+    hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+}
+
+bool World::intersect(RayKind kind, RTCRayHit& hit) const {
     Query query;
     rtcInitIntersectContext(&query.embree);
     query.world = this;
     query.kind = kind;
     if (needs_filter) query.embree.filter = filter;
-    hit.ray = embreeRay(ray);
-    hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-    hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
     rtcIntersect1(scene.get(), &query.embree, &hit);
     return hit.hit.geomID != RTC_INVALID_GEOMETRY_ID;
 }
@@ -73,7 +74,8 @@ bool World::isOccluded(const Ray& ray) const {
     query.world = this;
     query.kind = RayKind::other;
     if (needs_filter) query.embree.filter = filter;
-    RTCRay shadow = embreeRay(ray);
+    RTCRay shadow;
+    fill(shadow, ray);
     rtcOccluded1(scene.get(), &query.embree, &shadow);
     return shadow.tfar < 0.0f;
 }
