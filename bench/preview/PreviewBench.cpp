@@ -209,10 +209,9 @@ void measureMemory() {
     mesh->aabb_min = refined.aabb_min;
     mesh->aabb_max = refined.aabb_max;
     const std::size_t scene_bytes = memory.rise();
-    addMesh(scene, mesh)->normal_smoothing = false;
-    scene.addModel(
-        static_cast<Velmar::SceneNodeMesh*>(scene.root->children()[scene.root->children().size() - 1].getPointer()),
-        scene.addMaterial(0.5), {0, 5, 0});
+    Velmar::SceneNodeMesh* const node = addMesh(scene, mesh);
+    node->normal_smoothing = false;
+    scene.addModel(node, scene.addMaterial(0.5), {0, 5, 0});
     scene.setUniformBackground(1.0);
     scene.settings->halt_samples_per_pixel.set(1);
     const Reference<Velmar::RenderBuffer> buffer(new Velmar::RenderBuffer(scene.root));
