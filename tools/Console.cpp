@@ -123,6 +123,12 @@ void Progress::clear() {
     erase();
 }
 
+void Progress::interrupt(const std::function<void()>& print) {
+    const std::lock_guard lock(mutex);
+    if (shown) erase();
+    print();
+}
+
 void Progress::erase() {
     std::fprintf(stderr, "\r%*s\r", static_cast<int>(drawn_width), "");
     std::fflush(stderr);

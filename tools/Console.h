@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -61,6 +62,9 @@ class Progress {
 
     /// Erases the line until the next step, so that something else can be printed.
     void clear();
+
+    /// Erases the line while `print` prints something else. No other thread draws it meanwhile.
+    void interrupt(const std::function<void()>& print);
 
   private:
     using Clock = std::chrono::steady_clock;

@@ -102,8 +102,8 @@ class FolderConversion {
     /// One file at a time, in order: of two that would become one file, the first does.
     void finish(std::size_t index) {
         Outcome outcome = std::move(outcomes[index]);
-        if (!outcome.notes.empty()) progress.clear();
-        printNotes(outcome.from, outcome.notes, settings.quiet);
+        if (!outcome.notes.empty())
+            progress.interrupt([&] { printNotes(outcome.from, outcome.notes, settings.quiet); });
         if (outcome.file != nullptr) commit(outcome);
         if (outcome.error.empty())
             ++converted;
@@ -139,8 +139,7 @@ class FolderConversion {
 
     void fail(const std::string& message) {
         ++failed;
-        progress.clear();
-        printError(message);
+        progress.interrupt([&] { printError(message); });
     }
 
     void printSummary(const MeshSearch& search) const {

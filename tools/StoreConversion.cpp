@@ -50,8 +50,7 @@ class StoreConversion {
 
     void fail(const std::string& message) {
         ++failed;
-        progress.clear();
-        printError(message);
+        progress.interrupt([&] { printError(message); });
     }
 
   private:
@@ -98,8 +97,8 @@ class StoreConversion {
     /// One file at a time, in order.
     void finish(std::size_t index) {
         Outcome outcome = std::move(outcomes[index]);
-        if (!outcome.notes.empty()) progress.clear();
-        printNotes(outcome.from, outcome.notes, settings.quiet);
+        if (!outcome.notes.empty())
+            progress.interrupt([&] { printNotes(outcome.from, outcome.notes, settings.quiet); });
         if (outcome.unchanged) {
             ++unchanged;
             return;

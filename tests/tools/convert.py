@@ -1,4 +1,5 @@
 """`velmar convert`."""
+import contextlib
 import os
 import struct
 import unittest
@@ -270,11 +271,16 @@ velmar: Failed to open file 'in/loop\.obj': [^\n]+
         self.put("a.obj")
         self.put("b\a.obj", "f 1 x")
         terminal, end = pty.openpty()
-        with os.fdopen(terminal, "rb", buffering=0) as reader:
-            subprocess.run(COMMAND + ["convert", "-r", "in", "out"], cwd=self.folder, stdout=subprocess.DEVNULL,
-                           stderr=end, timeout=60)
-            shown = os.read(reader.fileno(), 65536).decode()
+        subprocess.run(COMMAND + ["convert", "-r", "in", "out"], cwd=self.folder, stdout=subprocess.DEVNULL, stderr=end,
+                       timeout=60)
         os.close(end)
+        shown = b""
+        # What was written may come in several parts. After the last, the terminal is gone.
+        with contextlib.suppress(OSError):
+            while part := os.read(terminal, 65536):
+                shown += part
+        os.close(terminal)
+        shown = shown.decode()
         self.assertIn("[1/2] a.obj", shown)
         self.assertIn("[2/2] b\\x07.obj", shown)
         self.assertNotIn("\a", shown)
