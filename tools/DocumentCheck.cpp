@@ -171,7 +171,7 @@ class Checker final : public ReadingListener {
         if (is_none && node->getType() == NodeType::BackgroundSettings) return;
         if (target == nullptr && !is_none) target = root->getNodeByUID(uid);
         const char* const wanted = is_scatter ? "scatter" : is_geometry ? "mesh" : "material";
-        const ElementStep step = {element, index};
+        const VisitedElement step = {element, index};
         if (target == nullptr || isMissing(*target)) {
             // A bound one that isn't there takes the place of one of another kind, too.
             target = is_none ? nullptr : root->getNodeByUID(uid);
@@ -207,7 +207,7 @@ class Checker final : public ReadingListener {
     }
 
     /// A finding about an element of the node that is checked, inside of the one that was entered last.
-    void addAt(const ElementStep& step, bool is_error, const char* code, const std::string& text,
+    void addAt(const VisitedElement& step, bool is_error, const char* code, const std::string& text,
                const std::string& advice) {
         if (!findings.count(is_error, code)) return;
         steps.push_back(step);
@@ -364,7 +364,7 @@ class Checker final : public ReadingListener {
         const Reference<Mesh>& mesh = static_cast<const SceneNodeMesh&>(*model.geometry).mesh;
         if (!mesh || mesh->num_materials_referenced <= model.materials.size()) return;
         if (!findings.count(true, "too-few-materials")) return;
-        const ElementStep step[] = {{"materials", 0}};
+        const VisitedElement step[] = {{"materials", 0}};
         findings.keep({true, "too-few-materials", finder.find(at, step), describePath(nameOf(model), step),
                        "the model has " + Text::count(model.materials.size(), "material", "materials") +
                            ", its mesh uses " + std::to_string(mesh->num_materials_referenced),
@@ -374,7 +374,7 @@ class Checker final : public ReadingListener {
     // ---- files
 
     /// Returns where the file is; empty when it isn't there or can't be read, which is a finding.
-    std::string checkFile(const ElementStep& step, const std::string& name, bool is_mesh) {
+    std::string checkFile(const VisitedElement& step, const std::string& name, bool is_mesh) {
         // An empty path is that of a file that isn't used.
         if (name.empty()) return {};
         const auto [known, is_new] = files.try_emplace(name);
@@ -406,7 +406,7 @@ class Checker final : public ReadingListener {
         std::string fault;
     };
 
-    void checkMesh(const ElementStep& step, const std::string& place, SceneNodeMesh& mesh_node) {
+    void checkMesh(const VisitedElement& step, const std::string& place, SceneNodeMesh& mesh_node) {
         MeshState& state = meshes[place + '\n' + describeNumber(mesh_node.scale)];
         if (!state.outline && state.code == nullptr) readOutline(place, static_cast<float>(mesh_node.scale), state);
         if (state.code != nullptr)
@@ -474,7 +474,7 @@ class Checker final : public ReadingListener {
     SceneNode* node = nullptr;
     std::size_t offset = 0;
     std::string_view node_element;
-    std::vector<ElementStep> steps;
+    std::vector<VisitedElement> steps;
     double frame_time = 0.0;
     bool has_frame_time = false;
 

@@ -2,9 +2,9 @@
 
 #include "scene/reading/Markup.h"
 
-std::string describePath(const std::string& node, std::span<const ElementStep> steps) {
+std::string describePath(const std::string& node, std::span<const VisitedElement> steps) {
     std::string path = node;
-    for (const ElementStep& step : steps) {
+    for (const VisitedElement& step : steps) {
         if (step.element.empty()) continue;
         path.append("/").append(step.element);
         if (step.index != 0) path += '[' + std::to_string(step.index) + ']';
@@ -21,9 +21,9 @@ pugi::xml_node ElementFinder::parse(std::size_t node_offset) {
     return tree.first_child();
 }
 
-std::size_t ElementFinder::find(std::size_t node_offset, std::span<const ElementStep> steps) {
+std::size_t ElementFinder::find(std::size_t node_offset, std::span<const VisitedElement> steps) {
     pugi::xml_node element = parse(node_offset);
-    for (const ElementStep& step : steps) {
+    for (const VisitedElement& step : steps) {
         if (step.element.empty()) continue;
         std::size_t rest = step.index;
         pugi::xml_node next = element.first_child();

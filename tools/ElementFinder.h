@@ -7,14 +7,15 @@
 #include <string_view>
 
 /// An element on the way from a node to one of its values.
-struct ElementStep {
+/// A step of a path through visited elements.
+struct VisitedElement {
     std::string_view element;
     /// Among those of that name, from 1; 0 where there is only one.
     std::size_t index;
 };
 
 /// "camera[uid=2]/keyframe[1]/time" for the node "camera[uid=2]".
-std::string describePath(const std::string& node, std::span<const ElementStep> steps);
+std::string describePath(const std::string& node, std::span<const VisitedElement> steps);
 
 /// Finds the elements of nodes in the text of a document that was read, so that messages can name their places. Parses
 /// the text of a node when it is asked for one of its elements.
@@ -24,7 +25,7 @@ class ElementFinder {
 
     /// The offset of the element that the steps lead to from the node whose element begins at `node_offset`; of the one
     /// nearest to it if it isn't there.
-    std::size_t find(std::size_t node_offset, std::span<const ElementStep> steps);
+    std::size_t find(std::size_t node_offset, std::span<const VisitedElement> steps);
 
     /// What is known of an element at an offset.
     struct Found {
