@@ -150,7 +150,7 @@ class ValueList {
 
     const ComparedDocument& document;
     FileContents& files;
-    std::vector<ElementStep> steps;
+    std::vector<VisitedElement> steps;
 };
 
 class OffsetList final : public ReadingListener {

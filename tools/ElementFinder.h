@@ -7,7 +7,6 @@
 #include <string_view>
 
 /// An element on the way from a node to one of its values.
-/// A step of a path through visited elements.
 struct VisitedElement {
     std::string_view element;
     /// Among those of that name, from 1; 0 where there is only one.
