@@ -4,7 +4,6 @@
 #include "tools/Console.h"
 #include "tools/MeshSearch.h"
 #include "tools/OutputFile.h"
-#include "utils/MappedFile.h"
 #include "utils/PlatformUtils.h"
 
 #include <algorithm>
@@ -54,6 +53,18 @@ std::optional<StoreEntry> parseEntry(std::string_view line) {
     }
 }
 
+/// The content of a file that other processes may have open for writing, which keeps Windows from mapping it.
+std::string readShared(const std::string& path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(System::openFile(path), &std::fclose);
+    std::string text;
+    char block[65536];
+    while (const std::size_t size = file == nullptr ? 0 : std::fread(block, 1, sizeof block, file.get()))
+        text.append(block, size);
+    if (file == nullptr || std::ferror(file.get()) != 0)
+        throw Failure(path + ": can't be read: " + PlatformUtils::getLastErrorText());
+    return text;
+}
+
 std::vector<System::DirectoryEntry> list(const std::string& path) {
     std::vector<System::DirectoryEntry> entries;
     if (!System::listDirectory(path, entries))
@@ -90,8 +101,8 @@ void MeshStore::load() {
 }
 
 void MeshStore::loadFile(const std::string& path) {
-    const MappedFile file(path);
-    std::string_view rest = file.getText();
+    const std::string text = readShared(path);
+    std::string_view rest = text;
     for (std::size_t number = 1;; ++number) {
         const std::size_t end = rest.find('\n');
         // Without its end, a line is one that a process is writing or was killed at.
