@@ -31,6 +31,12 @@ std::string toText(const std::filesystem::path& path) {
     return FileUtils::toBackslashes(std::string(text.begin(), text.end()));
 }
 
+/// On another drive there is no way from the folder.
+std::filesystem::path seenFrom(const std::filesystem::path& folder, const std::filesystem::path& file) {
+    const std::filesystem::path relative = file.lexically_relative(folder);
+    return relative.empty() ? file : relative;
+}
+
 void runPass(SceneNodeRoot& scene, TraversalState& state) {
     for (const Reference<SceneNode>& child : scene.children())
         child->traverse(state);
@@ -69,6 +75,10 @@ bool isAbsolutePath(std::string_view path) {
     return FileUtils::join("folder", path) == path;
 }
 
+std::string getNameInDocument(const std::string& document, const std::string& file) {
+    return toText(seenFrom(getRealPath(document).parent_path(), getRealPath(file)));
+}
+
 std::vector<std::string> getFileNames(SceneNodeRoot& scene) {
     TraversalState state(TraversalKind::GetDependencies, String(), String());
     runPass(scene, state);
@@ -96,10 +106,7 @@ void rebaseFiles(SceneNodeRoot& scene, const std::string& from, const std::strin
     for (const std::string& name : getFileNames(scene)) {
         std::string& new_name = new_names[name] = name;
         if (same_folder || isAbsolutePath(name)) continue;
-        const std::filesystem::path file = getRealPath(files.locate(name));
-        const std::filesystem::path relative = file.lexically_relative(folder);
-        // On another drive there is no way from the folder.
-        new_name = toText(relative.empty() ? file : relative);
+        new_name = toText(seenFrom(folder, getRealPath(files.locate(name))));
     }
     renameFiles(scene, new_names);
 }

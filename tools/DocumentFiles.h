@@ -41,6 +41,9 @@ class DocumentFiles {
 /// paths stay, and so do all when both documents are in one folder.
 void rebaseFiles(Velmar::SceneNodeRoot& scene, const std::string& from, const std::string& to);
 
+/// The path by which a document names a file as seen from its folder, or an absolute one where no way leads there.
+std::string getNameInDocument(const std::string& document, const std::string& file);
+
 /// The paths of all files that the scene names, each once.
 std::vector<std::string> getFileNames(Velmar::SceneNodeRoot& scene);
 

@@ -1,5 +1,6 @@
 #include "tools/SceneOutput.h"
 
+#include "tools/DocumentFiles.h"
 #include "tools/MeshFile.h"
 #include "tools/MeshSearch.h"
 #include "tools/MeshStore.h"
@@ -9,7 +10,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <filesystem>
 #include <memory>
 #include <optional>
 
@@ -110,15 +110,6 @@ std::string enterDirectoryOf(const std::string& path) {
     return System::enterDirectory(directory) ? Text::fileName(path) : path;
 }
 
-/// A path as seen from a folder, both absolute; or the path itself, if no way leads there.
-std::string seenFrom(const std::string& folder, const std::string& path) {
-    const auto convert = [](const std::string& text) {
-        return std::filesystem::path(std::u8string(text.begin(), text.end()));
-    };
-    const std::u8string relative = convert(path).lexically_relative(convert(folder)).generic_u8string();
-    return relative.empty() ? path : std::string(relative.begin(), relative.end());
-}
-
 /// Lets the document name its meshes in the store, and the store's manifest the document: its meshes are in use.
 void useStore(SceneBuilder& scene, const std::string& document, const std::string& store_folder) {
     using namespace std::chrono;
@@ -131,10 +122,8 @@ void useStore(SceneBuilder& scene, const std::string& document, const std::strin
         entry.converted = duration_cast<nanoseconds>(system_clock::now().time_since_epoch()).count();
         store.append(entry);
     }
-    const std::string folder = FileUtils::getDirectory(document);
-    scene.nameMeshFiles([&](std::uint64_t checksum) {
-        return FileUtils::toBackslashes(seenFrom(folder, System::getAbsolutePath(store.getMeshPath(checksum))));
-    });
+    scene.nameMeshFiles(
+        [&](std::uint64_t checksum) { return getNameInDocument(document, store.getMeshPath(checksum)); });
 }
 
 } // namespace

@@ -104,7 +104,8 @@ bool isWriteProtected(std::string_view path);
 /// Opens a file for binary reading. Returns null when that fails. The caller closes it.
 std::FILE* openFile(std::string_view path);
 
-/// Opens a file to append to it, which makes it if it doesn't exist. Returns null when that fails. The caller closes it.
+/// Opens a file to append to it, which makes it if it doesn't exist. Returns null when that fails. The caller closes
+/// it.
 std::FILE* openForAppending(std::string_view path);
 
 /// Makes an empty file. Returns whether that worked; not so where anything exists.
