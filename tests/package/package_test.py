@@ -14,6 +14,7 @@ import shutil
 import subprocess
 import sys
 import unittest
+import xml.etree.ElementTree
 
 PACKAGE_JSON, WORK, TOOLCHAIN, EMULATOR, C_COMPILER, CXX_COMPILER = sys.argv[1:7]
 PACKAGE = json.loads(pathlib.Path(PACKAGE_JSON).read_text(encoding="utf-8"))
@@ -216,6 +217,18 @@ class Package(unittest.TestCase):
             variables={"PYTHONPATH": str(TREE / "share" / "velmar" / "python"), "VELMAR_LIBRARY": ""})
         self.assert_is_document(folder / "waves.xml")
         self.assertEqual(len(list(folder.glob("waves_meshes/*.vmmesh"))), 1)
+
+    def test_project_for_csharp_names_what_is_there(self):
+        project = TREE / "share" / "velmar" / "csharp" / "Velmar" / "Velmar.csproj"
+        root = xml.etree.ElementTree.parse(project).getroot()
+        self.assertEqual((root.tag, root.get("Sdk")), ("Project", "Microsoft.NET.Sdk"))
+        self.assertEqual(root.findtext("PropertyGroup/Version"), PACKAGE["version"])
+        # Its sources are all next to it.
+        self.assertIn("Scene.cs", [path.name for path in project.parent.glob("*.cs")])
+        folder = root.findtext("PropertyGroup/NativeFolder").replace("$(MSBuildThisFileDirectory)", f"{project.parent}/")
+        named = [pathlib.Path(content.get("Include").replace("$(NativeFolder)", folder)) for content in root.iter("Content")]
+        self.assertEqual([path.resolve().relative_to(TREE.resolve()).parent.as_posix() for path in named], ["bin", "lib"])
+        self.assertTrue(named[0 if WINDOWS else 1].is_file())
 
     def test_the_tool_draws_pictures(self):
         folder = self.room()
