@@ -2,7 +2,6 @@
 #include "tools/Console.h"
 #include "tools/FolderConversion.h"
 #include "tools/MeshFile.h"
-#include "tools/StoreConversion.h"
 #include "tools/System.h"
 
 #include <algorithm>

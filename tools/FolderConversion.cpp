@@ -172,15 +172,11 @@ std::string replaceExtension(const std::string& path, const std::string& extensi
 } // namespace
 
 std::uint64_t estimateMemory(const std::string& path) {
-    try {
-        // The mapped file and the mesh, or its compressed form and the mesh: at most 2.8 times the file in the
-        // benchmarks; compressed files may hold much more than their size.
-        const std::uint64_t factor = Velmar::getMeshFormat(path) == "vmmesh" ? 12 : 4;
-        return factor * MappedFile(path).getSize();
-    } catch (...) {
-        // Reading it reports what is wrong.
-        return 0;
-    }
+    // The mapped file and the mesh, or its compressed form and the mesh: at most 2.8 times the file in the benchmarks;
+    // compressed files may hold much more than their size. Reading it reports a file that isn't there.
+    const std::uint64_t factor = Velmar::getMeshFormat(path) == "vmmesh" ? 12 : 4;
+    const auto stamp = System::getStamp(path);
+    return stamp ? factor * stamp->size : 0;
 }
 
 Velmar::ImportedMesh readForConversion(const std::string& path, const ConversionSettings& settings) {

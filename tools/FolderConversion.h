@@ -34,6 +34,13 @@ Velmar::ImportedMesh readForConversion(const std::string& path, const Conversion
 /// `UsageError` when both are one folder, `Failure` when one can't be used, and `ReportedFailure` when anything failed.
 void convertFolder(const std::string& input, const std::string& output, const ConversionSettings& settings);
 
+/// Converts a mesh file, or every mesh file below a folder if `recursive`, into the store of meshes `store_folder`,
+/// which is made where it doesn't exist. Files that didn't change since they were converted are left out. Reports files
+/// that fail and continues; prints a summary at the end. Throws `UsageError` for a folder if not `recursive`, `Failure`
+/// when a folder can't be used, and `ReportedFailure` when anything failed.
+void convertIntoStore(const std::string& input, bool recursive, const std::string& store_folder,
+                      const ConversionSettings& settings);
+
 /// The names of the converted files, in the order of `files`: with `extension` in place of the old, or after
 /// it where several would get one name. No two differ in the case of letters alone, unless the files do.
 std::vector<std::string> nameConverted(const std::vector<std::string>& files, const std::string& extension);

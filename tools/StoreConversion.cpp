@@ -1,6 +1,5 @@
-#include "tools/StoreConversion.h"
-
 #include "tools/Console.h"
+#include "tools/FolderConversion.h"
 #include "tools/MeshFile.h"
 #include "tools/MeshSearch.h"
 #include "tools/MeshStore.h"
