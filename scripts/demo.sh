@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Makes a picture and a scene of a real mesh, the Stanford bunny: first the native build draws it, then the Windows build draws and
-# exports it, and the result is shown. The native build must give the same scene.
+# exports it, and the result is shown. The native build must give the same scene. What only the Windows build needs is installed
+# when the first picture is there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -16,6 +17,11 @@ compile() {
         { tail -n 50 "$log" >&2; die "building $preset failed; the whole output is in $log"; }
 }
 
+scripts/setup.sh native
+# A build of the product alone, unless there is one with the tests.
+native=linux-demo
+[ ! -e build/linux/build.ninja ] || native=linux
+
 model=$(dpkg -L glmark2-data 2>/dev/null | grep '/bunny\.obj$') || die "the package glmark2-data is missing; ./dev setup installs it"
 
 # One instruction set and one seed, so that both builds draw the same.
@@ -23,15 +29,18 @@ export VELMAR_PREVIEW_ISA=sse2
 picture=(--width 640 --height 360 --samples 16)
 
 say "building velmar for Linux"
-compile linux velmar
+compile "$native" velmar
 
 rm -rf demo
 mkdir -p demo/native
 cp "$model" demo/bunny.obj
 
 say "velmar render bunny.obj bunny.png"
-(cd demo && ../build/linux/velmar render -q "${picture[@]}" bunny.obj bunny.png)
+(cd demo && "../build/$native/velmar" render -q "${picture[@]}" bunny.obj bunny.png)
 printf 'the picture: demo/bunny.png\n'
+
+say "installing what the Windows build needs (a few minutes the first time)"
+scripts/setup.sh
 
 say "building VelmarAPI.dll and velmar.exe (a few minutes the first time)"
 compile windows velmar wineprefix render_in_c
@@ -65,7 +74,7 @@ mesh=$(cd demo && ls -S scene_meshes/*.vmmesh | head -n 1)
 say "velmar.exe info ${mesh//\//\\}"
 (cd demo && ../build/windows/wine ../build/windows/velmar.exe info "$mesh" | tr -d '\r')
 
-(cd demo/native && ../../build/linux/velmar export --quiet ../bunny.obj scene.xml)
+(cd demo/native && "../../build/$native/velmar" export --quiet ../bunny.obj scene.xml)
 diff -r demo/scene_meshes demo/native/scene_meshes || die "the two builds wrote different meshes"
 tr -d '\r' <demo/scene.xml | cmp - demo/native/scene.xml || die "the two builds wrote different documents"
 say "the native build wrote the same scene, byte for byte except for the line ends (demo/native/)"

@@ -1,5 +1,7 @@
 #include "tools/MeshMeasures.h"
 
+#include "tools/Placement.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -16,10 +18,6 @@ namespace {
 
 Vec3d subtract(const Vec3f& a, const Vec3f& b) {
     return {double{a.x} - b.x, double{a.y} - b.y, double{a.z} - b.z};
-}
-
-Vec3d cross(const Vec3d& a, const Vec3d& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
 double dot(const Vec3d& a, const Vec3d& b) {

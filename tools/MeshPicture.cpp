@@ -40,14 +40,6 @@ constexpr Vec3d towards_light = {-0.53, 0.66, 0.53};
 constexpr double samples = 16;
 constexpr double camera_distance = 2;
 
-Vec3d cross(const Vec3d& a, const Vec3d& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
-double getLength(const Vec3d& v) {
-    return std::hypot(v.x, v.y, v.z);
-}
-
 Vec3d subtract(const Vec3d& a, const Vec3d& b) {
     return {a.x - b.x, a.y - b.y, a.z - b.z};
 }

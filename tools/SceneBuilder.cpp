@@ -44,10 +44,6 @@ double roundToSize(double value, double size) {
 
 namespace {
 
-double getLength(const Vec3d& v) {
-    return std::hypot(v.x, v.y, v.z);
-}
-
 double getLensDistance(double fov) {
     return roundToSize(0.5 * sensor_width / std::tan(toRadians(fov) / 2), sensor_width);
 }
