@@ -27,7 +27,7 @@ const char* textOf(const std::exception& exception) {
     return text;
 }
 
-int initialize(VelmarContext* context) {
+int initialize(::VelmarContext* context) {
     try {
         Velmar::String error;
         printLine(LineStream::output, {"This is where it stops."});
@@ -47,11 +47,11 @@ int initialize(VelmarContext* context) {
 
 } // namespace
 
-VelmarContext* VelmarContext_Create() {
-    return Velmar::toHandle<VelmarContext>(new Velmar::VelmarContext);
+::VelmarContext* VelmarContext_Create() {
+    return Velmar::toHandle<::VelmarContext>(new Velmar::VelmarContext);
 }
 
-int VelmarContext_Initialize(VelmarContext* context) {
+int VelmarContext_Initialize(::VelmarContext* context) {
     if (context == nullptr) {
         printLine(LineStream::error, {"Context doesn't exist! Did you forget to create it?"});
         return -1;

@@ -16,7 +16,7 @@ Velmar::RendererImpl& implOf(VelmarRenderer* renderer) {
     return Velmar::fromHandle(renderer)->getImpl();
 }
 
-void initialiseWithScene(VelmarRenderer* renderer, VelmarContext* context_handle, VelmarScene* scene_handle) {
+void initialiseWithScene(VelmarRenderer* renderer, ::VelmarContext* context_handle, VelmarScene* scene_handle) {
     const Velmar::HeldForCall held_context(Velmar::fromHandle(context_handle));
     const Velmar::HeldForCall held_scene(Velmar::fromHandle(scene_handle));
     const Reference<Velmar::RenderBuffer> render_buffer(
@@ -34,7 +34,7 @@ void initialiseWithScene(VelmarRenderer* renderer, VelmarContext* context_handle
 
 } // namespace
 
-VelmarRenderer* VelmarRenderer_Create(VelmarContext* context) {
+VelmarRenderer* VelmarRenderer_Create(::VelmarContext* context) {
     // An exception of the library needs the library until it is caught, and the context keeps the library loaded.
     const Velmar::HeldForCall held(Velmar::fromHandle(context));
     return Velmar::passOnLibraryExceptions([context] {
@@ -43,7 +43,7 @@ VelmarRenderer* VelmarRenderer_Create(VelmarContext* context) {
     });
 }
 
-void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, VelmarContext* context, VelmarScene* scene) {
+void VelmarRenderer_InitializeWithScene(VelmarRenderer* renderer, ::VelmarContext* context, VelmarScene* scene) {
     Velmar::passOnLibraryExceptions([=] { initialiseWithScene(renderer, context, scene); });
 }
 

@@ -89,7 +89,7 @@ function(velmar_compile_together target)
     if(DEFINED CMAKE_UNITY_BUILD)
         return()
     endif()
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
     # System headers define macros with common names.
     get_target_property(sources ${target} SOURCES)
     list(FILTER sources INCLUDE REGEX "(_(win|posix)\\.cpp|\\.c)$")

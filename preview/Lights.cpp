@@ -7,12 +7,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace Preview {
 
 namespace {
 
-constexpr std::uint32_t diffuse_material = 1;
 constexpr std::uint32_t sun_sky_material = 10;
 
 /// For choosing alone: an image counts as white.
@@ -94,9 +94,8 @@ Lights::Lights(const World& world_) : world(&world_) {
         }
     }
     const std::vector<SphereShape>& spheres = world->getSpheres();
-    constexpr double pi = 3.14159265358979323846;
     for (std::uint32_t i = 0; i < spheres.size(); ++i)
-        add({i, 0, sphere_kind, false}, 4 * pi * double{spheres[i].radius} * double{spheres[i].radius},
+        add({i, 0, sphere_kind, false}, 4 * std::numbers::pi * double{spheres[i].radius} * double{spheres[i].radius},
             world->surfaceOf(spheres[i]));
 }
 

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numbers>
 
 namespace Preview {
 
 namespace {
 
-constexpr float pi = 3.14159265358979f;
+constexpr float pi = std::numbers::pi_v<float>;
 /// After so many reflections paths are ended by chance, the darker the sooner.
 constexpr std::uint32_t certain_bounces = 3;
 constexpr float max_survival = 0.95f;

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace Preview {
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
 /// Illuminance of the sun outside the atmosphere, in lux.
 constexpr double solar_illuminance_constant = 128000.0;
 
@@ -46,7 +46,7 @@ void Sky::setUpSky(double t) {
     y_of = {-0.0167 * t - 0.2608, -0.0950 * t + 0.0092, -0.0079 * t + 0.2102,
             -0.0441 * t - 1.6537, -0.0109 * t + 0.0529, 1.0};
 
-    const double chi = (4.0 / 9.0 - t / 120.0) * (pi - 2 * theta);
+    const double chi = (4.0 / 9.0 - t / 120.0) * (std::numbers::pi - 2 * theta);
     const double kilocandelas = std::max(0.0, (4.0453 * t - 4.9710) * std::tan(chi) - 0.2155 * t + 2.4192);
     const double theta2 = theta * theta;
     const double theta3 = theta2 * theta;
@@ -70,7 +70,7 @@ void Sky::setUpSun(double turbidity, bool extra_atmospheric) {
     }
     if (sun.z <= 0.0f) return;
     const double theta = std::acos(std::min(double{sun.z}, 1.0));
-    const double mass = 1.0 / (std::cos(theta) + 0.15 * std::pow(93.885 - theta * 180.0 / pi, -1.253));
+    const double mass = 1.0 / (std::cos(theta) + 0.15 * std::pow(93.885 - theta * 180.0 / std::numbers::pi, -1.253));
     const double beta = 0.04608365822050 * turbidity - 0.04586025928522;
     // Micrometres, and the absorption of ozone per centimetre.
     constexpr double wavelengths[3] = {0.610, 0.550, 0.465};

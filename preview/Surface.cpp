@@ -10,12 +10,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace Preview {
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
 constexpr Vec3 default_albedo = {0.8f, 0.8f, 0.8f};
 
 // Kinds of parameters, spectra and materials by the codes of their slots.
@@ -23,7 +23,6 @@ constexpr std::uint32_t constant_param = 0;
 constexpr std::uint32_t texture_param = 2;
 constexpr std::uint32_t rgb_spectrum = 2;
 constexpr std::uint32_t uniform_spectrum = 4;
-constexpr std::uint32_t diffuse_material = 1;
 
 /// A parameter that is backed by an image: its record follows the base.
 struct TextureParam : Velmar::WavelengthDependentParam {
@@ -97,13 +96,13 @@ double luminanceOf(const Velmar::EmissionScale& scale, double area, bool two_sid
     const double value = std::isfinite(scale.value) ? std::max(scale.value, 0.0) : 0.0;
     switch (scale.measure) {
     case Velmar::EmissionScale::luminous_flux:
-        return area > 0.0 ? value / (pi * area * (two_sided ? 2.0 : 1.0)) : -1.0;
+        return area > 0.0 ? value / (std::numbers::pi * area * (two_sided ? 2.0 : 1.0)) : -1.0;
     case Velmar::EmissionScale::luminous_intensity:
         return area > 0.0 ? value / area : -1.0;
     case Velmar::EmissionScale::luminance:
         return value;
     case Velmar::EmissionScale::luminous_emittance:
-        return value / pi;
+        return value / std::numbers::pi;
     default:
         return -1.0;
     }

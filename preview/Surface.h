@@ -18,6 +18,9 @@
 
 namespace Preview {
 
+/// The kind of a diffuse material, as its slot returns it.
+constexpr std::uint32_t diffuse_material = 1;
+
 /// A colour that is constant or comes from an image.
 struct ColourSource {
     Vec3 constant;

@@ -31,7 +31,7 @@ class ThreadSafeRefCounted : public Velmar::SdkAllocated {
     mutable std::atomic<std::int64_t> refcount{0};
 };
 
-static_assert(sizeof(ThreadSafeRefCounted) == 16);
+static_assert(sizeof(::ThreadSafeRefCounted) == 16);
 
 namespace quorl {
 

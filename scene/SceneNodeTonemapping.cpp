@@ -7,10 +7,10 @@ namespace Velmar {
 
 namespace {
 
-constexpr FieldList fields(&SceneNodeTonemapping::scale, &SceneNodeTonemapping::pre_scale,
-                           &SceneNodeTonemapping::post_scale, &SceneNodeTonemapping::burn,
-                           &SceneNodeTonemapping::response_function_path, &SceneNodeTonemapping::film_iso,
-                           &SceneNodeTonemapping::ev_adjust, &SceneNodeTonemapping::tone_mapper_kind);
+constexpr FieldList tonemapping_fields(&SceneNodeTonemapping::scale, &SceneNodeTonemapping::pre_scale,
+                                       &SceneNodeTonemapping::post_scale, &SceneNodeTonemapping::burn,
+                                       &SceneNodeTonemapping::response_function_path, &SceneNodeTonemapping::film_iso,
+                                       &SceneNodeTonemapping::ev_adjust, &SceneNodeTonemapping::tone_mapper_kind);
 
 } // namespace
 
@@ -21,7 +21,7 @@ SceneNodeTonemapping::SceneNodeTonemapping() : Destroyable(NodeType::ToneMapping
 Reference<SceneNode>* SceneNodeTonemapping::cloneInto(Reference<SceneNode>* result) const {
     const Reference<SceneNodeTonemapping> copy(new SceneNodeTonemapping);
     copyBaseFields(*this, *copy);
-    fields.copy(*this, *copy);
+    tonemapping_fields.copy(*this, *copy);
     return constructResult(result, copy);
 }
 
@@ -31,7 +31,7 @@ void SceneNodeTonemapping::writeXML(OStream& stream, std::uint32_t depth, const 
 
 bool SceneNodeTonemapping::isEqual(const SceneNode* other) const {
     if (!isBaseEqual(*other) || other->getType() != NodeType::ToneMapping) return false;
-    return fields.areEqual(*this, static_cast<const SceneNodeTonemapping&>(*other));
+    return tonemapping_fields.areEqual(*this, static_cast<const SceneNodeTonemapping&>(*other));
 }
 
 } // namespace Velmar

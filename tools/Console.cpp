@@ -18,6 +18,10 @@ void printError(const std::string& message) {
     std::fprintf(stderr, "velmar: %s\n", Text::printable(message).c_str());
 }
 
+void printResult(const std::string& line) {
+    std::printf("%s\n", Text::printable(line).c_str());
+}
+
 void printNote(const std::string& message) {
     std::fprintf(stderr, "velmar: note: %s\n", Text::printable(message).c_str());
 }
@@ -181,6 +185,10 @@ std::string number(float value) {
     char digits[32];
     const auto end = std::to_chars(digits, digits + sizeof digits, value);
     return {digits, end.ptr};
+}
+
+std::string point(const Velmar::Vec3f& p) {
+    return '(' + number(p.x) + ", " + number(p.y) + ", " + number(p.z) + ')';
 }
 
 std::string row(std::string_view name, std::string_view value) {

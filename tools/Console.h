@@ -1,5 +1,7 @@
 #pragma once
 
+#include "velmarvec.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -38,6 +40,9 @@ void printError(const std::string& message);
 
 /// Prints a line about something that the user may not expect, but that doesn't keep the work from being done.
 void printNote(const std::string& message);
+
+/// Prints a line of a result on the standard output, with control characters as \xNN.
+void printResult(const std::string& line);
 
 /// The text of the exception being handled, of whatever class. Only to be called in a handler.
 std::string getCurrentMessage();
@@ -98,6 +103,9 @@ std::string faceCounts(std::uint64_t vertices, std::uint64_t triangles, std::uin
 
 /// The shortest digits that read back as the same number, whatever the locale.
 std::string number(float value);
+
+/// "(1, 0.5, 2)".
+std::string point(const Velmar::Vec3f& p);
 
 /// A line of a table with a name in front.
 std::string row(std::string_view name, std::string_view value);

@@ -29,12 +29,8 @@ struct DiffOptions {
 // ---- as text
 
 /// "camera "Camera"".
-std::string describeNode(const SceneNode& node) {
+std::string titleOf(const SceneNode& node) {
     return std::string(getElement(node)) + " \"" + toStdString(node.getName()) + '"';
-}
-
-std::string describePoint(const Vec3f& p) {
-    return '(' + Text::number(p.x) + ", " + Text::number(p.y) + ", " + Text::number(p.z) + ')';
 }
 
 struct ShownValue {
@@ -49,7 +45,7 @@ struct ShownValue {
     std::string operator()(const NodeValue::Target& target) const {
         if (target.node == nullptr) return "nothing";
         if (target.identity == Digest{}) return "nothing, uid " + std::to_string(target.node->getUID());
-        return describeNode(*target.node) + " (uid " + std::to_string(target.node->getUID()) + ')';
+        return titleOf(*target.node) + " (uid " + std::to_string(target.node->getUID()) + ')';
     }
     std::string operator()(const NodeValue::File& file) const {
         const FileContent& content = *file.content;
@@ -58,8 +54,7 @@ struct ShownValue {
         const MeshFacts& mesh = *content.mesh;
         return "mesh " + std::to_string(mesh.checksum) + " (" +
                Text::faceCounts(mesh.vertices, mesh.triangles, mesh.quads) +
-               (mesh.bounds ? ", " + describePoint(mesh.bounds->first) + " to " + describePoint(mesh.bounds->second)
-                            : "") +
+               (mesh.bounds ? ", " + Text::point(mesh.bounds->first) + " to " + Text::point(mesh.bounds->second) : "") +
                ')';
     }
 };
@@ -75,10 +70,6 @@ std::string show(const std::optional<NodeValue::Content>& value) {
     return text.substr(0, end) + "...";
 }
 
-void printLine(const std::string& line) {
-    std::printf("%s\n", Text::printable(line).c_str());
-}
-
 /// "scene.xml:3".
 std::string placeOf(ComparedDocument& document, std::size_t index) {
     return document.getPath() + ':' + std::to_string(document.getLine(index));
@@ -90,20 +81,20 @@ class Printer {
 
     void print(const NodeChange& change) {
         if (!change.b)
-            printLine("- " + describeNode(a.getNode(*change.a)) + " (" + placeOf(a, *change.a) + ')');
+            printResult("- " + titleOf(a.getNode(*change.a)) + " (" + placeOf(a, *change.a) + ')');
         else if (!change.a)
-            printLine("+ " + describeNode(b.getNode(*change.b)) + " (" + placeOf(b, *change.b) + ')');
+            printResult("+ " + titleOf(b.getNode(*change.b)) + " (" + placeOf(b, *change.b) + ')');
         else
             printChanged(change);
     }
 
   private:
     void printChanged(const NodeChange& change) {
-        printLine("~ " + describeNode(a.getNode(*change.a)) + " (" + placeOf(a, *change.a) + ", " +
-                  placeOf(b, *change.b) + ')');
+        printResult("~ " + titleOf(a.getNode(*change.a)) + " (" + placeOf(a, *change.a) + ", " + placeOf(b, *change.b) +
+                    ')');
         for (const ValueChange& value : compareValues(a, b, change, tolerance)) {
             const std::string name = value.element.empty() ? "content" : value.element;
-            printLine("    " + name + ": " + show(value.a) + " -> " + show(value.b));
+            printResult("    " + name + ": " + show(value.a) + " -> " + show(value.b));
         }
     }
 

@@ -6,6 +6,7 @@
 #include "tools/CameraView.h"
 #include "tools/Console.h"
 #include "tools/DocumentFiles.h"
+#include "tools/DocumentReferences.h"
 #include "tools/ElementFinder.h"
 #include "tools/MeshFile.h"
 #include "tools/NumberRules.h"
@@ -68,10 +69,6 @@ class Findings {
 
 std::string describeUID(UID uid) {
     return std::to_string(uid);
-}
-
-bool isGeometry(NodeType type) {
-    return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
 }
 
 /// A node that the document only refers to, which the reader adds.

@@ -1,6 +1,7 @@
 #include "tools/DocumentDiff.h"
 
 #include "scene/reading/ElementVisitor.h"
+#include "tools/DocumentReferences.h"
 
 #include <algorithm>
 #include <array>
@@ -30,12 +31,6 @@ Digest combine(const Parts&... parts) {
     };
     (add(parts), ...);
     return Digest::of(bytes);
-}
-
-/// Kinds of which a scene mostly has one.
-bool isSingle(NodeType type) {
-    return type == NodeType::Camera || type == NodeType::RenderSettings || type == NodeType::ToneMapping ||
-           type == NodeType::BackgroundSettings;
 }
 
 /// Matches the nodes of two documents.

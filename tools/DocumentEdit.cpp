@@ -29,7 +29,7 @@ namespace {
 using Place = std::pair<std::string, std::string>;
 
 /// What the descriptions of the elements say about a text.
-class Findings final : public ReadingListener {
+class ElementsRead final : public ReadingListener {
   public:
     void onNode(const SceneNode& node, std::size_t) override {
         inside = {std::string(getElement(node))};
@@ -77,7 +77,7 @@ class Findings final : public ReadingListener {
 };
 
 /// Reads a node. Throws `SceneDocumentError`.
-void readNode(const std::string& node, Findings& findings) {
+void readNode(const std::string& node, ElementsRead& findings) {
     std::vector<UnknownElement> unknown;
     SceneReadRequest request;
     request.listener = &findings;
@@ -110,22 +110,22 @@ std::string valueText(const std::string& value) {
 }
 
 /// A part of a text.
-struct Range {
+struct TextRange {
     std::size_t start;
     std::size_t end;
 };
 
-Range rangeOf(std::string_view text, const pugi::xml_node& element) {
+TextRange rangeOf(std::string_view text, const pugi::xml_node& element) {
     const auto start = static_cast<std::size_t>(element.offset_debug() - 1);
     return {start, Markup::skipElement(text, start)};
 }
 
-std::string replaced(std::string_view text, Range range, const std::string& by) {
+std::string replaced(std::string_view text, TextRange range, const std::string& by) {
     return std::string(text.substr(0, range.start)).append(by).append(text.substr(range.end));
 }
 
 /// The text with `content` as the last in the element at `range`.
-std::string appended(std::string_view text, Range range, const std::string& content) {
+std::string appended(std::string_view text, TextRange range, const std::string& content) {
     std::string element(text.substr(range.start, range.end - range.start));
     if (element.ends_with("/>")) {
         const std::string name(Markup::nameInTag(element, 0));
@@ -287,7 +287,7 @@ struct DocumentEdit::Change {
     std::vector<Place> places;
     bool is_new = false;
     /// Of the element in the former text, if it is there.
-    std::optional<Range> former;
+    std::optional<TextRange> former;
 };
 
 void DocumentEdit::changeNode(std::size_t node, const ElementPath& element, const std::string* value) {
@@ -340,13 +340,13 @@ void DocumentEdit::changeNode(std::size_t node, const ElementPath& element, cons
         change.text = appended(before, rangeOf(before, at), content);
     }
 
-    Findings findings;
+    ElementsRead findings;
     try {
         readNode(change.text, findings);
     } catch (const SceneDocumentError& error) {
         failHere(error.fault);
     }
-    Findings former;
+    ElementsRead former;
     readNode(before, former);
     for (const Place& place : change.places) {
         if (value == nullptr) break;
@@ -356,7 +356,7 @@ void DocumentEdit::changeNode(std::size_t node, const ElementPath& element, cons
             const std::string parent(nodes[node].element);
             const std::string alone =
                 elementText(parent, "<uid>1</uid><name/>" + elementText(place.second, valueText(*value)));
-            Findings of_alone;
+            ElementsRead of_alone;
             bool is_alternative = place.first == parent;
             try {
                 if (is_alternative) readNode(alone, of_alone);

@@ -8,11 +8,16 @@
 
 using namespace Velmar;
 
-namespace {
-
 bool isGeometry(NodeType type) {
     return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
 }
+
+bool isSingle(NodeType type) {
+    return type == NodeType::Camera || type == NodeType::RenderSettings || type == NodeType::ToneMapping ||
+           type == NodeType::BackgroundSettings;
+}
+
+namespace {
 
 /// Visits the description of a node, of which it notes the references alone.
 class ReferenceFinder {

@@ -5,6 +5,12 @@
 #include <string>
 #include <vector>
 
+/// Whether models can be of a node of this kind.
+bool isGeometry(Velmar::NodeType type);
+
+/// Whether a scene mostly has one node of this kind.
+bool isSingle(Velmar::NodeType type);
+
 /// A reference of a node to another one.
 struct NodeReference {
     /// Where it is.

@@ -20,7 +20,7 @@
 namespace {
 
 /// What became of one file.
-struct Outcome {
+struct ConvertedFile {
     /// As seen from the folder.
     std::string name;
     std::string from;
@@ -73,7 +73,7 @@ class FolderConversion {
 
     /// At the same time as others.
     void convert(std::size_t index) {
-        Outcome& outcome = outcomes[index];
+        ConvertedFile& outcome = outcomes[index];
         progress.show('[' + std::to_string(index + 1) + '/' + std::to_string(outcomes.size()) + "] " + outcome.name,
                       static_cast<double>(index) / static_cast<double>(outcomes.size()));
         try {
@@ -88,7 +88,7 @@ class FolderConversion {
         }
     }
 
-    void write(const Velmar::ImportedMesh& imported, Outcome& outcome) const {
+    void write(const Velmar::ImportedMesh& imported, ConvertedFile& outcome) const {
         try {
             makeFolders(FileUtils::getDirectory(outcome.to));
             outcome.file = std::make_unique<OutputFile>(outcome.to);
@@ -101,7 +101,7 @@ class FolderConversion {
 
     /// One file at a time, in order: of two that would become one file, the first does.
     void finish(std::size_t index) {
-        Outcome outcome = std::move(outcomes[index]);
+        ConvertedFile outcome = std::move(outcomes[index]);
         if (!outcome.notes.empty())
             progress.interrupt([&] { printNotes(outcome.from, outcome.notes, settings.quiet); });
         if (outcome.file != nullptr) commit(outcome);
@@ -111,7 +111,7 @@ class FolderConversion {
             fail(outcome.error);
     }
 
-    void commit(Outcome& outcome) {
+    void commit(ConvertedFile& outcome) {
         try {
             requireReplaceable(outcome);
             bytes_out += outcome.file->commit();
@@ -124,7 +124,7 @@ class FolderConversion {
     }
 
     /// Links and file systems that don't tell letters apart make one file of two names.
-    void requireReplaceable(const Outcome& outcome) {
+    void requireReplaceable(const ConvertedFile& outcome) {
         const auto identity = System::getIdentity(outcome.to);
         if (!identity) return;
         const std::lock_guard lock(mutex);
@@ -155,7 +155,7 @@ class FolderConversion {
     std::string output;
     ConversionSettings settings;
     Progress progress;
-    std::vector<Outcome> outcomes;
+    std::vector<ConvertedFile> outcomes;
     std::mutex mutex;
     /// The files that must not be replaced, and what they are.
     std::map<System::FileIdentity, std::string> untouchable;

@@ -83,10 +83,6 @@ std::string describeMaterials(const Mesh& mesh) {
     return text;
 }
 
-std::string describePoint(const Vec3f& p) {
-    return '(' + Text::number(p.x) + ", " + Text::number(p.y) + ", " + Text::number(p.z) + ')';
-}
-
 /// Six digits are as many as floats of this size mean.
 std::string describeMeasure(double value) {
     char text[40];
@@ -120,8 +116,7 @@ void printMesh(const MeshInfo& info) {
     printRow("quads", std::to_string(mesh.quads.size()));
     printRow("materials", describeMaterials(mesh));
     // The box of no vertices is inside out.
-    printRow("bounds",
-             mesh.verts.empty() ? "none" : describePoint(mesh.aabb_min) + " to " + describePoint(mesh.aabb_max));
+    printRow("bounds", mesh.verts.empty() ? "none" : Text::point(mesh.aabb_min) + " to " + Text::point(mesh.aabb_max));
     if (info.measures) printMeasures(*info.measures);
     printRow("checksum", std::to_string(mesh.checksum()));
     if (!info.fault.empty()) printRow("fault", info.fault);

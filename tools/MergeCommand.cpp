@@ -21,12 +21,6 @@ struct MergeOptions {
     bool quiet = false;
 };
 
-/// A scene has one of each of these.
-bool isSingle(NodeType type) {
-    return type == NodeType::Camera || type == NodeType::RenderSettings || type == NodeType::ToneMapping ||
-           type == NodeType::BackgroundSettings;
-}
-
 /// Among the nodes of another document, a UID that names nothing would name something.
 void requireBound(SceneNodeRoot& scene, const std::string& path) {
     for (const NodeReference& reference : findReferences(scene))

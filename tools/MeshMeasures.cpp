@@ -1,6 +1,6 @@
 #include "tools/MeshMeasures.h"
 
-#include "tools/Placement.h"
+#include "tools/Vec.h"
 
 #include <algorithm>
 #include <array>
@@ -15,14 +15,6 @@ using Velmar::Vec3d;
 using Velmar::Vec3f;
 
 namespace {
-
-Vec3d subtract(const Vec3f& a, const Vec3f& b) {
-    return {double{a.x} - b.x, double{a.y} - b.y, double{a.z} - b.z};
-}
-
-double dot(const Vec3d& a, const Vec3d& b) {
-    return a.x * b.x + a.y * b.y + a.z * b.z;
-}
 
 /// A number for each vertex, the same for vertices of equal position.
 std::vector<std::uint32_t> weld(const Mesh& mesh) {
@@ -72,6 +64,7 @@ class Measurement {
     void add(const std::uint32_t (&vertices)[corners]) {
         Face face;
         face.fill(0xFFFFFFFF);
+        using Vec::operator-;
         double area = 0;
         for (std::size_t i = 0; i < corners; ++i) {
             used[vertices[i]] = true;
@@ -79,14 +72,14 @@ class Measurement {
             addEdge(welded[vertices[i]], welded[vertices[(i + 1) % corners]]);
         }
         // From a vertex of the mesh, near which the numbers keep their digits.
-        const Vec3f& origin = mesh.verts[0];
+        const Vec3d origin = Vec::of(mesh.verts[0]);
         for (std::size_t i = 1; i + 1 < corners; ++i) {
-            const Vec3d a = subtract(mesh.verts[vertices[0]], origin);
-            const Vec3d b = subtract(mesh.verts[vertices[i]], origin);
-            const Vec3d c = subtract(mesh.verts[vertices[i + 1]], origin);
-            const Vec3d normal = cross({b.x - a.x, b.y - a.y, b.z - a.z}, {c.x - a.x, c.y - a.y, c.z - a.z});
-            area += std::sqrt(dot(normal, normal)) / 2;
-            sixfold_volume += dot(a, cross(b, c));
+            const Vec3d a = Vec::of(mesh.verts[vertices[0]]) - origin;
+            const Vec3d b = Vec::of(mesh.verts[vertices[i]]) - origin;
+            const Vec3d c = Vec::of(mesh.verts[vertices[i + 1]]) - origin;
+            const Vec3d normal = Vec::cross(b - a, c - a);
+            area += std::sqrt(Vec::dot(normal, normal)) / 2;
+            sixfold_volume += Vec::dot(a, Vec::cross(b, c));
         }
         std::sort(face.begin(), face.begin() + corners);
         const bool repeats = std::adjacent_find(face.begin(), face.begin() + corners) != face.begin() + corners;

@@ -6,6 +6,7 @@
 #include "tools/Console.h"
 #include "tools/SceneBuilder.h"
 #include "tools/System.h"
+#include "tools/Vec.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,6 +19,8 @@ using Velmar::Mesh;
 using Velmar::Reference;
 using Velmar::Vec3d;
 using Velmar::Vec3f;
+
+using Vec::operator-;
 
 namespace {
 
@@ -40,10 +43,6 @@ constexpr Vec3d towards_light = {-0.53, 0.66, 0.53};
 constexpr double samples = 16;
 constexpr double camera_distance = 2;
 
-Vec3d subtract(const Vec3d& a, const Vec3d& b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
-}
-
 // ---- the mesh in the picture's space: x to the right, y upwards, z towards the viewer
 // -------------------------------------
 
@@ -51,7 +50,7 @@ Vec3d subtract(const Vec3d& a, const Vec3d& b) {
 Placement makeRotation(const PictureView& view) {
     const Vec3d towards = getViewDirection(view.azimuth, view.elevation);
     const Vec3d right = getViewDirection(view.azimuth + 90, 0);
-    const Vec3d up = cross(towards, right);
+    const Vec3d up = Vec::cross(towards, right);
     const Placement rotation = {{right.x, right.y, right.z, up.x, up.y, up.z, towards.x, towards.y, towards.z}};
     return rotation.after(view.upright);
 }
@@ -63,7 +62,7 @@ class Framing {
         keepFinite(mesh.triangles);
         keepFinite(mesh.quads);
         const Box box = getBounds();
-        const Vec3d size = subtract(box.max, box.min);
+        const Vec3d size = box.max - box.min;
         if (!(size.x >= 0)) throw Failure("there are no faces to draw");
         if (size.x <= 0 && size.y <= 0) throw Failure("the faces have no extent to draw");
         if (!isSeen(mesh.triangles) && !isSeen(mesh.quads))
@@ -113,13 +112,13 @@ class Framing {
     bool isSeen(const Velmar::Vector<Face>& faces) const {
         const auto hasArea = [](const Vec3d& a, const Vec3d& b, const Vec3d& c) {
             // Of length 1, because squares of the smallest and the largest floats aren't numbers.
-            Vec3d ab = subtract(b, a);
-            Vec3d ac = subtract(c, a);
+            Vec3d ab = b - a;
+            Vec3d ac = c - a;
             for (Vec3d* const edge : {&ab, &ac}) {
                 const double length = getLength(*edge);
                 *edge = {edge->x / length, edge->y / length, edge->z / length};
             }
-            const Vec3d normal = cross(ab, ac);
+            const Vec3d normal = Vec::cross(ab, ac);
             return std::abs(normal.z) > 1e-6 * getLength(normal);
         };
         return std::any_of(faces.begin(), faces.end(), [&](const Face& face) {
@@ -135,7 +134,7 @@ class Framing {
             return Vec3f{static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
         };
         for (Vec3f& v : mesh.verts) {
-            const Vec3d offset = subtract(rotation.apply({v.x, v.y, v.z}), centre);
+            const Vec3d offset = rotation.apply(Vec::of(v)) - centre;
             v = store({offset.x * scale, offset.y * scale, offset.z * scale});
         }
         for (Vec3f& normal : mesh.normals)
@@ -149,11 +148,6 @@ class Framing {
 };
 
 // ---- the scene -----------------------------------------------------------------------------------------------------
-
-struct DeleteScene {
-    void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
-};
-using OwnedScene = std::unique_ptr<VelmarScene, DeleteScene>;
 
 Reference<Velmar::WavelengthDependentParam> makeValue(double value) {
     return new Velmar::ConstantWavelengthDependentParam(
@@ -212,8 +206,8 @@ void addLight(VelmarScene* scene) {
         return Vec3d{v.x / size, v.y / size, v.z / size};
     };
     const Vec3d direction = toUnit(towards_light);
-    const Vec3d across = toUnit(cross({0, 1, 0}, direction));
-    const Vec3d along = cross(direction, across);
+    const Vec3d across = toUnit(Vec::cross({0, 1, 0}, direction));
+    const Vec3d along = Vec::cross(direction, across);
     const Reference<Mesh> mesh(new Mesh);
     // The outer side, which emits, is the one towards the mesh.
     for (const auto& corner : {std::pair{-1, -1}, {-1, 1}, {1, 1}, {1, -1}}) {

@@ -22,52 +22,52 @@ struct Range {
 };
 
 constexpr bool above = false;
-constexpr bool from = true;
+constexpr bool at_least = true;
 
 /// Sorted by element.
 constexpr Range ranges[] = {
-    {"aperture_radius", "camera", 0, from},
-    {"blur", "mn_cubic", 0, from},
+    {"aperture_radius", "camera", 0, at_least},
+    {"blur", "mn_cubic", 0, at_least},
     {"burn", "reinhard", 0, above},
-    {"displacement_error_threshold", "mesh", 0, from},
-    {"emission_sampling_factor", "material", 0, from},
+    {"displacement_error_threshold", "mesh", 0, at_least},
+    {"emission_sampling_factor", "material", 0, at_least},
     {"exponent", "texture", 0, above},
-    {"exposure_duration", "camera", 0, from},
+    {"exposure_duration", "camera", 0, at_least},
     {"film_iso", "camera", 0, above},
     {"focus_distance", "camera", 0, above},
     {"gamma", "rgb", 0, above},
-    {"gpu_max_depth", "renderer_settings", 0, from},
-    {"height", "renderer_settings", 1, from},
+    {"gpu_max_depth", "renderer_settings", 0, at_least},
+    {"height", "renderer_settings", 1, at_least},
     {"image_save_period", "renderer_settings", 0, above},
-    {"large_mutation_prob", "renderer_settings", 0, from, 1},
+    {"large_mutation_prob", "renderer_settings", 0, at_least, 1},
     {"lens_sensor_dist", "camera", 0, above},
-    {"max_change", "renderer_settings", 0, from},
+    {"max_change", "renderer_settings", 0, at_least},
     {"max_contribution", "renderer_settings", 0, above},
-    {"max_depth", "renderer_settings", 0, from},
-    {"max_num_consec_rejections", "renderer_settings", 0, from},
-    {"max_num_subdivisions", "mesh", 0, from},
-    {"num_smoothings", "mesh", 0, from},
-    {"num_threads", "renderer_settings", 1, from},
+    {"max_depth", "renderer_settings", 0, at_least},
+    {"max_num_consec_rejections", "renderer_settings", 0, at_least},
+    {"max_num_subdivisions", "mesh", 0, at_least},
+    {"num_smoothings", "mesh", 0, at_least},
+    {"num_threads", "renderer_settings", 1, at_least},
     {"post_scale", "reinhard", 0, above},
     {"pre_scale", "reinhard", 0, above},
     {"radius", "mn_cubic", 0, above},
     {"radius", "sphere", 0, above},
-    {"receiver_num_wavelength_buckets", "renderer_settings", 1, from},
-    {"rgb", "rgb", 0, from},
+    {"receiver_num_wavelength_buckets", "renderer_settings", 1, at_least},
+    {"rgb", "rgb", 0, at_least},
     {"scale", "filmic", 0, above},
     {"scale", "linear", 0, above},
     {"scale", "mesh", 0, above},
     {"scale", "model2", 0, above},
     {"sensor_width", "camera", 0, above},
-    {"subdivide_curvature_threshold", "mesh", 0, from},
-    {"subdivide_pixel_threshold", "mesh", 0, from},
-    {"super_sample_factor", "renderer_settings", 1, from},
-    {"turbidity", "sunsky", 1, from},
-    {"uv_set_index", "texture", 0, from},
-    {"value", "emission_scale", 0, from},
-    {"value", "uniform", 0, from},
+    {"subdivide_curvature_threshold", "mesh", 0, at_least},
+    {"subdivide_pixel_threshold", "mesh", 0, at_least},
+    {"super_sample_factor", "renderer_settings", 1, at_least},
+    {"turbidity", "sunsky", 1, at_least},
+    {"uv_set_index", "texture", 0, at_least},
+    {"value", "emission_scale", 0, at_least},
+    {"value", "uniform", 0, at_least},
     {"white_point", "renderer_settings", 0, above, 1},
-    {"width", "renderer_settings", 1, from},
+    {"width", "renderer_settings", 1, at_least},
 };
 static_assert(std::ranges::is_sorted(ranges, {}, &Range::element));
 
@@ -95,7 +95,7 @@ std::optional<NumberFault> findInRange(const Range& range, std::span<const doubl
 
 // ---- vectors and matrices
 
-double getLength(std::span<const double> v) {
+double lengthOf(std::span<const double> v) {
     return std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
 }
 
@@ -103,7 +103,7 @@ double getLength(std::span<const double> v) {
 std::optional<NumberFault> findInDirection(std::span<const double> direction, bool is_unit) {
     // What a text of few digits keeps of a length.
     constexpr double tolerance = 1e-3;
-    const double length = getLength(direction);
+    const double length = lengthOf(direction);
     if (length == 0.0)
         return NumberFault{true, "zero-vector", "a direction of length 0", "give a vector that points somewhere"};
     if (is_unit && std::fabs(length - 1.0) > tolerance)
@@ -117,7 +117,7 @@ bool isSingular(std::span<const double> m) {
     constexpr double tolerance = 1e-12;
     const double determinant =
         m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) + m[2] * (m[3] * m[7] - m[4] * m[6]);
-    const double volume = getLength(m.subspan(0, 3)) * getLength(m.subspan(3, 3)) * getLength(m.subspan(6, 3));
+    const double volume = lengthOf(m.subspan(0, 3)) * lengthOf(m.subspan(3, 3)) * lengthOf(m.subspan(6, 3));
     return !(std::fabs(determinant) > tolerance * volume);
 }
 

@@ -14,10 +14,6 @@
 
 /// Where models are in a scene, whose height is z, and how the user says so.
 
-inline Velmar::Vec3d cross(const Velmar::Vec3d& a, const Velmar::Vec3d& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-
 inline double getLength(const Velmar::Vec3d& v) {
     return std::hypot(v.x, v.y, v.z);
 }

@@ -1,22 +1,15 @@
 #include "tools/Preview.h"
 
 #include "tools/Console.h"
+#include "tools/SceneBuilder.h"
 #include "tools/System.h"
 
 #include <cmath>
 #include <cstdio>
 #include <memory>
 
-namespace {
-
-struct DeleteScene {
-    void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
-};
-
-} // namespace
-
 Preview::Preview(VelmarScene* scene, const PreviewSettings& settings) {
-    std::unique_ptr<VelmarScene, DeleteScene> owner(scene);
+    OwnedScene owner(scene);
     load();
     renderer = VelmarRenderer_Create(context);
     try {

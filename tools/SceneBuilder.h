@@ -137,6 +137,11 @@ struct SceneMesh {
     std::string path;
 };
 
+struct DeleteScene {
+    void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
+};
+using OwnedScene = std::unique_ptr<VelmarScene, DeleteScene>;
+
 /// A complete scene, made of the exported functions of the library as any host would make it. Only meshes are taken as
 /// they are in memory, without a copy through the exports.
 class SceneBuilder {
@@ -162,9 +167,6 @@ class SceneBuilder {
     bool isGroundLeftOut() const { return ground_left_out; }
 
   private:
-    struct DeleteScene {
-        void operator()(VelmarScene* root) const { VelmarScene_Delete(root); }
-    };
     std::vector<Velmar::SceneNodeMesh*> getMeshNodes() const;
 
     using ColourKey = std::tuple<std::string, float, float, float>;
@@ -181,7 +183,7 @@ class SceneBuilder {
     VelmarMaterialNode* getMaterial(const SceneMaterial& material);
     VelmarMaterialNode* addMaterial(const SceneMaterial& material);
 
-    std::unique_ptr<VelmarScene, DeleteScene> scene;
+    OwnedScene scene;
     Frame frame;
     bool ground_left_out = false;
     std::map<ColourKey, VelmarMaterialNode*> materials;

@@ -75,15 +75,15 @@ class SceneInfo {
     }
 
     void print() const {
-        printLine(Text::row("file", path));
-        printLine(Text::row("kind", "scene document"));
-        printLine(Text::row("size", Text::size(size)));
-        printLine(Text::row("nodes", std::to_string(node_count)));
-        printLine("");
+        printResult(Text::row("file", path));
+        printResult(Text::row("kind", "scene document"));
+        printResult(Text::row("size", Text::size(size)));
+        printResult(Text::row("nodes", std::to_string(node_count)));
+        printResult("");
         printNodes();
-        printLine("");
-        printLine(Text::row("meshes", Text::count(totals.files, "file", "files") + ", " + Text::size(totals.bytes) +
-                                          ", " + Text::faceCounts(totals.vertices, totals.triangles, totals.quads)));
+        printResult("");
+        printResult(Text::row("meshes", Text::count(totals.files, "file", "files") + ", " + Text::size(totals.bytes) +
+                                            ", " + Text::faceCounts(totals.vertices, totals.triangles, totals.quads)));
     }
 
     void addTo(JsonWriter& json) const {
@@ -192,11 +192,11 @@ class SceneInfo {
 
     void printNodes() const {
         for (const NodeList& list : lists) {
-            printLine(list.kind + (list.count == 1 ? "" : " (" + std::to_string(list.count) + ')'));
+            printResult(list.kind + (list.count == 1 ? "" : " (" + std::to_string(list.count) + ')'));
             for (const DocumentNode& node : list.first)
                 printNode(node);
             if (list.count > list.first.size())
-                printLine("     ... and " + std::to_string(list.count - list.first.size()) + " more");
+                printResult("     ... and " + std::to_string(list.count - list.first.size()) + " more");
         }
     }
 
@@ -211,7 +211,7 @@ class SceneInfo {
                 line += ' ' + describeUID(material);
             if (node.materials.empty()) line += " none";
         }
-        printLine(line);
+        printResult(line);
         if (node.mesh_file) printFile(*node.mesh_file);
         for (const std::string& file : node.other_files)
             printFile(file);
@@ -220,7 +220,7 @@ class SceneInfo {
     void printFile(const std::string& name) const {
         std::string shown = name;
         FileUtils::replaceChar(shown, '\\', '/');
-        printLine(std::string(uid_width + 4, ' ') + shown + " (" + files.at(name).text + ')');
+        printResult(std::string(uid_width + 4, ' ') + shown + " (" + files.at(name).text + ')');
     }
 
     std::string describeUID(std::uint32_t uid) const {
@@ -230,7 +230,6 @@ class SceneInfo {
     }
 
     /// Texts of a document may be meant for the terminal.
-    static void printLine(const std::string& line) { std::printf("%s\n", Text::printable(line).c_str()); }
 
     static constexpr std::size_t uid_width = 6;
     static constexpr std::size_t max_listed = 1000;

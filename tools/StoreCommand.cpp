@@ -29,19 +29,15 @@ MeshStore open(const StoreOptions& options) {
     return store;
 }
 
-void printLine(const std::string& line) {
-    std::printf("%s\n", Text::printable(line).c_str());
-}
-
 // ---- list --------------------------------------------------------------------------------------------------------
 
 void list(const StoreOptions& options) {
     const MeshStore store = open(options);
     for (const auto& [key, entry] : store.getEntries())
-        printLine(options.json
-                      ? toJson(entry)
-                      : store.getMeshPath(entry.checksum) + "  " +
-                            Text::faceCounts(entry.vertices, entry.triangles, entry.quads) + "  " + entry.source);
+        printResult(options.json
+                        ? toJson(entry)
+                        : store.getMeshPath(entry.checksum) + "  " +
+                              Text::faceCounts(entry.vertices, entry.triangles, entry.quads) + "  " + entry.source);
 }
 
 // ---- verify ------------------------------------------------------------------------------------------------------
@@ -71,9 +67,9 @@ void verify(const StoreOptions& options) {
         if (!present.contains(path)) report(path + ": is missing; it is the mesh of " + entry.source);
     }
     progress.clear();
-    printLine(Text::count(files.meshes.size(), "mesh", "meshes") + ", " +
-              Text::count(store.getEntries().size(), "source", "sources") + ", " +
-              Text::count(faults, "fault", "faults"));
+    printResult(Text::count(files.meshes.size(), "mesh", "meshes") + ", " +
+                Text::count(store.getEntries().size(), "source", "sources") + ", " +
+                Text::count(faults, "fault", "faults"));
     if (faults != 0) throw ReportedFailure();
 }
 
@@ -96,7 +92,7 @@ void prune(const StoreOptions& options) {
     const auto remove = [&](const std::string& path) {
         const auto stamp = System::getStamp(path);
         if (!stamp || stamp->time > newest) return;
-        printLine(path);
+        printResult(path);
         ++count;
         bytes += stamp->size;
         if (!options.dry_run) System::removeFile(path);
@@ -108,8 +104,8 @@ void prune(const StoreOptions& options) {
         if (!wanted.contains(path)) remove(path);
     for (const std::string& path : files.unfinished)
         remove(path);
-    printLine(Text::count(count, "file", "files") + (options.dry_run ? " would be removed; " : " removed; ") +
-              Text::size(bytes));
+    printResult(Text::count(count, "file", "files") + (options.dry_run ? " would be removed; " : " removed; ") +
+                Text::size(bytes));
 }
 
 } // namespace

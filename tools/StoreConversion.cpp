@@ -18,7 +18,7 @@
 namespace {
 
 /// What became of one file.
-struct Outcome {
+struct StoredFile {
     std::string from;
     StoreEntry entry;
     bool unchanged = false;
@@ -55,7 +55,7 @@ class StoreConversion {
   private:
     /// At the same time as others.
     void convert(std::size_t index) {
-        Outcome& outcome = outcomes[index];
+        StoredFile& outcome = outcomes[index];
         progress.show('[' + std::to_string(index + 1) + '/' + std::to_string(outcomes.size()) + "] " +
                           Text::fileName(outcome.from),
                       static_cast<double>(index) / static_cast<double>(outcomes.size()));
@@ -79,7 +79,7 @@ class StoreConversion {
         }
     }
 
-    void write(const Velmar::Mesh& mesh, Outcome& outcome) const {
+    void write(const Velmar::Mesh& mesh, StoredFile& outcome) const {
         const std::string path = store.getMeshPath(outcome.entry.checksum);
         // Files appear whole under such names.
         if (System::getStamp(path)) return;
@@ -95,7 +95,7 @@ class StoreConversion {
 
     /// One file at a time, in order.
     void finish(std::size_t index) {
-        Outcome outcome = std::move(outcomes[index]);
+        StoredFile outcome = std::move(outcomes[index]);
         if (!outcome.notes.empty())
             progress.interrupt([&] { printNotes(outcome.from, outcome.notes, settings.quiet); });
         if (outcome.unchanged) {
@@ -107,7 +107,7 @@ class StoreConversion {
     }
 
     /// The mesh first: the manifest names no mesh that isn't there.
-    void commit(Outcome& outcome) {
+    void commit(StoredFile& outcome) {
         using namespace std::chrono;
         try {
             // Another file of this run may have become the same mesh meanwhile.
@@ -134,7 +134,7 @@ class StoreConversion {
     MeshStore store;
     ConversionSettings settings;
     Progress progress;
-    std::vector<Outcome> outcomes;
+    std::vector<StoredFile> outcomes;
     std::uint64_t converted = 0;
     std::uint64_t unchanged = 0;
     std::uint64_t failed = 0;
