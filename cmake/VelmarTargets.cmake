@@ -83,13 +83,15 @@ function(velmar_hardened)
     endforeach()
 endfunction()
 
+set(VELMAR_COMPILED_TOGETHER 8 CACHE STRING "How many sources are compiled at a time")
+
 # velmar_compile_together(<target>): compiles several sources at a time, because the headers that they include take longest.
 # Each still includes what it needs; with CMAKE_UNITY_BUILD=OFF each is compiled alone, as for clang-tidy.
 function(velmar_compile_together target)
     if(DEFINED CMAKE_UNITY_BUILD)
         return()
     endif()
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${VELMAR_COMPILED_TOGETHER})
     # System headers define macros with common names.
     get_target_property(sources ${target} SOURCES)
     list(FILTER sources INCLUDE REGEX "(_(win|posix)\\.cpp|\\.c)$")

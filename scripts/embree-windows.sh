@@ -6,19 +6,9 @@ cd "$(dirname "$0")/.."
 
 . scripts/source-packages.sh
 
-# A change of this file builds it anew.
-prefix=$PWD/deps/windows-embree
-stamp="$prefix/made-by-$(sha256sum scripts/embree-windows.sh | cut -c1-16)"
-if [ -e "$stamp" ]; then exit 0; fi
-mkdir -p deps
-exec 8>deps/lock-embree
-flock 8
-if [ -e "$stamp" ]; then exit 0; fi
-
 root=$PWD
-work=$root/deps/work-embree
-rm -rf "$work" "$prefix"
-mkdir -p "$work/source" "$prefix"
+build_once windows-embree scripts/embree-windows.sh
+mkdir "$work/source"
 
 say "fetching the source of Embree"
 source_archives "$work"
@@ -45,7 +35,4 @@ quietly cmake -S source -B build -G Ninja -DCMAKE_TOOLCHAIN_FILE="$root/cmake/to
     die "configuring Embree for Windows failed"
 quietly nice cmake --build build --target install || die "building Embree for Windows failed"
 cp source/LICENSE.txt "$prefix/"
-
-cd "$root"
-rm -rf "$work"
-touch "$stamp"
+built

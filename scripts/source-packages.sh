@@ -9,6 +9,28 @@ quietly() {
     output=$("$@" 2>&1) || { printf '%s\n' "$output" >&2; return 1; }
 }
 
+# build_once NAME FILE...: ends the script if deps/NAME was built already by the present versions of the files, of which it is
+# one. Otherwise empties that folder and makes one to work in: `prefix` and `work`. Who starts the script meanwhile waits
+# for it. `built` ends the work.
+build_once() {
+    prefix=$PWD/deps/$1
+    work=$PWD/deps/work-$1
+    stamp="$prefix/made-by-$(cat "${@:2}" | sha256sum | cut -c1-16)"
+    if [ -e "$stamp" ]; then exit 0; fi
+    mkdir -p deps
+    exec 8>"deps/lock-$1"
+    flock 8
+    if [ -e "$stamp" ]; then exit 0; fi
+    rm -rf "$work" "$prefix"
+    mkdir -p "$work" "$prefix"
+}
+
+built() {
+    cd "$prefix"
+    rm -rf "$work"
+    touch "$stamp"
+}
+
 # source_archives FOLDER [PATTERN]: makes `fetch_sources` use the archives and suites of the machine's packages, or those
 # whose line matches the pattern. The configuration is in FOLDER; that of the machine isn't changed. apt verifies Debian's
 # signatures.

@@ -7,18 +7,7 @@ cd "$(dirname "$0")/.."
 . scripts/source-packages.sh
 
 root=$PWD
-made=$root/deps/windows-python
-stamp="$made/made-by-$(cat scripts/windows-python.sh cmake/windows-python/* cmake/toolchain-windows.cmake | sha256sum | cut -c1-16)"
-if [ -e "$stamp" ]; then exit 0; fi
-
-mkdir -p deps
-exec 9>deps/windows-python-lock
-flock 9
-if [ -e "$stamp" ]; then exit 0; fi
-
-work=$root/deps/windows-python-work
-rm -rf "$work" "$made"
-mkdir -p "$work" "$made"
+build_once windows-python scripts/windows-python.sh cmake/windows-python/* cmake/toolchain-windows.cmake
 cd "$work"
 
 # ---- sources ------------------------------------------------------------------------------------------------------------
@@ -49,17 +38,14 @@ quietly cmake -S "$root/cmake/windows-python" -B build -G Ninja -DCMAKE_BUILD_TY
     -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-windows.cmake" -DPYTHON_SOURCE="$python" -DFFI_DIR="$work/ffi" ||
     die "configuring the interpreter failed"
 quietly cmake --build build -j "$(nproc)" || die "building the interpreter failed"
-cp build/python.exe "$made/"
+cp build/python.exe "$prefix/"
 
 # ---- its library, without large parts that no test imports ----------------------------------------------------------------
 
 unwanted=(distutils ensurepip idlelib lib2to3 msilib pydoc_data sqlite3 test tests tkinter turtledemo __pycache__)
-tar -C "$python" -c "${unwanted[@]/#/--exclude=}" Lib | tar -C "$made" -x
+tar -C "$python" -c "${unwanted[@]/#/--exclude=}" Lib | tar -C "$prefix" -x
 # Otherwise each test process would compile what it imports.
-quietly /usr/bin/python3.11 -m compileall -q -j "$(nproc)" --invalidation-mode unchecked-hash "$made/Lib" ||
+quietly /usr/bin/python3.11 -m compileall -q -j "$(nproc)" --invalidation-mode unchecked-hash "$prefix/Lib" ||
     die "compiling the library failed"
-
-cd "$root"
-rm -rf "$work"
-touch "$stamp"
+built
 say "done"

@@ -6,18 +6,8 @@ cd "$(dirname "$0")/.."
 
 . scripts/source-packages.sh
 
-# A change of this file builds them anew.
-prefix=$PWD/deps/windows-zip
-stamp="$prefix/made-by-$(sha256sum scripts/zip-windows.sh | cut -c1-16)"
-if [ -e "$stamp" ]; then exit 0; fi
-mkdir -p deps
-exec 7>deps/lock-zip
-flock 7
-if [ -e "$stamp" ]; then exit 0; fi
-
-work=$PWD/deps/work-zip
-rm -rf "$work" "$prefix"
-mkdir -p "$work" "$prefix"/{include/minizip,lib}
+build_once windows-zip scripts/zip-windows.sh
+mkdir -p "$prefix"/{include/minizip,lib}
 
 say "fetching the sources of zlib and minizip"
 # The archive of the release alone: that of its updates doesn't have every source.
@@ -48,7 +38,4 @@ library z "$zlib" adler32 compress crc32 deflate inffast inflate inftrees trees 
 library minizip "$minizip" ioapi unzip zip
 cp "$zlib/debian/copyright" "$prefix/zlib-copyright"
 cp "$minizip/debian/copyright" "$prefix/minizip-copyright"
-
-cd "$prefix"
-rm -rf "$work"
-touch "$stamp"
+built

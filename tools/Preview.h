@@ -37,7 +37,7 @@ class Preview {
     Function* get(const char* name) const;
     void load();
 
-    VelmarContext* context = nullptr;
+    ::VelmarContext* context = nullptr;
     VelmarRenderer* renderer = nullptr;
     std::string library;
 };
