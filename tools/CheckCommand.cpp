@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -81,29 +82,14 @@ bool check(const std::string& path, const CheckOptions& options, JsonWriter* jso
 }
 
 void run(const CheckOptions& options) {
-    JsonWriter json;
-    if (options.json) {
-        json.beginObject();
-        json.add("schema", "velmar-check-1");
-        json.beginList("documents");
-    }
+    std::optional<JsonReport> report;
+    if (options.json) report.emplace("velmar-check-1", "documents");
     bool is_clean = true;
     for (const std::string& path : options.paths) {
-        if (options.json) {
-            json.beginObject();
-            json.add("file", path);
-        }
-        is_clean = check(path, options, options.json ? &json : nullptr) && is_clean;
-        if (options.json) {
-            json.endObject();
-            std::printf("%s", json.take().c_str());
-        }
+        is_clean = check(path, options, report ? report->beginFile(path) : nullptr) && is_clean;
+        if (report) report->endFile();
     }
-    if (options.json) {
-        json.endList();
-        json.endObject();
-        std::printf("%s\n", json.take().c_str());
-    }
+    if (report) report->end();
     if (!is_clean) throw ReportedFailure();
 }
 

@@ -209,37 +209,23 @@ void describeFile(const std::string& path, const InfoOptions& options, JsonWrite
 
 /// Describes each file. One that fails doesn't keep the others from it.
 void describeFiles(const InfoOptions& options) {
-    JsonWriter json;
-    if (options.json) {
-        json.beginObject();
-        json.add("schema", "velmar-info-1");
-        json.beginList("files");
-    }
+    std::optional<JsonReport> report;
+    if (options.json) report.emplace("velmar-info-1", "files");
     bool failed = false;
     for (const std::string& path : options.paths) {
         if (&path != &options.paths.front() && !options.json && !options.quiet) std::printf("\n");
-        if (options.json) {
-            json.beginObject();
-            json.add("file", path);
-        }
+        JsonWriter* const json = report ? report->beginFile(path) : nullptr;
         try {
-            describeFile(path, options, options.json ? &json : nullptr);
+            describeFile(path, options, json);
         } catch (...) {
             failed = true;
             const std::string message = getCurrentMessage();
-            if (options.json) json.add("error", message);
+            if (json != nullptr) json->add("error", message);
             printError(message);
         }
-        if (options.json) {
-            json.endObject();
-            std::printf("%s", json.take().c_str());
-        }
+        if (report) report->endFile();
     }
-    if (options.json) {
-        json.endList();
-        json.endObject();
-        std::printf("%s\n", json.take().c_str());
-    }
+    if (report) report->end();
     if (failed) throw ReportedFailure();
 }
 

@@ -4,6 +4,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <utility>
 
 void JsonWriter::begin(std::string_view key) {
@@ -91,4 +92,27 @@ void JsonWriter::addNull(std::string_view key) {
 
 std::string JsonWriter::take() {
     return std::exchange(text, {});
+}
+
+JsonReport::JsonReport(std::string_view schema, std::string_view list) {
+    json.beginObject();
+    json.add("schema", schema);
+    json.beginList(list);
+}
+
+JsonWriter* JsonReport::beginFile(std::string_view path) {
+    json.beginObject();
+    json.add("file", path);
+    return &json;
+}
+
+void JsonReport::endFile() {
+    json.endObject();
+    std::printf("%s", json.take().c_str());
+}
+
+void JsonReport::end() {
+    json.endList();
+    json.endObject();
+    std::printf("%s\n", json.take().c_str());
 }

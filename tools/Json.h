@@ -34,3 +34,18 @@ class JsonWriter {
     std::size_t depth = 0;
     bool first = true;
 };
+
+/// What a command reports of several files: an object with a schema and a list of objects, each with the path of its
+/// file first. Printed file by file.
+class JsonReport {
+  public:
+    JsonReport(std::string_view schema, std::string_view list);
+
+    /// Where the rest of the file's object is added.
+    JsonWriter* beginFile(std::string_view path);
+    void endFile();
+    void end();
+
+  private:
+    JsonWriter json;
+};

@@ -13,8 +13,8 @@ from . import _functions
 from ._library import library
 from ._objects import created
 from ._values import number, uint32
-from .errors import OwnershipError, RendererError, VelmarError
-from .nodes import Camera, RenderSettings
+from .errors import RendererError, VelmarError
+from .nodes import Camera
 from .scene import Scene
 
 if TYPE_CHECKING:
@@ -68,23 +68,16 @@ def render(scene: Scene, samples: Optional[float] = None, *, seconds: Optional[f
     numpy = _numpy()
     if not isinstance(scene, Scene):
         raise TypeError(f"scene must be a Scene, not {type(scene).__name__}")
-    handle = scene._pointer()
-    if scene._owners:
-        raise OwnershipError("the scene has a renderer already")
-    settings = next((node for node in scene.nodes if isinstance(node, RenderSettings)), None)
-    for name in ("width", "height"):
-        if settings is None or (getattr(settings, name) or 0) < 1:
-            raise ValueError(f"the scene needs render settings with a {name}")
+    settings = scene._settings_for_renderer("width", "height")
     if not any(isinstance(node, Camera) for node in scene.nodes):
         raise ValueError("the scene needs a camera")
     options = {THREADS: uint32("threads", threads), SEED: uint32("seed", seed),
                SAMPLES: _limit("samples", samples), SECONDS: _limit("seconds", seconds)}
     if options[THREADS] > MAX_THREADS:
         raise ValueError(f"threads must be from 0 to {MAX_THREADS}, not {threads}")
-    if samples is None and seconds is None and settings is not None:
+    if samples is None and seconds is None:
         if not any((getattr(settings, name) or 0) > 0 for name in ("halt_samples_per_pixel", "halt_time")):
             options[SAMPLES] = DEFAULT_SAMPLES
-    scene._check()
     path = _find()
     functions = library()
     context = created(_functions.VelmarContext, "VelmarKit_Context_Create")
@@ -96,7 +89,7 @@ def render(scene: Scene, samples: Optional[float] = None, *, seconds: Optional[f
         raise
     try:
         preview = _loaded(str(path))
-        functions.VelmarKit_Renderer_InitializeWithScene(renderer, context, handle)
+        functions.VelmarKit_Renderer_InitializeWithScene(renderer, context, scene._pointer())
         preview.VelmarPreview_SetImagePath(renderer, b"")
         for option, value in options.items():
             preview.VelmarPreview_SetOption(renderer, option, value)

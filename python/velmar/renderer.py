@@ -7,8 +7,7 @@ from typing import Any, Optional, Type
 from . import _functions
 from ._library import library
 from ._objects import Object, created
-from .errors import OwnershipError, VelmarError
-from .nodes import RenderSettings
+from .errors import VelmarError
 from .scene import Scene
 
 
@@ -28,14 +27,7 @@ class Renderer(Object):
     def __init__(self, scene: Scene) -> None:
         if not isinstance(scene, Scene):
             raise TypeError(f"scene must be a Scene, not {type(scene).__name__}")
-        handle = scene._pointer()
-        if scene._owners:
-            raise OwnershipError("the scene has a renderer already")
-        settings = next((node for node in scene.nodes if isinstance(node, RenderSettings)), None)
-        for name in ("width", "height", "super_sample_factor"):
-            if settings is None or (getattr(settings, name) or 0) < 1:
-                raise ValueError(f"the scene needs render settings with a {name}")
-        scene._check()
+        scene._settings_for_renderer("width", "height", "super_sample_factor")
         functions = library()
         context = created(_functions.VelmarContext, "VelmarKit_Context_Create")
         try:
@@ -45,7 +37,7 @@ class Renderer(Object):
             functions.VelmarKit_Context_Delete(context)
             raise
         try:
-            functions.VelmarKit_Renderer_InitializeWithScene(renderer, context, handle)
+            functions.VelmarKit_Renderer_InitializeWithScene(renderer, context, scene._pointer())
         except VelmarError:
             functions.VelmarKit_Renderer_Delete(renderer)
             raise

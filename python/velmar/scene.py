@@ -158,6 +158,19 @@ class Scene(Object):
         self._check()
         self._call("VelmarKit_Scene_WriteToXML", name)
 
+    def _settings_for_renderer(self, *limits: str) -> RenderSettings:
+        """The render settings, with each of `limits`, of a scene that a renderer can take. Raises if it can't."""
+        self._pointer()
+        if self._owners:
+            raise OwnershipError("the scene has a renderer already")
+        settings = next((node for node in self.nodes if isinstance(node, RenderSettings)), None)
+        for name in limits:
+            if settings is None or (getattr(settings, name) or 0) < 1:
+                raise ValueError(f"the scene needs render settings with a {name}")
+        self._check()
+        assert settings is not None
+        return settings
+
     def _check(self) -> None:
         for node in self._nodes.values():
             if isinstance(node, Mesh):
