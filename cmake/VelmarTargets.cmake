@@ -83,7 +83,7 @@ function(velmar_hardened)
     endforeach()
 endfunction()
 
-set(VELMAR_COMPILED_TOGETHER 8 CACHE STRING "How many sources are compiled at a time")
+set(VELMAR_COMPILED_TOGETHER 6 CACHE STRING "How many sources are compiled at a time")
 
 # velmar_compile_together(<target>): compiles several sources at a time, because the headers that they include take longest.
 # Each still includes what it needs; with CMAKE_UNITY_BUILD=OFF each is compiled alone, as for clang-tidy.
