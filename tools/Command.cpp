@@ -2,6 +2,7 @@
 
 #include "tools/Placement.h"
 
+#include <charconv>
 #include <cmath>
 #include <sstream>
 
@@ -11,6 +12,13 @@ namespace {
 
 constexpr double min_scale = 1e-9;
 constexpr double max_scale = 1e9;
+
+/// The shortest digits that read back as the same number.
+std::string describe(double value) {
+    char digits[32];
+    const auto end = std::to_chars(digits, digits + sizeof digits, value);
+    return {digits, end.ptr};
+}
 
 CLI::Option* takeWords(CLI::Option* option, const std::vector<std::string>& words) {
     std::string type;
@@ -27,15 +35,13 @@ CLI::Option* addChoice(CLI::App& app, const char* name, std::string& value, cons
 }
 
 CLI::Validator inRange(double low, double high) {
-    // A range takes what isn't a number for one within.
-    const CLI::Validator number(
-        [](std::string& text) {
-            double value = 0;
-            return CLI::detail::lexical_cast(text, value) && std::isnan(value) ? "Not a number: " + text
-                                                                               : std::string();
-        },
-        "");
-    return (CLI::Range(low, high) & number).description("");
+    const auto check = [low, high](std::string& text) {
+        double value = 0;
+        if (!CLI::detail::lexical_cast(text, value) || std::isnan(value)) return "Not a number: " + text;
+        if (low <= value && value <= high) return std::string();
+        return "Value " + text + " not in range " + describe(low) + " to " + describe(high);
+    };
+    return {check, ""};
 }
 
 CLI::Option* addUp(CLI::App& app, std::string& up, const char* description) {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace {
@@ -16,9 +17,9 @@ namespace {
 struct ConvertOptions {
     std::string input;
     std::string output;
-    /// In place of the output.
-    std::string store;
     bool recursive = false;
+    /// In place of the output, if it has a folder.
+    StoreSettings store;
     ConversionSettings settings;
 };
 
@@ -38,16 +39,25 @@ std::uint64_t convertFile(const ConvertOptions& options, const std::string& form
     return output.commit();
 }
 
+void intoStore(const ConvertOptions& options) {
+    if (!options.output.empty()) throw UsageError(options.output + ": --store takes the place of OUT");
+    if (options.input.empty() == options.store.list.empty())
+        throw UsageError(options.input.empty() ? "IN or --list is required"
+                                               : options.input + ": --list takes the place of IN");
+    StoreSettings store = options.store;
+    store.recursive = options.recursive;
+    convertIntoStore(options.input, store, options.settings);
+}
+
 void convert(const ConvertOptions& options) {
-    if (options.output.empty() == options.store.empty())
-        throw UsageError(options.store.empty() ? "OUT is required"
-                                               : options.output + ": --store takes the place of OUT");
-    if (!options.recursive && System::isDirectory(options.input))
-        throw UsageError(options.input + ": is a folder, which wants --recursive");
-    if (!options.store.empty()) {
-        convertIntoStore(options.input, options.recursive, options.store, options.settings);
+    if (!options.store.folder.empty()) {
+        intoStore(options);
         return;
     }
+    if (options.input.empty()) throw UsageError("IN is required");
+    if (options.output.empty()) throw UsageError("OUT is required");
+    if (!options.recursive && System::isDirectory(options.input))
+        throw UsageError(options.input + ": is a folder, which wants --recursive");
     if (options.recursive) {
         convertFolder(options.input, options.output, options.settings);
         return;
@@ -59,14 +69,20 @@ void convert(const ConvertOptions& options) {
         std::printf("%s (%s)\n", Text::printable(options.output).c_str(), Text::size(size).c_str());
 }
 
+/// The names of files on every system; what is wrong with others.
+std::string refuseManifestName(const std::string& name) {
+    constexpr std::string_view allowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+    const bool good = !name.empty() && name.size() <= 100 && name.find_first_not_of(allowed) == std::string::npos;
+    return good ? std::string() : name + ": a name has up to 100 letters, digits, - and _";
+}
+
 } // namespace
 
 Command addConvertCommand(CLI::App& tool) {
     CLI::App* const app = tool.add_subcommand("convert", "Turns mesh files into vmmesh, OBJ, PLY or STL files.");
     const auto options = std::make_shared<ConvertOptions>();
     ConversionSettings& settings = options->settings;
-    app->add_option("IN", options->input, "The mesh file: .obj, .ply, .stl or .vmmesh. With --recursive a folder.")
-        ->required();
+    app->add_option("IN", options->input, "The mesh file: .obj, .ply, .stl or .vmmesh. With --recursive a folder.");
     app->add_option("OUT", options->output,
                     "The file to write, whose extension (.vmmesh, .obj, .ply or .stl) decides the format. With "
                     "--recursive the folder for the files. Existing files are replaced.");
@@ -76,11 +92,33 @@ Command addConvertCommand(CLI::App& tool) {
     CLI::Option* const choice = CommandOptions::addChoice(
         *app, "--to", settings.format, {"vmmesh", "obj", "ply", "stl"}, "The format of the files with --recursive.");
     choice->needs("--recursive");
-    app->add_option("--store", options->store,
-                    "In place of OUT a store of meshes, which holds each mesh once, named by its content. Files that "
-                    "didn't change since they were converted into it are left out.")
-        ->type_name("DIR")
-        ->excludes(choice);
+    StoreSettings& store = options->store;
+    CLI::Option* const folder = app->add_option(
+        "--store", store.folder,
+        "In place of OUT a store of meshes, which holds each mesh once, named by its content. Files that "
+        "didn't change since they were converted into it are left out.");
+    folder->type_name("DIR")->excludes(choice);
+    app->add_option(
+           "--list", store.list,
+           "In place of IN a file with the names of the files to convert into the store, each on a line or, as "
+           "'find -print0' writes them, each with a zero byte after it; - for the standard input. With "
+           "--recursive they may be folders.")
+        ->type_name("FILE")
+        ->needs(folder);
+    app->add_flag("--force", store.force, "Convert files that didn't change too; the manifest of the store isn't read.")
+        ->needs(folder);
+    app->add_flag("-n,--dry-run", store.dry_run, "Print what would be converted into the store, and write nothing.")
+        ->needs(folder);
+    app->add_flag("--json", store.json,
+                  "Print a JSON object on a line for each file of the store, and for the summary.")
+        ->needs(folder);
+    app->add_option(
+           "--manifest", store.manifest,
+           "Append to the file NAME.jsonl of the store's manifest in place of a new file. Of several processes at "
+           "the same time each needs a name of its own.")
+        ->type_name("NAME")
+        ->check(CLI::Validator(&refuseManifestName, ""))
+        ->needs(folder);
     settings.jobs = std::max(std::thread::hardware_concurrency(), 1U);
     app->add_option("-j,--jobs", settings.jobs,
                     "How many files of a folder to convert at once. Without it one for each core.")

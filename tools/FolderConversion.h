@@ -34,12 +34,28 @@ Velmar::ImportedMesh readForConversion(const std::string& path, const Conversion
 /// `UsageError` when both are one folder, `Failure` when one can't be used, and `ReportedFailure` when anything failed.
 void convertFolder(const std::string& input, const std::string& output, const ConversionSettings& settings);
 
-/// Converts a mesh file, or every mesh file below a folder if `recursive`, into the store of meshes `store_folder`,
+/// What `velmar convert --store` takes besides.
+struct StoreSettings {
+    std::string folder;
+    /// The file with the names of the inputs, "-" for the standard input; empty for a single input.
+    std::string list;
+    /// Search the inputs that are folders.
+    bool recursive = false;
+    /// Convert what didn't change too, without reading the manifest.
+    bool force = false;
+    /// Print what would be converted.
+    bool dry_run = false;
+    /// Print a line of JSON for each file.
+    bool json = false;
+    /// The file of the manifest to append to; empty for a new one.
+    std::string manifest;
+};
+
+/// Converts the mesh file `input`, or those that a list names, or those below folders, into a store of meshes,
 /// which is made where it doesn't exist. Files that didn't change since they were converted are left out. Reports files
-/// that fail and continues; prints a summary at the end. Throws `UsageError` for a folder if not `recursive`, `Failure`
-/// when a folder can't be used, and `ReportedFailure` when anything failed.
-void convertIntoStore(const std::string& input, bool recursive, const std::string& store_folder,
-                      const ConversionSettings& settings);
+/// that fail and continues; prints a summary at the end. Throws `UsageError` for a folder if not recursive, `Failure`
+/// when the store or the list can't be used, and `ReportedFailure` when anything failed.
+void convertIntoStore(const std::string& input, const StoreSettings& store, const ConversionSettings& settings);
 
 /// The names of the converted files, in the order of `files`: with `extension` in place of the old, or after
 /// it where several would get one name. No two differ in the case of letters alone, unless the files do.

@@ -85,9 +85,13 @@ void MeshStore::create() const {
     }
 }
 
+bool MeshStore::exists() const {
+    return System::isDirectory(Text::joinPaths(folder, "manifest"));
+}
+
 void MeshStore::load() {
     const std::string manifest = Text::joinPaths(folder, "manifest");
-    if (!System::isDirectory(manifest)) throw Failure(folder + ": is no store of meshes: it has no folder 'manifest'");
+    if (!exists()) throw Failure(folder + ": is no store of meshes: it has no folder 'manifest'");
     for (const System::DirectoryEntry& file : list(manifest)) {
         if (file.kind != System::EntryKind::file || !file.name.ends_with(manifest_extension)) continue;
         const std::string path = Text::joinPaths(manifest, file.name);
@@ -147,7 +151,8 @@ MeshStore::Files MeshStore::findFiles() const {
 }
 
 void MeshStore::append(const StoreEntry& entry) {
-    if (own == nullptr) own.reset(System::openForAppending(makeManifestPath()));
+    if (own == nullptr)
+        own.reset(System::openForAppending(own_name.empty() ? makeManifestPath() : getManifestPath(own_name)));
     const std::string line = toJson(entry) + '\n';
     if (own == nullptr || std::fwrite(line.data(), 1, line.size(), own.get()) != line.size() ||
         std::fflush(own.get()) != 0)
@@ -175,7 +180,11 @@ void MeshStore::rewrite(const std::vector<const StoreEntry*>& kept) {
 std::string MeshStore::makeManifestPath() const {
     std::random_device random;
     const std::uint64_t number = (std::uint64_t{random()} << 32U) | random();
-    return Text::joinPaths(Text::joinPaths(folder, "manifest"), toHex(number, 16)).append(manifest_extension);
+    return getManifestPath(toHex(number, 16));
+}
+
+std::string MeshStore::getManifestPath(const std::string& name) const {
+    return Text::joinPaths(Text::joinPaths(folder, "manifest"), name).append(manifest_extension);
 }
 
 StoreEntry describeMesh(const Velmar::Mesh& mesh, std::uint64_t checksum) {

@@ -43,6 +43,12 @@ class MeshStore {
     /// Makes the folder where it doesn't exist. Throws `Failure`.
     void create() const;
 
+    /// Whether the folder is a store.
+    bool exists() const;
+
+    /// Has `append` continue `name`.jsonl, which no other process may use at the same time, in place of a new file.
+    void continueManifest(const std::string& name) { own_name = name; }
+
     /// Reads the manifest. Throws `Failure` when there is none or a file of it can't be read.
     void load();
 
@@ -68,7 +74,7 @@ class MeshStore {
     };
     Files findFiles() const;
 
-    /// Adds an entry to the manifest file of this process, on the disk when this returns. Throws `Failure`.
+    /// Adds an entry to the manifest file of this process, given to the system when this returns. Throws `Failure`.
     void append(const StoreEntry& entry);
 
     /// Replaces all manifest files by one of the present entries, or by those that `keep` chooses of them. Only while
@@ -78,8 +84,10 @@ class MeshStore {
   private:
     void loadFile(const std::string& path);
     std::string makeManifestPath() const;
+    std::string getManifestPath(const std::string& name) const;
 
     std::string folder;
+    std::string own_name;
     std::map<std::pair<std::string, std::string>, StoreEntry> entries;
     std::vector<std::string> faults;
     std::vector<std::string> manifest_files;

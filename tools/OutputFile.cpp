@@ -9,16 +9,20 @@
 #include <chrono>
 #include <mutex>
 #include <random>
+#include <shared_mutex>
 #include <thread>
 #include <utility>
 #include <vector>
 
 namespace {
 
-/// The unfinished files and the folders made for them, in the order of making. An interrupt keeps `mutex` for ever, so
-/// nothing is renamed or made after it removed them.
+/// The unfinished files and the folders made for them, in the order of making. An interrupt keeps both mutexes for
+/// ever, so nothing is renamed or made after it removed them.
 struct Unfinished {
     std::recursive_mutex mutex;
+    /// Shared by the threads that have the system write a file back, each of which may wait long for the disk. Locked
+    /// under `mutex` and unlocked without it.
+    std::shared_mutex flushes;
     std::vector<std::string> files;
     std::vector<std::string> folders;
 };
@@ -51,6 +55,7 @@ bool removeWithSiblings(const std::string& path) {
 void removeUnfinished() {
     Unfinished& all = unfinished();
     all.mutex.lock();
+    all.flushes.lock();
     // The interrupted thread may have a file open for some time, or be about to open it, so that one look isn't enough.
     // Once its file is closed under it, it fails and waits for the mutex.
     constexpr int max_attempts = 200;
@@ -113,8 +118,12 @@ Failure OutputFile::makeFailure() const {
 }
 
 void OutputFile::flush() {
-    // Also because an interrupt can't remove the file while the system has it open here.
-    const Interrupts::Deferral deferral;
+    // An interrupt waits: it can't remove the file everywhere while the system has it open here.
+    std::shared_lock flushing(unfinished().flushes, std::defer_lock);
+    {
+        const Interrupts::Deferral deferral;
+        flushing.lock();
+    }
     // Some systems report a full disk only here.
     if (!System::syncFile(partial_path))
         throw Failure(given_path + ": wasn't written whole: " + PlatformUtils::getLastErrorText());

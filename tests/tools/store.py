@@ -93,8 +93,88 @@ class Store(ToolTest):
         self.assertEqual(self.run_tool("store", "verify", "store"), (0, "11 meshes, 23 sources, 0 faults\n", ""))
         self.assertEqual([path for path in (self.folder / "store").rglob("*partial*")], [])
 
+    def json_lines(self, *arguments, **options):
+        code, output, errors = self.run_tool("convert", "--store", "store", "--json", *arguments, **options)
+        self.assertEqual(errors, "")
+        return code, [json.loads(line) for line in output.splitlines()]
+
+    def test_json_has_a_line_for_each_file(self):
+        self.write("in/broken.obj", "f 1 x")
+        code, lines = self.json_lines("-r", "in")
+        self.assertEqual(code, 1)
+        self.assertEqual([line.get("state") for line in lines], ["converted", "failed", "converted", "converted", None])
+        a, broken, square, same, summary = lines
+        self.assertEqual(broken, {"source": "in/broken.obj", "state": "failed", "message":
+                                  "in/broken.obj: Position index invalid. (index '0' out of bounds, on line 1)"})
+        self.assertEqual(a["checksum"], same["checksum"])
+        mesh, = [path for path in self.meshes() if path.stem == "mesh_" + square["checksum"]]
+        self.assertEqual((square["size"], square["written"]),
+                         ((self.folder / "in/square.obj").stat().st_size, mesh.stat().st_size))
+        written = sum(path.stat().st_size for path in self.meshes())
+        self.assertEqual(summary["summary"], {"converted": 3, "unchanged": 0, "failed": 1, "added": 2,
+                                              "bytes_in": a["size"] + same["size"] + square["size"], "bytes_out": written})
+        self.assertEqual(self.json_lines("in/a.obj")[1][0], {"source": "in/a.obj", "state": "unchanged"})
+
+    def test_a_dry_run_names_what_would_be_converted(self):
+        self.fill()
+        self.write("in/new.ply", "ply")
+        os.utime(self.folder / "in/a.obj", ns=(10**18, 10**18))
+        before = self.files()
+        code, lines = self.json_lines("-r", "in", "-n")
+        self.assertEqual(code, 0)
+        self.assertTrue(all(line["state"] == "pending" for line in lines[:2]))
+        self.assertTrue(os.path.isabs(lines[0]["source"]) or lines[0]["source"][1] == ":")
+        self.assertEqual([line["size"] for line in lines[:2]], [len(TRIANGLE), 3])
+        self.assertEqual([line["memory"] for line in lines[:2]], [4 * len(TRIANGLE), 12])
+        self.assertEqual(lines[2:], [{"summary": {"pending": 2, "unchanged": 2, "failed": 0, "bytes_in": len(TRIANGLE) + 3}}])
+        self.assertEqual(self.run_tool("convert", "-r", "in", "--store", "store", "-n")[1],
+                         f"in/a.obj ({len(TRIANGLE)} bytes)\nin/new.ply (3 bytes)\n"
+                         f"2 files would be converted, {len(TRIANGLE) + 3} bytes; 2 unchanged\n")
+        self.assertEqual(self.files(), before)
+
+    def test_a_dry_run_makes_no_store(self):
+        self.assertEqual(self.json_lines("-r", "in", "-n")[1][-1]["summary"]["pending"], 3)
+        self.assertFalse((self.folder / "store").exists())
+
+    def test_a_list_names_the_files(self):
+        names = ["in/square.obj", "in/a.obj"]
+        for form in ("\n".join(names), "\r\n".join(names) + "\r\n", "".join(name + "\0" for name in names)):
+            self.write("list.txt", form)
+            lines = self.json_lines("--list", "list.txt", "--force")[1]
+            self.assertEqual([line.get("source") for line in lines], [*names, None])
+        lines = self.json_lines("--list", "-", "-r", stdin=None, input=b"in\0triangle.obj\0")[1]
+        self.assertEqual([line.get("source") for line in lines[1:]], ["in/square.obj", "in/sub/same.obj", "triangle.obj", None])
+
+    def test_a_list_with_faults_is_done_for_the_rest(self):
+        self.write("list.txt", "nowhere.obj\nin\ntriangle.obj\n")
+        code, lines = self.json_lines("--list", "list.txt")
+        self.assertEqual(code, 1)
+        self.assertEqual({line.get("source"): line.get("state") for line in lines},
+                         {"nowhere.obj": "failed", "in": "failed", "triangle.obj": "converted", None: None})
+        self.expect_failure(["convert", "--list", "no.txt", "--store", "store"], r"velmar: no\.txt: can't be read: .*")
+
+    def test_force_converts_what_did_not_change(self):
+        self.fill()
+        output = self.fill("--force")[1]
+        self.assertRegex(output, r"\A3 files converted, 0 unchanged, 0 failed; 0 meshes added; ")
+
+    def test_processes_in_turn_continue_one_file_of_the_manifest(self):
+        for name in ("in/a.obj", "in/square.obj"):
+            self.json_lines(name, "--manifest", "worker-1")
+        self.assertEqual([path.name for path in (self.folder / "store/manifest").iterdir()], ["worker-1.jsonl"])
+        self.assertEqual(len(self.manifest()), 2)
+        self.assertRegex(self.fill()[1], r"\A1 file converted, 2 unchanged, ")
+
     def test_wrong_usage(self):
         hint = "\n'velmar convert --help' says more."
+        self.expect_failure(["convert", "square.obj", "out.ply", "--jobs", "0"],
+                            "velmar: --jobs: Value 0 not in range 1 to 1024" + hint, 2)
+        self.expect_failure(["convert"], "velmar: IN is required" + hint, 2)
+        self.expect_failure(["convert", "--store", "store"], "velmar: IN or --list is required" + hint, 2)
+        self.expect_failure(["convert", "in", "--store", "store", "--list", "a"],
+                            "velmar: in: --list takes the place of IN" + hint, 2)
+        self.expect_failure(["convert", "in", "--store", "store", "--manifest", "../x"],
+                            r"velmar: --manifest: \.\./x: a name has up to 100 letters, digits, - and _" + hint, 2)
         self.expect_failure(["convert", "square.obj"], "velmar: OUT is required" + hint, 2)
         self.expect_failure(["convert", "square.obj", "out.ply", "--store", "store"],
                             "velmar: out.ply: --store takes the place of OUT" + hint, 2)
