@@ -39,8 +39,9 @@ LICENCES_OF_NATIVE_TOOL = ["assimp"]
 LICENCES_OF_RUNTIME = {"gcc": "gcc-mingw-w64-base", "mingw-w64": "mingw-w64-common"}
 
 # For authors of hosts and renderer libraries; the other documents are about the sources.
-DOCUMENTS = ["api", "bindings.md", "editing-documents.md", "errors.md", "info-json.md", "kit.md", "ownership.md", "preview.md",
-             "renderer-layouts.md", "renderer-seam.md", "scene-document.md", "threads.md", "vmmesh-format.md", "whole-scenes.md"]
+DOCUMENTS = ["api", "bindings.md", "editing-documents.md", "errors.md", "farm.md", "info-json.md", "kit.md", "mesh-store.md",
+             "ownership.md", "preview.md", "renderer-layouts.md", "renderer-seam.md", "scene-document.md", "threads.md",
+             "vmmesh-format.md", "whole-scenes.md"]
 
 # The earliest time that a zip file can store.
 TIME = (1980, 1, 1, 0, 0, 0)

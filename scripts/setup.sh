@@ -26,6 +26,7 @@ packages=(
     googletest libeigen3-dev pkgconf llvm locales                                          # the tests
     libbenchmark-dev libfast-float-dev libtinyobjloader-dev libassimp-dev                  # benchmarks and comparisons
     python3-numpy python3-pip python3-setuptools python3-wheel mypy                        # the Python package
+    python3-distributed python3-tqdm procps                                                # its farm
     mono-mcs mono-runtime                                                                  # the package for C#
     assimp-testmodels                                                                      # real models
 )

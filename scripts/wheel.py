@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Makes the Python package of a build: a wheel with both libraries and the preview renderer inside, for pip.
+"""Makes the Python package of a build: a wheel with both libraries, the preview renderer and the tool inside, for pip.
 
 Usage: wheel.py BUILD/package.json FOLDER
 
@@ -16,8 +16,6 @@ import tempfile
 
 from package import add_licences, licences_of
 
-# What the libraries in the wheel don't contain.
-LICENCES_OF_COMMANDS = ["CLI11", "pugixml", "assimp"]
 # Where the package looks for the preview renderer.
 FOLDER = "vs2017_64"
 
@@ -47,18 +45,26 @@ def main():
         if package["archive"] == "zip":
             libraries = [tree / "bin" / f"{name}.dll" for name in names]
             preview = "velmar_rt_sdk.dll"
+            tool = "velmar.exe"
             platform = "win_amd64"
         else:
             libraries = [path for name in names for path in tree.glob(f"lib*/**/lib{name}.so")]
             preview = "velmar_rt_sdk.so"
-            platform = "manylinux_{}_{}_x86_64".format(*oldest_glibc([*libraries, tree / "bin" / FOLDER / preview]))
+            tool = "bin/velmar"
+            programs = [*libraries, tree / "bin" / FOLDER / preview, tree / "bin" / "velmar"]
+            platform = "manylinux_{}_{}_x86_64".format(*oldest_glibc(programs))
+            # The tool asks for its library by this name, in this folder as seen from its own.
+            (source / "velmar" / "lib").mkdir()
+            shutil.copyfile(libraries[0], source / "velmar" / "lib" / "libVelmarAPI.so.1")
         for library in libraries:
             # As a file of its own, under the name that the package looks for.
             shutil.copyfile(library, source / "velmar" / library.name)
+        # Executable, and it stays so.
+        (source / "velmar" / tool).parent.mkdir(exist_ok=True)
+        shutil.copy(tree / "bin" / pathlib.Path(tool).name, source / "velmar" / tool)
         (source / "velmar" / FOLDER).mkdir()
         shutil.copyfile(tree / "bin" / FOLDER / preview, source / "velmar" / FOLDER / preview)
-        terms = {name: origin for name, origin in licences_of(package).items() if name not in LICENCES_OF_COMMANDS}
-        add_licences(package, terms, source / "licences")
+        add_licences(package, licences_of(package), source / "licences")
         subprocess.run([sys.executable, "-m", "pip", "wheel", "--quiet", "--no-build-isolation", "--no-deps", "--no-index",
                         "--disable-pip-version-check", "--config-settings", f"--build-option=--plat-name={platform}",
                         "--wheel-dir", made, source], check=True, env=environment, stdout=subprocess.DEVNULL)

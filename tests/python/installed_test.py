@@ -2,6 +2,7 @@
 
 Usage: installed_test.py CMAKE BUILD EXAMPLES WORK [unittest options]
 """
+import importlib.util
 import os
 import pathlib
 import re
@@ -17,7 +18,7 @@ TREE = WORK / "tree"
 
 
 def run(*command, folder=WORK, **environment):
-    clean = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "VELMAR_LIBRARY")}
+    clean = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "VELMAR_LIBRARY", "VELMAR_TOOL")}
     done = subprocess.run([str(part) for part in command], cwd=folder, env={**clean, **environment},
                           capture_output=True, text=True, timeout=250, stdin=subprocess.DEVNULL)
     if done.returncode != 0:
@@ -62,8 +63,25 @@ class Installed(unittest.TestCase):
         self.assertTrue((WORK / "scene.xml").is_file())
         self.render_by(package)
         terms = {path.stem for path in package.parent.glob("velmar-*.dist-info/**/*.txt")}
-        self.assertLessEqual({"Embree", "RPly", "double-conversion", "stb", "xxHash", "zstd"}, terms)
-        self.assertNotIn("CLI11", terms)
+        self.assertLessEqual({"CLI11", "Embree", "RPly", "double-conversion", "stb", "xxHash", "zstd"}, terms)
+        self.convert_by(python, package)
+
+    def convert_by(self, python, package):
+        """The tool of a package fills a store, driven by Dask of this Python."""
+        models = WORK / "models"
+        models.mkdir()
+        (models / "a.obj").write_text("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", encoding="utf-8")
+        dask = pathlib.Path(importlib.util.find_spec("distributed").origin).parents[1]
+        output = run(python, "-m", "velmar.farm", "convert", models, "--store", WORK / "store", "--local", "1",
+                     PYTHONPATH=str(dask), PATH="/usr/bin:/bin")
+        self.assertRegex(output, r"\A1 converted, 0 unchanged, 0 failed; 1 meshes added; ")
+        tool = run(python, "-c", "import velmar.farm.tool; print(velmar.farm.tool.find())").strip()
+        self.assertEqual(pathlib.Path(tool), package / "bin/velmar")
+
+    def test_tool_of_the_installed_tree_is_found(self):
+        found = run(sys.executable, "-c", "import velmar.farm.tool; print(velmar.farm.tool.find())",
+                    PYTHONPATH=str(TREE / "share/velmar/python"), PYTHONDONTWRITEBYTECODE="1").strip()
+        self.assertEqual(pathlib.Path(found), TREE / "bin/velmar")
 
     def render_by(self, package):
         """The preview renderer of a package draws a picture."""

@@ -69,10 +69,16 @@ except velmar.FileError as failure:
 preview = velmar.preview._find()
 print(preview.is_relative_to(os.path.dirname(velmar.__file__)))
 print(velmar.preview._loaded(str(preview)).VelmarPreview_Wait is not None)
+import velmar.farm.tool
+print(os.path.samefile(os.path.dirname(velmar.farm.tool.find()), os.path.dirname(velmar.__file__)))
+os.makedirs("store/manifest")
+with open("wheel.obj", "w") as file:
+    file.write("v 0 0 0\\nv 1 0 0\\nv 0 1 0\\nf 1 2 3\\n")
+print(velmar.farm.tool.convert(os.path.abspath("store"), [], [os.path.abspath("wheel.obj")])["converted"])
 """
         output = run(EMULATOR, PYTHON, "-c", program, PYTHONPATH=f"Z:{SITE}", PYTHONDONTWRITEBYTECODE="1")
         version = wheel.name.split("-")[1]
-        self.assertEqual(output.split(), ["win32", version, "True", "failed:", "True", "True", "True"])
+        self.assertEqual(output.split(), ["win32", version, "True", "failed:", "True", "True", "True", "True", "1"])
         self.assertTrue((WORK / "wheel.xml").is_file())
         self.assertEqual(len(list(WORK.glob("wheel_meshes/*.vmmesh"))), 1)
 
