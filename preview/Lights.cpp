@@ -85,8 +85,9 @@ Lights::Lights(const World& world_) : world(&world_) {
                     const MeshGeometry::Corners corners = geometry.cornersAt(kind, face, at, at);
                     if (*std::max_element(corners.vertices.begin(), corners.vertices.end()) >= vertex_count) continue;
                     const Vec3 a = geometry.vertex(corners.vertices[0]);
-                    const Vec3 doubled = cross(instance.to_world.vector(geometry.vertex(corners.vertices[1]) - a),
-                                               instance.to_world.vector(geometry.vertex(corners.vertices[2]) - a));
+                    const Vec3 doubled =
+                        cross(instance.placement.to_world.vector(geometry.vertex(corners.vertices[1]) - a),
+                              instance.placement.to_world.vector(geometry.vertex(corners.vertices[2]) - a));
                     add({i, face, static_cast<std::uint8_t>(kind), second}, 0.5 * double{length(doubled)},
                         world->surfaceOf(instance, corners.material));
                 }
@@ -149,7 +150,7 @@ LightSample Lights::sample(float choice, const Vec2& place, float time) const {
     sample.surface = &world->surfaceOf(instance, corners.material);
     sample.emission = emissionOf(*sample.surface, geometry.uvAt(corners, sample.surface->emission.uv_set));
     sample.density = brightnessOf(*sample.surface) / total;
-    if (instance.path >= 0) sample.density *= length(instance.to_world.normal(cross(ab, ac))) / size;
+    if (instance.path >= 0) sample.density *= length(instance.placement.for_normals.vector(cross(ab, ac))) / size;
     return sample;
 }
 

@@ -132,30 +132,6 @@ void MeshGeometry::makeSmoothNormals() {
     normals = smooth_normals.data();
 }
 
-MeshGeometry::Corners MeshGeometry::cornersAt(unsigned kind, unsigned prim, float u, float v) const {
-    if (kind == triangle_kind) {
-        const Velmar::MeshTriangle& face = mesh->triangles.data()[prim];
-        return {{face.vertex_indices[0], face.vertex_indices[1], face.vertex_indices[2]},
-                {face.uv_indices[0], face.uv_indices[1], face.uv_indices[2]},
-                face.material_index,
-                u,
-                v};
-    }
-    const Velmar::MeshQuad& face = mesh->quads.data()[prim];
-    if (u + v <= 1.0f)
-        return {{face.vertex_indices[0], face.vertex_indices[1], face.vertex_indices[3]},
-                {face.uv_indices[0], face.uv_indices[1], face.uv_indices[3]},
-                face.material_index,
-                u,
-                v};
-    return {{face.vertex_indices[2], face.vertex_indices[3], face.vertex_indices[1]},
-            {face.uv_indices[2], face.uv_indices[3], face.uv_indices[1]},
-            face.material_index,
-            1.0f - u,
-            1.0f - v,
-            true};
-}
-
 Vec2 MeshGeometry::uvAt(const Corners& corners, std::uint32_t uv_set) const {
     const std::uint64_t sets = mesh->num_uv_mappings;
     if (uv_set >= sets) return {};

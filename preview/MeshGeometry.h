@@ -28,8 +28,6 @@ class MeshGeometry {
         std::uint32_t material = 0;
         float u = 0.0f;
         float v = 0.0f;
-        /// Whether this is the second half of a quad.
-        bool second_half = false;
     };
 
     /// `smooth` asks for normals where the mesh has none. `name` is for messages. Throws as `EmbreeDevice::commit`
@@ -45,9 +43,26 @@ class MeshGeometry {
 
     std::size_t countFaces(FaceKind kind) const { return kind == triangle_kind ? triangle_count : quad_count; }
 
+    std::uint32_t materialOf(unsigned kind, unsigned prim) const {
+        return kind == triangle_kind ? mesh->triangles.data()[prim].material_index
+                                     : mesh->quads.data()[prim].material_index;
+    }
+
     /// The corners of face `prim` around Embree's coordinates of a hit. Embree cuts a quad into the corners 0, 1, 3 and
     /// 2, 3, 1, and counts u and v from corner 0 in both.
-    Corners cornersAt(unsigned kind, unsigned prim, float u, float v) const;
+    Corners cornersAt(unsigned kind, unsigned prim, float u, float v) const {
+        if (kind == triangle_kind) {
+            const Velmar::MeshTriangle& face = mesh->triangles.data()[prim];
+            const std::uint32_t* const at = face.vertex_indices;
+            const std::uint32_t* const uvs = face.uv_indices;
+            return {{at[0], at[1], at[2]}, {uvs[0], uvs[1], uvs[2]}, face.material_index, u, v};
+        }
+        const Velmar::MeshQuad& face = mesh->quads.data()[prim];
+        const std::uint32_t* const at = face.vertex_indices;
+        const std::uint32_t* const uvs = face.uv_indices;
+        if (u + v <= 1.0f) return {{at[0], at[1], at[3]}, {uvs[0], uvs[1], uvs[3]}, face.material_index, u, v};
+        return {{at[2], at[3], at[1]}, {uvs[2], uvs[3], uvs[1]}, face.material_index, 1.0f - u, 1.0f - v};
+    }
 
     Vec3 vertex(std::uint32_t index) const {
         const Velmar::Vec3f& at = mesh->verts.data()[index];

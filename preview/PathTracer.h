@@ -7,6 +7,7 @@
 #include "preview/World.h"
 
 #include <cstdint>
+#include <limits>
 #include <span>
 
 namespace Preview {
@@ -41,13 +42,14 @@ class PathTracer {
 
   private:
     struct Path;
+    struct Start;
 
-    void follow(Ray ray, RTCRayHit& hit, float weight, Sampler& sampler, std::span<float> pixel) const;
+    void follow(RTCRayHit& hit, Path& path) const;
     bool passShadowCatcher(const SurfacePoint& point, Path& path) const;
-    void addSun(const SurfacePoint& point, const Vec3& side, const Vec3& reflected, Path& path) const;
-    void addLight(const SurfacePoint& point, const Vec3& side, const Vec3& reflected, Path& path) const;
+    void addSun(const Start& start, Path& path) const;
+    void addLight(const Start& start, Path& path) const;
     void addBackground(const Vec3& direction, Path& path) const;
-    void addEmission(const SurfacePoint& point, const Ray& ray, float distance, Path& path) const;
+    void addEmission(const SurfacePoint& point, const Vec3& direction, float distance, Path& path) const;
     void add(std::uint32_t layer, Vec3 light, const Path& path, std::uint32_t reflections) const;
     void traceAuxiliary(float x, float y, std::span<float> pixel) const;
 
@@ -61,6 +63,8 @@ class PathTracer {
     float scale;
     float margin;
     PathSettings settings;
+    /// Larger contributions are looked at more closely.
+    float max_luminance;
 };
 
 } // namespace Preview

@@ -3,6 +3,7 @@
 #include "preview/Vec.h"
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 
 namespace Preview {
@@ -14,24 +15,35 @@ namespace Preview {
 class Sampler {
   public:
     Sampler(std::uint64_t seed, std::uint32_t pixel, std::uint32_t sample_)
-        : state(mixBits(mixBits(static_cast<std::uint32_t>(seed >> 32) ^ 0x9E3779B9u) ^
-                        mixBits(static_cast<std::uint32_t>(seed) + 0x85EBCA6Bu * pixel) ^ pixel)),
-          reversed_sample(reverseBits(sample_)) {}
+        : Sampler(firstState(mixHigh(seed), seed, pixel), reverseBits(sample_)) {}
 
     /// Two numbers in [0, 1) that belong together.
     Vec2 next2() {
-        const std::uint32_t reversed_index = shuffle();
-        const std::uint32_t index = reverseBits(reversed_index);
-        return {toUnit(reverseBits(permute(index, state ^ 0x68BC21EBu))),
-                toUnit(reverseBits(permute(reversedSobolOfSecondDimension(index), state ^ 0x02E5BE93u)))};
+        const std::uint32_t index = reverseBits(shuffle());
+        return {firstOf(index), secondOf(index)};
     }
 
-    float next1() {
-        const std::uint32_t index = reverseBits(shuffle());
-        return toUnit(reverseBits(permute(index, state ^ 0x68BC21EBu)));
-    }
+    float next1() { return firstOf(reverseBits(shuffle())); }
 
   private:
+    friend class SamplerRow;
+
+    Sampler(std::uint32_t state_, std::uint32_t reversed_sample_) : state(state_), reversed_sample(reversed_sample_) {}
+
+    static std::uint32_t mixHigh(std::uint64_t seed) {
+        return mixBits(static_cast<std::uint32_t>(seed >> 32) ^ 0x9E3779B9u);
+    }
+    static std::uint32_t firstState(std::uint32_t mixed_high, std::uint64_t seed, std::uint32_t pixel) {
+        return mixBits(mixed_high ^ mixBits(static_cast<std::uint32_t>(seed) + 0x85EBCA6Bu * pixel) ^ pixel);
+    }
+
+    // The numbers of the dimensions that `state` was mixed for last.
+
+    float firstOf(std::uint32_t index) const { return toUnit(reverseBits(permute(index, state ^ 0x68BC21EBu))); }
+    float secondOf(std::uint32_t index) const {
+        return toUnit(reverseBits(permute(reversedSobolOfSecondDimension(index), state ^ 0x02E5BE93u)));
+    }
+
     static float toUnit(std::uint32_t bits) { return static_cast<float>(bits >> 8) * 0x1p-24f; }
 
     /// A hash of 32 bits of good avalanche; the constants are those of "lowbias32" (Wellons, 2018).
@@ -44,10 +56,12 @@ class Sampler {
     }
 
     static std::uint32_t reverseBits(std::uint32_t v) {
+        // Bytes first and halves last: next to each other, compilers would make one instruction of them, which there
+        // isn't for several numbers at once.
+        v = ((v >> 8) & 0x00FF00FFu) | ((v & 0x00FF00FFu) << 8);
         v = ((v >> 1) & 0x55555555u) | ((v & 0x55555555u) << 1);
         v = ((v >> 2) & 0x33333333u) | ((v & 0x33333333u) << 2);
         v = ((v >> 4) & 0x0F0F0F0Fu) | ((v & 0x0F0F0F0Fu) << 4);
-        v = ((v >> 8) & 0x00FF00FFu) | ((v & 0x00FF00FFu) << 8);
         return std::rotl(v, 16);
     }
 
@@ -78,6 +92,38 @@ class Sampler {
     }
 
     std::uint32_t state;
+    std::uint32_t reversed_sample;
+};
+
+/// The samplers of neighbouring pixels after their first two numbers, all of which are computed at once: the processor
+/// does several with each instruction.
+class SamplerRow {
+  public:
+    static constexpr std::uint32_t capacity = 32;
+
+    /// Of at most `capacity` pixels. Their samplers are those of `Sampler`.
+    SamplerRow(std::uint64_t seed, std::uint32_t first_pixel, std::uint32_t count, std::uint32_t sample)
+        : reversed_sample(Sampler::reverseBits(sample)) {
+        const std::uint32_t mixed_high = Sampler::mixHigh(seed);
+        const std::uint32_t reversed = reversed_sample;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            Sampler sampler(Sampler::firstState(mixed_high, seed, first_pixel + i), reversed);
+            const std::uint32_t index = Sampler::reverseBits(sampler.shuffle());
+            x[i] = sampler.firstOf(index);
+            y[i] = sampler.secondOf(index);
+            states[i] = sampler.state;
+        }
+    }
+
+    Sampler operator[](std::size_t i) const { return {states[i], reversed_sample}; }
+    void set(std::size_t i, const Sampler& sampler) { states[i] = sampler.state; }
+
+    // The first two numbers of each.
+    float x[capacity];
+    float y[capacity];
+
+  private:
+    std::uint32_t states[capacity];
     std::uint32_t reversed_sample;
 };
 

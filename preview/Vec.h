@@ -67,6 +67,15 @@ inline float luminance(const Vec3& colour) {
     return 0.2126f * colour.x + 0.7152f * colour.y + 0.0722f * colour.z;
 }
 
+/// A linear map. `x`, `y` and `z` are its columns.
+struct Linear {
+    Vec3 x;
+    Vec3 y;
+    Vec3 z;
+
+    Vec3 vector(const Vec3& v) const { return x * v.x + y * v.y + z * v.z; }
+};
+
 /// A linear map and a translation. `x`, `y` and `z` are the columns of the map.
 struct Affine {
     Vec3 x{1.0f, 0.0f, 0.0f};
@@ -79,11 +88,14 @@ struct Affine {
 
     float determinant() const { return dot(x, cross(y, z)); }
 
-    /// The direction of a transformed surface's normal: the inverse transpose times a positive number.
-    Vec3 normal(const Vec3& n) const {
-        const Vec3 cofactors = cross(y, z) * n.x + cross(z, x) * n.y + cross(x, y) * n.z;
-        return determinant() < 0.0f ? -cofactors : cofactors;
+    /// The linear map that gives the directions of a transformed surface's normals: the inverse transpose times a
+    /// positive number.
+    Linear forNormals() const {
+        const Vec3 yz = cross(y, z);
+        const float sign = dot(x, yz) < 0.0f ? -1.0f : 1.0f;
+        return {yz * sign, cross(z, x) * sign, cross(x, y) * sign};
     }
+    Vec3 normal(const Vec3& n) const { return forNormals().vector(n); }
 
     bool operator==(const Affine& other) const { return x == other.x && y == other.y && z == other.z && p == other.p; }
 };

@@ -129,7 +129,7 @@ void World::readModel(const Velmar::SceneNodeModel& model, const std::vector<std
     const Motion motion({model.keyframes.data(), model.keyframes.size()},
                         baseMatrix(model.rotation.getPointer(), model.scale), complaint);
     if (!complaint.empty()) report("model '" + nameOf(model) + "': " + complaint + "; drawn at rest");
-    instance.to_world = motion.at(0.5);
+    Affine to_world = motion.at(0.5);
     if (motion.isMoving()) {
         const unsigned segments = motion.countSegments();
         std::vector<Affine> path(segments + 1);
@@ -141,11 +141,12 @@ void World::readModel(const Velmar::SceneNodeModel& model, const std::vector<std
         }
         instance.path = static_cast<std::int32_t>(paths.size());
         paths.push_back(std::move(path));
-        instance.to_world = placementAt(instance, 0.5f);
-    } else if (!isUsable(instance.to_world)) {
+        to_world = placementAt(instance, 0.5f);
+    } else if (!isUsable(to_world)) {
         report("model '" + nameOf(model) + "' has a transformation that isn't finite or can't be inverted");
         return;
     }
+    instance.placement = Placement(to_world);
     if (!model.ies_profiles.empty()) report("IES profiles aren't rendered");
     instance.uid = model.getUID();
     instance.invisible_to_camera = model.invisible_to_camera;
@@ -195,8 +196,9 @@ double World::areaOf(const Instance& instance, std::uint32_t material) const {
                         [=](std::uint32_t index) { return index >= vertex_count; }))
             return;
         const Vec3 a = geometry.vertex(corners.vertices[0]);
-        const float doubled = length(cross(instance.to_world.vector(geometry.vertex(corners.vertices[1]) - a),
-                                           instance.to_world.vector(geometry.vertex(corners.vertices[2]) - a)));
+        const float doubled =
+            length(cross(instance.placement.to_world.vector(geometry.vertex(corners.vertices[1]) - a),
+                         instance.placement.to_world.vector(geometry.vertex(corners.vertices[2]) - a)));
         if (std::isfinite(doubled)) area += 0.5 * double{doubled};
     };
     for (std::size_t i = 0; i < geometry.countFaces(MeshGeometry::triangle_kind); ++i)
@@ -231,9 +233,9 @@ void World::attachInstances(const std::vector<Instance>& former) {
         const auto id = static_cast<unsigned>(i);
         const bool known = i < former.size();
         if (known && former[i].path < 0 && instance.path < 0 && former[i].geometry == instance.geometry) {
-            if (former[i].to_world == instance.to_world) continue;
+            if (former[i].placement.to_world == instance.placement.to_world) continue;
             const RTCGeometry geometry = rtcGetGeometry(scene.get(), id);
-            setTransform(geometry, 0, instance.to_world);
+            setTransform(geometry, 0, instance.placement.to_world);
             rtcCommitGeometry(geometry);
             continue;
         }
@@ -241,7 +243,7 @@ void World::attachInstances(const std::vector<Instance>& former) {
         const GeometryOwner geometry = device.makeGeometry(RTC_GEOMETRY_TYPE_INSTANCE);
         rtcSetGeometryInstancedScene(geometry.get(), instance.geometry->getScene());
         if (instance.path < 0) {
-            setTransform(geometry.get(), 0, instance.to_world);
+            setTransform(geometry.get(), 0, instance.placement.to_world);
         } else {
             const std::vector<Affine>& path = paths[static_cast<std::size_t>(instance.path)];
             rtcSetGeometryTimeStepCount(geometry.get(), static_cast<unsigned>(path.size()));

@@ -17,10 +17,22 @@
 
 namespace Preview {
 
+/// Where a mesh is, with what each hit needs of that.
+struct Placement {
+    Placement() = default;
+    explicit Placement(const Affine& to_world_);
+
+    Affine to_world;
+    Linear for_normals = to_world.forNormals();
+    /// By how much the magnitudes of a place's coordinates make its rounding errors grow, and what they are at least.
+    Vec3 rounding{};
+    float min_rounding = 0.0f;
+};
+
 /// A model's placement of a mesh.
 struct Instance {
-    /// For one that moves, its placement in the middle of the exposure.
-    Affine to_world;
+    /// For one that moves, that in the middle of the exposure.
+    Placement placement;
     const MeshGeometry* geometry = nullptr;
     /// Where its list of surfaces begins; `surface_count` is 0 for a model without materials.
     std::uint32_t first_surface = 0;
@@ -47,36 +59,63 @@ struct SphereShape {
 /// rays.
 enum class RayKind { camera, other };
 
-/// A place on a surface.
+/// What a ray hit.
 struct SurfacePoint {
-    Vec3 position;
-    /// Unit normals of the geometry and for shading, on the outer side. Outer is the side from which the corners of a
-    /// face appear counter-clockwise.
+    /// The record of the ray, which must stay as it is while this object is used.
+    const RTCRayHit* hit = nullptr;
+    /// Unit normal of the geometry, on the outer side. Outer is the side from which the corners of a face appear
+    /// counter-clockwise.
     Vec3 normal;
-    Vec3 shading_normal;
     const Surface* surface = nullptr;
-    /// How far from the surface a ray must begin so as not to meet it again through rounding.
-    float clearance = 0.0f;
+    /// The mesh, null on spheres.
+    const MeshGeometry* geometry = nullptr;
     /// Of the model or sphere.
     std::uint32_t uid = 0;
     std::int32_t mask = -1;
-    std::uint32_t face = 0;
-    /// For texture coordinates; null on spheres, whose `uv` counts.
-    const MeshGeometry* geometry = nullptr;
-    MeshGeometry::Corners corners;
-    Vec2 uv;
     /// The area that a unit of area in the middle of the exposure has at this moment, if it moves.
     float stretch = 1.0f;
 
-    Vec2 uvOf(std::uint32_t set) const { return geometry != nullptr ? geometry->uvAt(corners, set) : uv; }
+    /// Texture coordinates. Spheres have none.
+    Vec2 uvOf(std::uint32_t set) const {
+        if (geometry == nullptr) return {};
+        return geometry->uvAt(geometry->cornersAt(hit->hit.geomID, hit->hit.primID, hit->hit.u, hit->hit.v), set);
+    }
 };
 
-/// A ray and what it hit.
+/// Where that is, as paths that go on from there need it.
+struct SurfacePlace {
+    Vec3 position;
+    /// Unit normal for shading, on the outer side.
+    Vec3 shading_normal;
+    /// How far from the surface a ray must begin so as not to meet it again through rounding.
+    float clearance = 0.0f;
+};
+
 struct Ray {
     Vec3 origin;
     Vec3 direction;
     float time = 0.0f;
     float length = std::numeric_limits<float>::infinity();
+
+    /// Whether Embree takes it: its assertions end the process for others, which come of places and sizes near the
+    /// limits of floats.
+    bool isValid() const {
+        // Squares, so that one comparison serves three numbers.
+        constexpr float max_size = 1.844e18f * 1.844e18f;
+        return dot(origin, origin) <= max_size && dot(direction, direction) <= max_size && length >= 0.0f;
+    }
+
+    /// Fills Embree's record.
+    void fill(RTCRay& to) const {
+        to.org_x = origin.x, to.org_y = origin.y, to.org_z = origin.z;
+        to.tnear = 0.0f;
+        to.dir_x = direction.x, to.dir_y = direction.y, to.dir_z = direction.z;
+        to.time = time;
+        to.tfar = length;
+        to.mask = 0xFFFFFFFFu;
+        to.id = 0;
+        to.flags = 0;
+    }
 };
 
 /// The geometry of a scene, with its surfaces, ready for rays. Rays may be traced from any number of threads.
@@ -95,7 +134,14 @@ class World {
 
     /// Fills Embree's record of a ray that hasn't hit anything yet. Rays that begin 1e18 metres away or aren't finite
     /// will hit nothing.
-    static void setRay(const Ray& ray, RTCRayHit& hit);
+    static void setRay(const Ray& ray, RTCRayHit& hit) {
+        ray.fill(hit.ray);
+        // One that ends before it begins.
+        if (!ray.isValid()) Ray{{}, {1.0f, 0.0f, 0.0f}, 0.0f, -std::numeric_limits<float>::infinity()}.fill(hit.ray);
+        hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+        hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
+    }
+    static bool isMiss(const RTCRayHit& hit) { return hit.hit.geomID == RTC_INVALID_GEOMETRY_ID; }
     /// Returns whether the ray of a record hits something; then the record says what.
     bool intersect(RayKind kind, RTCRayHit& hit) const;
     /// Both.
@@ -105,6 +151,7 @@ class World {
     }
     /// What was hit, by a record of `intersect`.
     SurfacePoint pointAt(const RTCRayHit& hit) const;
+    SurfacePlace placeOf(const SurfacePoint& point) const;
     /// Whether something is between the ray's origin and its length.
     bool isOccluded(const Ray& ray) const;
 
@@ -130,6 +177,7 @@ class World {
     static void boundSphere(const RTCBoundsFunctionArguments* arguments);
     static void intersectSphere(const RTCIntersectFunctionNArguments* arguments);
     static void occludeSphere(const RTCOccludedFunctionNArguments* arguments);
+    static SurfacePlace placeOnMesh(const SurfacePoint& point, const Placement& placement);
     bool isSphereHit(unsigned index, const RTCRay& ray, float& t, Vec3& normal) const;
 
     bool tryToBuild(const SceneNodes& nodes, std::vector<std::string> material_masks,

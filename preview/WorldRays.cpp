@@ -17,45 +17,20 @@ struct World::Query {
 
 namespace {
 
-constexpr float min_distance = 0.0f;
-
-void fill(RTCRay& to, const Ray& ray) {
-    to.org_x = ray.origin.x;
-    to.org_y = ray.origin.y;
-    to.org_z = ray.origin.z;
-    to.tnear = min_distance;
-    to.dir_x = ray.direction.x;
-    to.dir_y = ray.direction.y;
-    to.dir_z = ray.direction.z;
-    to.time = ray.time;
-    to.tfar = ray.length;
-    to.mask = 0xFFFFFFFFu;
-    to.id = 0;
-    to.flags = 0;
-}
+/// A few times the rounding of one operation.
+constexpr float rounding = 1e-6f;
 
 float sumOfMagnitudes(const Vec3& v) {
     return std::abs(v.x) + std::abs(v.y) + std::abs(v.z);
 }
 
-/// Whether Embree takes the ray: its assertions end the process for others, which come of places and sizes near the
-/// limits of floats.
-bool isValid(const Ray& ray) {
-    constexpr float max_size = 1.844e18f;
-    const auto fits = [](const Vec3& v) {
-        return std::abs(v.x) <= max_size && std::abs(v.y) <= max_size && std::abs(v.z) <= max_size;
-    };
-    return fits(ray.origin) && fits(ray.direction) && ray.length >= 0.0f;
-}
-
 } // namespace
 
-void World::setRay(const Ray& ray, RTCRayHit& hit) {
-    // One that ends before it begins.
-    fill(hit.ray, isValid(ray) ? ray : Ray{{}, {1.0f, 0.0f, 0.0f}, 0.0f, -std::numeric_limits<float>::infinity()});
-    hit.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-    hit.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
-}
+Placement::Placement(const Affine& to_world_)
+    : to_world(to_world_),
+      rounding(Vec3{sumOfMagnitudes(to_world.x), sumOfMagnitudes(to_world.y), sumOfMagnitudes(to_world.z)} *
+               Preview::rounding),
+      min_rounding(sumOfMagnitudes(to_world.p) * Preview::rounding) {}
 
 bool World::intersect(RayKind kind, RTCRayHit& hit) const {
     Query query;
@@ -64,18 +39,18 @@ bool World::intersect(RayKind kind, RTCRayHit& hit) const {
     query.kind = kind;
     if (needs_filter) query.embree.filter = filter;
     rtcIntersect1(scene.get(), &query.embree, &hit);
-    return hit.hit.geomID != RTC_INVALID_GEOMETRY_ID;
+    return !isMiss(hit);
 }
 
 bool World::isOccluded(const Ray& ray) const {
-    if (!isValid(ray)) return false;
+    if (!ray.isValid()) return false;
     Query query;
     rtcInitIntersectContext(&query.embree);
     query.world = this;
     query.kind = RayKind::other;
     if (needs_filter) query.embree.filter = filter;
     RTCRay shadow;
-    fill(shadow, ray);
+    ray.fill(shadow);
     rtcOccluded1(scene.get(), &query.embree, &shadow);
     return shadow.tfar < 0.0f;
 }
@@ -193,7 +168,7 @@ void World::occludeSphere(const RTCOccludedFunctionNArguments* arguments) {
 }
 
 Affine World::placementAt(const Instance& instance, float time) const {
-    if (instance.path < 0) return instance.to_world;
+    if (instance.path < 0) return instance.placement.to_world;
     const std::vector<Affine>& path = paths[static_cast<std::size_t>(instance.path)];
     const float at = std::clamp(time, 0.0f, 1.0f) * static_cast<float>(path.size() - 1);
     const std::size_t part = std::min(static_cast<std::size_t>(at), path.size() - 2);
@@ -201,52 +176,66 @@ Affine World::placementAt(const Instance& instance, float time) const {
 }
 
 SurfacePoint World::pointAt(const RTCRayHit& hit) const {
-    // A few times the rounding of one operation.
-    constexpr float rounding = 1e-6f;
+    const Vec3 normal = {hit.hit.Ng_x, hit.hit.Ng_y, hit.hit.Ng_z};
     SurfacePoint point;
-    point.face = hit.hit.primID;
+    point.hit = &hit;
     if (hit.hit.instID[0] == RTC_INVALID_GEOMETRY_ID) {
         const SphereShape& sphere = spheres[hit.hit.primID];
-        const Vec3 centre = sphere.centreAt(hit.ray.time);
-        point.normal = point.shading_normal = normalised({hit.hit.Ng_x, hit.hit.Ng_y, hit.hit.Ng_z});
-        point.position = centre + point.normal * sphere.radius;
-        point.clearance = rounding * (sumOfMagnitudes(centre) + sphere.radius);
+        point.normal = normalised(normal);
         point.surface = &surfaceOf(sphere);
         point.uid = sphere.uid;
         return point;
     }
     const Instance& instance = instances[hit.hit.instID[0]];
-    const MeshGeometry& geometry = *instance.geometry;
-    const Affine moved = instance.path < 0 ? Affine() : placementAt(instance, hit.ray.time);
-    const Affine& to_world = instance.path < 0 ? instance.to_world : moved;
-    const MeshGeometry::Corners corners = geometry.cornersAt(hit.hit.geomID, hit.hit.primID, hit.hit.u, hit.hit.v);
-    const Vec3 a = geometry.vertex(corners.vertices[0]);
-    const Vec3 ab = geometry.vertex(corners.vertices[1]) - a;
-    const Vec3 ac = geometry.vertex(corners.vertices[2]) - a;
-    const Vec3 inside = a + ab * corners.u + ac * corners.v;
-    point.position = to_world.point(inside);
-    const Vec3 size = {std::abs(inside.x), std::abs(inside.y), std::abs(inside.z)};
-    point.clearance = rounding * (sumOfMagnitudes(to_world.x) * size.x + sumOfMagnitudes(to_world.y) * size.y +
-                                  sumOfMagnitudes(to_world.z) * size.z + sumOfMagnitudes(to_world.p));
-    const Vec3 face_normal = cross(ab, ac);
-    point.normal = normalised(to_world.normal(face_normal));
-    point.shading_normal = point.normal;
-    if (geometry.hasNormals()) {
-        const Vec3 n = geometry.normal(corners.vertices[0]) * (1.0f - corners.u - corners.v) +
-                       geometry.normal(corners.vertices[1]) * corners.u +
-                       geometry.normal(corners.vertices[2]) * corners.v;
-        const Vec3 smooth = normalised(to_world.normal(n));
-        // Normals of a file may be zero, not finite, or on the other side of the face.
-        if (isFinite(smooth) && dot(smooth, point.normal) > 0.0f) point.shading_normal = smooth;
-    }
-    if (instance.path >= 0)
-        point.stretch = length(to_world.normal(face_normal)) / length(instance.to_world.normal(face_normal));
-    point.geometry = &geometry;
-    point.corners = corners;
-    point.surface = &surfaceOf(instance, corners.material);
+    point.geometry = instance.geometry;
+    point.surface = &surfaceOf(instance, instance.geometry->materialOf(hit.hit.geomID, hit.hit.primID));
     point.uid = instance.uid;
     point.mask = instance.mask;
+    const Vec3 at_rest = instance.placement.for_normals.vector(normal);
+    if (instance.path < 0) {
+        point.normal = normalised(at_rest);
+        return point;
+    }
+    const Vec3 moved = placementAt(instance, hit.ray.time).normal(normal);
+    point.normal = normalised(moved);
+    point.stretch = length(moved) / length(at_rest);
     return point;
+}
+
+SurfacePlace World::placeOf(const SurfacePoint& point) const {
+    const RTCRayHit& hit = *point.hit;
+    if (point.geometry == nullptr) {
+        const SphereShape& sphere = spheres[hit.hit.primID];
+        const Vec3 centre = sphere.centreAt(hit.ray.time);
+        return {centre + point.normal * sphere.radius, point.normal,
+                rounding * (sumOfMagnitudes(centre) + sphere.radius)};
+    }
+    const Instance& instance = instances[hit.hit.instID[0]];
+    if (instance.path < 0) return placeOnMesh(point, instance.placement);
+    return placeOnMesh(point, Placement(placementAt(instance, hit.ray.time)));
+}
+
+SurfacePlace World::placeOnMesh(const SurfacePoint& point, const Placement& placement) {
+    const MeshGeometry& geometry = *point.geometry;
+    const RTCHit& hit = point.hit->hit;
+    const MeshGeometry::Corners corners = geometry.cornersAt(hit.geomID, hit.primID, hit.u, hit.v);
+    const float weights[3] = {1.0f - corners.u - corners.v, corners.u, corners.v};
+    // Not along the ray: its rounding errors grow with its length.
+    const Vec3 a = geometry.vertex(corners.vertices[0]);
+    const Vec3 inside = a + (geometry.vertex(corners.vertices[1]) - a) * corners.u +
+                        (geometry.vertex(corners.vertices[2]) - a) * corners.v;
+    const Vec3 size = {std::abs(inside.x), std::abs(inside.y), std::abs(inside.z)};
+    SurfacePlace place{placement.to_world.point(inside), point.normal,
+                       dot(placement.rounding, size) + placement.min_rounding};
+    if (!geometry.hasNormals()) return place;
+    const Vec3 n = geometry.normal(corners.vertices[0]) * weights[0] +
+                   geometry.normal(corners.vertices[1]) * weights[1] +
+                   geometry.normal(corners.vertices[2]) * weights[2];
+    const Vec3 smooth = normalised(placement.for_normals.vector(n));
+    // Normals of a file may be zero, not finite, or on the other side of the face.
+    const float cosine = dot(smooth, point.normal);
+    if (cosine > 0.0f && std::isfinite(cosine)) place.shading_normal = smooth;
+    return place;
 }
 
 } // namespace Preview
