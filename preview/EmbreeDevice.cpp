@@ -36,11 +36,12 @@ bool EmbreeDevice::isCancelled() const {
     return cancelled != nullptr && cancelled->load(std::memory_order_relaxed);
 }
 
-SceneOwner EmbreeDevice::makeScene() {
+SceneOwner EmbreeDevice::makeScene(bool compact) {
     SceneOwner scene(rtcNewScene(device.get()));
     if (scene == nullptr) throw std::bad_alloc();
     rtcSetSceneFlags(scene.get(),
-                     static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION));
+                     static_cast<RTCSceneFlags>(RTC_SCENE_FLAG_ROBUST | RTC_SCENE_FLAG_CONTEXT_FILTER_FUNCTION |
+                                                (compact ? RTC_SCENE_FLAG_COMPACT : RTC_SCENE_FLAG_NONE)));
     rtcSetSceneProgressMonitorFunction(scene.get(), continueBuild, this);
     return scene;
 }

@@ -33,8 +33,9 @@ class EmbreeDevice {
     EmbreeDevice(const EmbreeDevice&) = delete;
     EmbreeDevice& operator=(const EmbreeDevice&) = delete;
 
-    /// An empty scene, watertight as all of the preview's are. Throws `std::bad_alloc`.
-    SceneOwner makeScene();
+    /// An empty scene, watertight as all of the preview's are. A compact one takes half the memory, a third while it is
+    /// built, and its rays take a quarter longer. Throws `std::bad_alloc`.
+    SceneOwner makeScene(bool compact = false);
     /// A geometry without buffers. Throws `std::bad_alloc`.
     GeometryOwner makeGeometry(RTCGeometryType type);
 

@@ -19,6 +19,12 @@ bool isReadableAfter(const Velmar::Vector<Velmar::Vec3f>& verts) {
     return verts.capacity() > verts.size() || end % page != 0;
 }
 
+/// Whether the memory of its structure matters more than the time of its rays.
+bool isLarge(const Velmar::Mesh& mesh) {
+    constexpr std::size_t max_fast_faces = 500000;
+    return mesh.triangles.size() + mesh.quads.size() > max_fast_faces;
+}
+
 template <class Element>
 std::uint64_t hashOf(const Velmar::Vector<Element>& elements, std::uint64_t seed) {
     return XXH3_64bits_withSeed(elements.data(), elements.size() * sizeof(Element), seed);
@@ -41,7 +47,7 @@ bool MeshGeometry::isMadeOf(const Velmar::Mesh& other, bool smooth) const {
 }
 
 MeshGeometry::MeshGeometry(EmbreeDevice& device, const Velmar::Mesh& mesh_, bool smooth, const std::string& name)
-    : mesh(&mesh_), identity(identify(mesh_, smooth)), scene(device.makeScene()) {
+    : mesh(&mesh_), identity(identify(mesh_, smooth)), scene(device.makeScene(isLarge(mesh_))) {
     // More than Embree's 32-bit numbers of faces and vertices.
     constexpr std::size_t max_count = 0xFFFFFFFE;
     if (mesh->verts.size() > max_count || mesh->triangles.size() > max_count || mesh->quads.size() > max_count) {
