@@ -31,14 +31,14 @@ Sky::Sky(const Settings& settings) : sun(normalised(settings.sun_direction)) {
     setUpSun(turbidity, settings.extra_atmospheric);
 }
 
-double Sky::Distribution::at(double cosine_of_zenith_angle, double angle_to_sun) const {
-    const double cosine = std::cos(angle_to_sun);
+double Sky::Distribution::at(double cosine_of_zenith_angle, double angle_to_sun, double cosine_to_sun) const {
     return scale * (1 + a * std::exp(b / cosine_of_zenith_angle)) *
-           (1 + c * std::exp(d * angle_to_sun) + e * cosine * cosine);
+           (1 + c * std::exp(d * angle_to_sun) + e * cosine_to_sun * cosine_to_sun);
 }
 
 void Sky::setUpSky(double t) {
-    const double theta = std::acos(std::min(double{sun.z}, 1.0));
+    const double cosine = std::min(double{sun.z}, 1.0);
+    const double theta = std::acos(cosine);
     luminance_of = {0.1787 * t - 1.4630, -0.3554 * t + 0.4275, -0.0227 * t + 5.3251,
                     0.1206 * t - 2.5771, -0.0670 * t + 0.3703, 1.0};
     x_of = {-0.0193 * t - 0.2592, -0.0665 * t + 0.0008, -0.0004 * t + 0.2125,
@@ -56,9 +56,9 @@ void Sky::setUpSky(double t) {
     const double y = t * t * (0.00275 * theta3 - 0.00610 * theta2 + 0.00317 * theta) +
                      t * (-0.04214 * theta3 + 0.08970 * theta2 - 0.04153 * theta + 0.00516) +
                      (0.15346 * theta3 - 0.26756 * theta2 + 0.06670 * theta + 0.26688);
-    luminance_of.scale = kilocandelas * 1000.0 / candelas_per_unit / luminance_of.at(1.0, theta);
-    x_of.scale = x / x_of.at(1.0, theta);
-    y_of.scale = y / y_of.at(1.0, theta);
+    luminance_of.scale = kilocandelas * 1000.0 / candelas_per_unit / luminance_of.at(1.0, theta, cosine);
+    x_of.scale = x / x_of.at(1.0, theta, cosine);
+    y_of.scale = y / y_of.at(1.0, theta, cosine);
 }
 
 void Sky::setUpSun(double turbidity, bool extra_atmospheric) {
@@ -90,9 +90,11 @@ Vec3 Sky::radiance(const Vec3& direction) const {
     // At the horizon itself the formula divides by 0.
     constexpr double min_cosine = 0.01;
     const double cosine = std::max(double{direction.z}, min_cosine);
-    const double angle = std::acos(std::clamp(double{dot(direction, sun)}, -1.0, 1.0));
-    const double value = luminance_of.at(cosine, angle);
-    const Vec3 colour = colourFromChromaticity(x_of.at(cosine, angle), y_of.at(cosine, angle), std::max(value, 0.0));
+    const double to_sun = std::clamp(double{dot(direction, sun)}, -1.0, 1.0);
+    const double angle = std::acos(to_sun);
+    const double value = luminance_of.at(cosine, angle, to_sun);
+    const Vec3 colour =
+        colourFromChromaticity(x_of.at(cosine, angle, to_sun), y_of.at(cosine, angle, to_sun), std::max(value, 0.0));
     return {std::max(colour.x, 0.0f), std::max(colour.y, 0.0f), std::max(colour.z, 0.0f)};
 }
 

@@ -46,7 +46,7 @@ class Sky {
         /// The value at the zenith divided by the formula there.
         double scale;
 
-        double at(double cosine_of_zenith_angle, double angle_to_sun) const;
+        double at(double cosine_of_zenith_angle, double angle_to_sun, double cosine_to_sun) const;
     };
 
     void setUpSky(double turbidity);
