@@ -48,7 +48,7 @@ bool RenderJob::start() {
     end(false);
     const std::lock_guard<std::mutex> lock(mutex);
     stopping = broken = false;
-    paused = halted = save_due = false;
+    paused = halted = picture_due = false;
     save_at_end = true;
     pass = 0;
     next_tile = outstanding = 0;
@@ -227,21 +227,16 @@ bool RenderJob::prepare() {
 void RenderJob::renderAll() {
     setState(VELMAR_PREVIEW_RENDERING);
     std::vector<std::thread> helpers;
-    std::thread saver;
-    const auto join = [&] {
-        for (std::thread& helper : helpers)
-            helper.join();
-        if (saver.joinable()) saver.join();
-    };
     try {
-        saver = std::thread(&RenderJob::savePictures, this);
+        helpers.reserve(thread_count - 1);
         while (helpers.size() + 1 < thread_count)
             helpers.emplace_back(&RenderJob::work, this);
     } catch (const std::exception&) {
         report("fewer threads than asked for can be started");
     }
     work();
-    join();
+    for (std::thread& helper : helpers)
+        helper.join();
     bool with_picture = false;
     {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -254,6 +249,10 @@ void RenderJob::work() {
     try {
         std::vector<float> values = render->makeTileValues();
         while (const std::optional<Ticket> ticket = nextTile()) {
+            if (ticket->picture) {
+                savePicture();
+                continue;
+            }
             render->renderTile(ticket->tile, ticket->pass, values, stopping);
             finishTile();
         }
@@ -281,6 +280,10 @@ std::optional<RenderJob::Ticket> RenderJob::nextTile() {
             changed.wait(lock);
             continue;
         }
+        if (picture_due) {
+            picture_due = false;
+            return Ticket{true, pass, {}};
+        }
         const std::vector<PixelBox>& tiles = render->getTiles();
         if (next_tile < tiles.size()) {
             // A time that is over ends the render within a pass too: the store holds means.
@@ -290,7 +293,7 @@ std::optional<RenderJob::Ticket> RenderJob::nextTile() {
                 return std::nullopt;
             }
             ++outstanding;
-            return Ticket{pass, tiles[next_tile++]};
+            return Ticket{false, pass, tiles[next_tile++]};
         }
         if (outstanding > 0) {
             changed.wait(lock);
@@ -302,7 +305,7 @@ std::optional<RenderJob::Ticket> RenderJob::nextTile() {
         render->getStore().setSampleCount(pass - 1);
         const double now = activeSeconds();
         if (pass == 1 || (save_period > 0.0 && now >= last_saved + save_period)) {
-            save_due = true;
+            picture_due = true;
             last_saved = now;
         }
         halted = tiles.empty() || (pass > 0 && isHalted());
@@ -317,19 +320,6 @@ void RenderJob::finishTile() {
 }
 
 // ---- pictures -------------------------------------------------------------------------------------------------------
-
-/// Writes the pictures that are due before the end, beside the threads that render.
-void RenderJob::savePictures() {
-    for (;;) {
-        {
-            std::unique_lock<std::mutex> lock(mutex);
-            changed.wait(lock, [this] { return save_due || halted || stopping; });
-            if (halted || stopping) return;
-            save_due = false;
-        }
-        savePicture();
-    }
-}
 
 void RenderJob::savePicture() {
     try {

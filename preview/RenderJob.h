@@ -55,7 +55,9 @@ class RenderJob {
   private:
     using Clock = std::chrono::steady_clock;
 
+    /// What a thread does next: it writes the picture that is due, beside the threads that render, or renders a tile.
     struct Ticket {
+        bool picture;
         /// 0 for the coarse one.
         std::uint32_t pass;
         PixelBox tile;
@@ -68,7 +70,6 @@ class RenderJob {
     std::optional<Ticket> nextTile();
     void finishTile();
     bool isHalted() const;
-    void savePictures();
     void savePicture();
     void end(bool with_picture);
     double activeSeconds() const;
@@ -103,7 +104,7 @@ class RenderJob {
     bool paused = false;
     bool halted = false;
     bool save_at_end = true;
-    bool save_due = false;
+    bool picture_due = false;
     std::uint32_t pass = 0;
     std::size_t next_tile = 0;
     std::size_t outstanding = 0;

@@ -223,8 +223,12 @@ Vec3 ToneMapping::displayOf(Vec3 light, float mean) const {
     return {encodeForDisplay(shown.x), encodeForDisplay(shown.y), encodeForDisplay(shown.z)};
 }
 
-unsigned char ToneMapping::byteOf(float encoded, std::size_t colour) const {
-    return toByte(curves[colour + 1].at(curves[0].at(encoded)));
+std::array<unsigned char, 3> ToneMapping::bytesOf(const Vec3& light, float mean) const {
+    const Vec3 shown = displayOf(light, mean);
+    const auto byteOf = [this](float encoded, std::size_t colour) {
+        return toByte(curves[colour + 1].at(curves[0].at(encoded)));
+    };
+    return {byteOf(shown.x, 0), byteOf(shown.y, 1), byteOf(shown.z, 2)};
 }
 
 std::vector<unsigned char> ToneMapping::apply(const Picture& picture) const {
@@ -233,11 +237,16 @@ std::vector<unsigned char> ToneMapping::apply(const Picture& picture) const {
     const float mean = kind == reinhard ? meanLuminance(picture) : 1.0f;
     std::vector<unsigned char> bytes;
     bytes.reserve(pixels * (with_alpha ? 4 : 3));
+    Vec3 last;
+    std::array<unsigned char, 3> last_bytes = bytesOf(last, mean);
     for (std::size_t i = 0; i < pixels; ++i) {
-        const Vec3 shown = displayOf({picture.light[3 * i], picture.light[3 * i + 1], picture.light[3 * i + 2]}, mean);
-        bytes.push_back(byteOf(shown.x, 0));
-        bytes.push_back(byteOf(shown.y, 1));
-        bytes.push_back(byteOf(shown.z, 2));
+        const Vec3 light = {picture.light[3 * i], picture.light[3 * i + 1], picture.light[3 * i + 2]};
+        // Neighbours are often alike: in the blocks of the first picture and in even backgrounds.
+        if (!(light == last)) {
+            last = light;
+            last_bytes = bytesOf(light, mean);
+        }
+        bytes.insert(bytes.end(), last_bytes.begin(), last_bytes.end());
         if (with_alpha) bytes.push_back(toByte(picture.alpha[i]));
     }
     return bytes;

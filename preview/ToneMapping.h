@@ -63,7 +63,7 @@ class ToneMapping {
     Vec3 displayOf(Vec3 light, float mean_luminance) const;
 
   private:
-    unsigned char byteOf(float encoded, std::size_t colour) const;
+    std::array<unsigned char, 3> bytesOf(const Vec3& light, float mean_luminance) const;
 
     std::uint32_t kind = 1000;
     float scale = 1.0f;
