@@ -120,7 +120,8 @@ def farm(tool, folder, arguments):
     times = {"velmar": [], "farm --local": [], "farm --scheduler": []}
     with cluster(tool, THREADS) as (address, processes):
         for _ in range(rounds):
-            times["velmar"].append(measure([tool, "convert", "-r", models.sources, "--store", models.new_store(), "--jobs", THREADS]))
+            times["velmar"].append(measure([tool, "convert", "-r", models.sources, "--store", models.new_store(), "--jobs",
+                                            THREADS]))
             times["farm --local"].append(measure([*convert, models.new_store(), "--local", THREADS], VELMAR_TOOL=str(tool)))
             before = sum(sum(time_of_process(pid)) for pid in processes)
             clock, used = measure([*convert, models.new_store(), "--scheduler", address], VELMAR_TOOL=str(tool))
@@ -128,7 +129,8 @@ def farm(tool, folder, arguments):
             times["farm --scheduler"].append((clock, used))
     best = {name: [min(result[i] for result in results) for i in range(2)] for name, results in times.items()}
     for name, (clock, used) in best.items():
-        print(f"{name:<17} {clock:8.3f} clock ({clock / best['velmar'][0]:.3f}) {used:8.3f} processor ({used / best['velmar'][1]:.3f})")
+        ratios = clock / best["velmar"][0], used / best["velmar"][1]
+        print(f"{name:<17} {clock:8.3f} clock ({ratios[0]:.3f}) {used:8.3f} processor ({ratios[1]:.3f})")
 
 
 def tasks(tool, folder, arguments):
@@ -160,7 +162,8 @@ def store(tool, folder, arguments):
         for i in range(count):
             manifest.write(json.dumps({
                 "source": f"/projects/library/{i % 1000:04}/models/part-{i}.obj", "size": 1_000_000 + i,
-                "time": 1_700_000_000_000_000_000 + i, "settings": "scale 1, up auto", "checksum": str(i * 0x9E3779B97F4A7C15 % 2**64),
+                "time": 1_700_000_000_000_000_000 + i, "settings": "scale 1, up auto",
+                "checksum": str(i * 0x9E3779B97F4A7C15 % 2**64),
                 "vertices": 35947, "triangles": 69451, "quads": 0, "bounds": [-0.5, -0.25, 0.125, 0.5, 0.25, 1.125],
                 "materials": ["default"], "converted": 1_700_000_000_000_000_000 + i}) + "\n")
     size = (target / "all.jsonl").stat().st_size

@@ -265,11 +265,11 @@ class TheCommand(FarmTest):
         self.assertEqual(self.run_without_dask("convert", "--help").returncode, 0)
 
     def test_wrong_usage(self):
-        for arguments in (["convert", "a", "--local", "1"], ["convert", "a", "--store", "s"], ["convert", "--store", "s", "--local", "1"],
-                          ["convert", "a", "--store", "s", "--local", "0"], ["convert", "a", "--store", "s", "--local", "1", "--memory", "x"],
-                          ["convert", "a", "--store", "s", "--local", "1", "--scheduler", "b"]):
+        for arguments in (["a", "--local", "1"], ["a", "--store", "s"], ["--store", "s", "--local", "1"],
+                          ["a", "--store", "s", "--local", "0"], ["a", "--store", "s", "--local", "1", "--memory", "x"],
+                          ["a", "--store", "s", "--local", "1", "--scheduler", "b"]):
             with self.subTest(arguments=arguments), mock.patch("sys.stderr"), self.assertRaises(SystemExit) as ended:
-                main(arguments)
+                main(["convert", *arguments])
             self.assertEqual(ended.exception.code, 2)
         with self.assertRaises(ValueError):
             convert([], "store")

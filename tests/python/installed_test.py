@@ -74,7 +74,7 @@ class Installed(unittest.TestCase):
         dask = pathlib.Path(importlib.util.find_spec("distributed").origin).parents[1]
         output = run(python, "-m", "velmar.farm", "convert", models, "--store", WORK / "store", "--local", "1",
                      PYTHONPATH=str(dask), PATH="/usr/bin:/bin")
-        self.assertRegex(output, r"\A1 converted, 0 unchanged, 0 failed; 1 meshes added; ")
+        self.assertRegex(output, r"\A1 converted, 0 unchanged, 0 failed; 1 mesh added; ")
         tool = run(python, "-c", "import velmar.farm.tool; print(velmar.farm.tool.find())").strip()
         self.assertEqual(pathlib.Path(tool), package / "bin/velmar")
 

@@ -67,7 +67,8 @@ def _parser() -> argparse.ArgumentParser:
     app.add_argument("--plain", action="store_true", help="as in velmar convert")
     app.add_argument("--seconds", type=_seconds, default=5.0, metavar="S", help="about what a task takes (5)")
     app.add_argument("--retries", type=_count, default=3, metavar="N", help="how often a task that failed is done again (3)")
-    app.add_argument("--patience", type=_seconds, default=600.0, metavar="S", help="how long a lost scheduler is waited for (600)")
+    app.add_argument("--patience", type=_seconds, default=600.0, metavar="S",
+                     help="how long a lost scheduler is waited for (600)")
     app.add_argument("--memory", type=_size, default=_physical_memory() // 2, metavar="SIZE",
                      help="with --local, what files converted at once may take, such as 8G (half of the machine's memory)")
     app.add_argument("--dashboard", default="", metavar="ADDRESS",
@@ -118,7 +119,7 @@ def _sources(arguments: argparse.Namespace) -> List[str]:
     if arguments.list:
         text = sys.stdin.read() if arguments.list == "-" else pathlib.Path(arguments.list).read_text(
             encoding="utf-8", errors="surrogateescape")
-        sources += [line for line in text.splitlines() if line]
+        sources += [line for line in text.split("\n") if line]
     return sources
 
 

@@ -52,7 +52,8 @@ class Report:
 
     def summary(self) -> str:
         ended = "interrupted: " if self.interrupted else ""
-        return (f"{ended}{self.converted} converted, {self.unchanged} unchanged, {self.failed} failed; {self.added} meshes "
+        meshes = "mesh" if self.added == 1 else "meshes"
+        return (f"{ended}{self.converted} converted, {self.unchanged} unchanged, {self.failed} failed; {self.added} {meshes} "
                 f"added; {size(self.bytes_in)} in, {size(self.bytes_out)} out; {self.tasks} tasks, {self.repeated} repeated; "
                 f"{self.seconds:.1f} s")
 
