@@ -33,4 +33,9 @@ std::size_t PeakMemory::rise() const {
     return peak > before ? peak - before : 0;
 }
 
+std::size_t PeakMemory::present() const {
+    const std::size_t now = readStatus("VmRSS");
+    return now > before ? now - before : 0;
+}
+
 } // namespace BenchSupport

@@ -12,6 +12,8 @@ class PeakMemory {
 
     /// The highest rise so far, in bytes.
     std::size_t rise() const;
+    /// How much more there is now, in bytes.
+    std::size_t present() const;
 
   private:
     std::size_t before = 0;
