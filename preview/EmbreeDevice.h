@@ -33,8 +33,8 @@ class EmbreeDevice {
     EmbreeDevice(const EmbreeDevice&) = delete;
     EmbreeDevice& operator=(const EmbreeDevice&) = delete;
 
-    /// An empty scene, watertight as all of the preview's are. A compact one takes half the memory, a third while it is
-    /// built, and its rays take a quarter longer. Throws `std::bad_alloc`.
+    /// An empty scene, watertight as all of the preview's are. A compact one takes little more than half the memory,
+    /// none for the build alone, and its rays take a quarter to a half longer. Throws `std::bad_alloc`.
     SceneOwner makeScene(bool compact = false);
     /// A geometry without buffers. Throws `std::bad_alloc`.
     GeometryOwner makeGeometry(RTCGeometryType type);
