@@ -141,6 +141,22 @@ function(velmar_failing_allocations target)
     velmar_link_aliases(${target} "${PROJECT_SOURCE_DIR}/api/VelmarAPI.def")
 endfunction()
 
+# velmar_fuzzes_tool(<fuzzer>): adds what the fuzzers of the command line tool test.
+function(velmar_fuzzes_tool target)
+    if(NOT TARGET velmar_zip)
+        include(VelmarZip)
+    endif()
+    set(sources Console OutputFile SafeNames Unpacking ZipFile)
+    if(WIN32)
+        list(APPEND sources System_win)
+    else()
+        list(APPEND sources System_posix)
+    endif()
+    list(TRANSFORM sources REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/tools/\\1.cpp")
+    target_sources(${target} PRIVATE ${sources})
+    target_link_libraries(${target} PRIVATE velmar_import velmar_zip)
+endfunction()
+
 # velmar_exports(<library> <file.def>): the library exports the names of the file, on every system. A line "Name = target"
 # exports the function `target` as `Name`, so that several names can be one function.
 function(velmar_exports target def)

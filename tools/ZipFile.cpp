@@ -170,21 +170,20 @@ void ZipReader::readDirectory(std::uint64_t max_entries) {
     if (global.number_entry > max_entries)
         fail("holds " + std::to_string(global.number_entry) + " files, and the limit is " +
              std::to_string(max_entries));
+    constexpr std::size_t max_name = 65535;
+    std::vector<char> name(max_name);
     int result = unzGoToFirstFile(archive);
     for (; result == UNZ_OK; result = unzGoToNextFile(archive)) {
         if (entries.size() == max_entries) fail("holds more files than its directory says");
-        constexpr std::size_t max_name = 65535;
-        std::string name(max_name, '\0');
         unz_file_info64 info = {};
         result = unzGetCurrentFileInfo64(archive, &info, name.data(), static_cast<uLong>(name.size()), nullptr, 0,
                                          nullptr, 0);
         if (result != UNZ_OK) break;
-        name.resize(info.size_filename);
         constexpr uLong encrypted = 1U;
         constexpr uLong unix_link = 0xA000;
         constexpr uLong unix_kind = 0xF000;
         ZipEntry entry;
-        entry.name = std::move(name);
+        entry.name.assign(name.data(), std::min<std::size_t>(info.size_filename, name.size()));
         entry.size = info.uncompressed_size;
         entry.compressed_size = info.compressed_size;
         entry.is_encrypted = (info.flag & encrypted) != 0;
