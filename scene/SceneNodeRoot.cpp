@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <vector>
 
 namespace Velmar {
 
@@ -42,6 +43,39 @@ void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
         *known = node.getPointer();
     else
         uid_to_node.insert(node_uid, node.getPointer());
+}
+
+void SceneNodeRoot::addFirstChildNodes(std::span<const Reference<SceneNode>> nodes) {
+    assertThat(child_nodes.empty() && uid_to_node.size() == 0, "child_nodes.empty()");
+    // The first node of a UID has the place in the table, and the last one is found there.
+    struct Numbered {
+        UID uid;
+        std::size_t index;
+        auto operator<=>(const Numbered&) const = default;
+    };
+    std::vector<Numbered> first_of;
+    first_of.reserve(nodes.size());
+    for (const Reference<SceneNode>& node : nodes)
+        first_of.push_back({node->getUID(), first_of.size()});
+    std::vector<SceneNode*> found(nodes.size());
+    const auto isBefore = [](const Numbered& a, const Numbered& b) { return a.uid < b.uid; };
+    if (!std::ranges::is_sorted(first_of, isBefore)) std::ranges::sort(first_of);
+    for (std::size_t i = 0, kept = 0; i < first_of.size(); ++i) {
+        if (i == 0 || first_of[i].uid != first_of[i - 1].uid) kept = first_of[i].index;
+        found[kept] = nodes[first_of[i].index].getPointer();
+    }
+    std::vector<Numbered>().swap(first_of);
+
+    for (std::size_t i = 0; i < nodes.size(); ++i)
+        if (found[i] != nullptr) uid_to_node.insert(nodes[i]->getUID(), found[i]);
+    growChildList(nodes.size());
+    for (const Reference<SceneNode>& node : nodes) {
+        child_nodes.push_back(node);
+        node->setParent(this);
+        next_uid = std::max(next_uid, node->getUID() + 1);
+    }
+    child_nodes_begin = child_nodes.begin();
+    child_nodes_end = child_nodes.end();
 }
 
 void SceneNodeRoot::reserveNewChildren(std::size_t count) {

@@ -4,6 +4,7 @@
 #include "utils/System.h"
 
 #include <cstddef>
+#include <span>
 
 namespace Velmar {
 
@@ -23,6 +24,11 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     /// two nodes with one UID the later is found by it, and both stay children. A node may be added several times.
     /// Throws `BadAlloc`; root and node are then as they were.
     void addChildNode(Reference<SceneNode> node);
+
+    /// Adds nodes that have UIDs to a scene that has none yet, as `addChildNode` does one by one, but in a time in
+    /// proportion to their number even when the UIDs share buckets of the table. Throws `BadAlloc`; the scene can then
+    /// only be destroyed.
+    void addFirstChildNodes(std::span<const Reference<SceneNode>> nodes);
 
     /// Makes room for `count` nodes without UIDs: adding them next can't fail. Throws `BadAlloc`.
     void reserveNewChildren(std::size_t count);

@@ -137,15 +137,15 @@ class ValueList {
         add(element, index, NodeValue::Target{document.identify(node), node});
     }
 
-    std::vector<NodeValue> values;
+    std::deque<NodeValue> values;
 
   private:
     void add(std::string_view element, std::size_t index, NodeValue::Content content) {
         steps.push_back({element, index});
-        std::string way = describePath({}, steps);
+        const std::string way = describePath({}, steps);
         steps.pop_back();
-        if (way.starts_with('/')) way.erase(0, 1);
-        values.push_back({std::move(way), std::move(content)});
+        // A copy, which has no capacity to spare: there may be very many.
+        values.push_back({way.substr(way.starts_with('/') ? 1 : 0), std::move(content)});
     }
 
     const ComparedDocument& document;
@@ -235,7 +235,7 @@ Digest ComparedDocument::getContent(std::size_t index, double grid) {
     return Digest::of(buffer);
 }
 
-std::vector<NodeValue> ComparedDocument::getValues(std::size_t index) {
+std::deque<NodeValue> ComparedDocument::getValues(std::size_t index) {
     ValueList list(*this, files);
     visitNode(list, getNode(index));
     return std::move(list.values);

@@ -40,20 +40,9 @@ class Findings {
 
     CheckReport take() {
         std::ranges::stable_sort(report.findings, {}, &Finding::offset);
-        std::size_t at = 0;
-        std::size_t line = 1;
-        std::size_t column = 1;
-        const auto isFirstByte = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
+        Markup::Places places(document);
         for (Finding& finding : report.findings) {
-            std::string_view between = document.substr(at, finding.offset - at);
-            at = finding.offset;
-            line += static_cast<std::size_t>(std::ranges::count(between, '\n'));
-            const std::size_t line_end = between.rfind('\n');
-            if (line_end != std::string_view::npos) {
-                between.remove_prefix(line_end + 1);
-                column = 1;
-            }
-            column += static_cast<std::size_t>(std::ranges::count_if(between, isFirstByte));
+            const auto [line, column] = places.find(finding.offset);
             finding.line = line;
             finding.column = column;
         }
@@ -138,7 +127,12 @@ class Checker final : public ReadingListener {
 
     void flag(std::string_view, bool) {}
     void text(std::string_view, std::string_view, std::size_t) {}
-    void markup(std::string_view, std::string_view, std::size_t) {}
+    void markup(std::string_view element, std::string_view elements, std::size_t index) {
+        TraversalState state(TraversalKind::GetDependencies, {}, {});
+        ForeignText(elements).traverse(state);
+        for (const String& name : state.dependencies)
+            checkFile({element, index}, toStdString(name), false);
+    }
 
     void numbers(std::string_view element, std::span<const double> values) {
         const std::string_view parent = steps.empty() ? node_element : steps.back().element;
@@ -226,16 +220,19 @@ class Checker final : public ReadingListener {
     }
 
     void checkUnknown() {
+        std::ranges::sort(unknown_offsets);
+        std::size_t node_end = 0;
         for (const std::size_t at : unknown_offsets) {
             const auto next = std::ranges::upper_bound(node_offsets, at);
-            // A node that couldn't be read isn't in the list.
-            const bool is_in_node = next != node_offsets.begin() && at < Markup::skipElement(document, *(next - 1));
+            const std::size_t start = next == node_offsets.begin() ? std::string_view::npos : *(next - 1);
+            if (start != std::string_view::npos && node_end <= start) node_end = Markup::skipElement(document, start);
             ElementFinder::Found found;
-            if (is_in_node) {
-                found = finder.describe(*(next - 1), at);
+            // A node that couldn't be read isn't in the list.
+            if (start != std::string_view::npos && at < node_end) {
+                found = finder.describe(start, at);
                 const auto index = static_cast<std::size_t>(next - 1 - node_offsets.begin());
                 found.path.insert(0, root ? nameOf(*root->children()[index])
-                                          : std::string(Markup::nameInTag(document, *(next - 1))));
+                                          : std::string(Markup::nameInTag(document, start)));
             } else {
                 found.path = Markup::nameInTag(document, at);
             }

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 using namespace Velmar;
@@ -184,28 +183,47 @@ std::vector<NodeChange> compareDocuments(ComparedDocument& a, ComparedDocument& 
     return Matcher(a, b, tolerance).match();
 }
 
-std::vector<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change,
-                                       double tolerance) {
-    std::vector<NodeValue> old_values = a.getValues(*change.a);
-    std::vector<NodeValue> new_values = b.getValues(*change.b);
-    std::vector<ValueChange> changes;
+std::deque<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change,
+                                      double tolerance) {
+    std::deque<NodeValue> old_values = a.getValues(*change.a);
+    std::deque<NodeValue> new_values = b.getValues(*change.b);
+    std::deque<ValueChange> changes;
+    const auto compare = [&](NodeValue& old_value, NodeValue& new_value) {
+        if (!areSame(old_value.content, new_value.content, tolerance))
+            changes.push_back({old_value.element, std::move(old_value.content), std::move(new_value.content)});
+    };
     // Mostly both have the same elements.
-    std::unordered_map<std::string_view, std::size_t> indices;
-    for (std::size_t j = 0; j < new_values.size(); ++j)
-        indices.emplace(new_values[j].element, j);
-    std::vector<bool> is_known(new_values.size());
-    for (NodeValue& value : old_values) {
-        const auto found = indices.find(value.element);
-        if (found == indices.end()) {
-            changes.push_back({value.element, std::move(value.content), {}});
+    const auto [old_rest, new_rest] =
+        std::ranges::mismatch(old_values, new_values, {}, &NodeValue::element, &NodeValue::element);
+    for (auto i = old_values.begin(), j = new_values.begin(); i != old_rest; ++i, ++j)
+        compare(*i, *j);
+    // By element, those of one element in their order.
+    struct Other {
+        NodeValue* value;
+        std::size_t index;
+        bool is_matched = false;
+        /// Of the first of an element: how many of them are matched.
+        std::size_t num_matched = 0;
+    };
+    std::vector<Other> others;
+    for (auto j = new_rest; j != new_values.end(); ++j)
+        others.push_back({&*j, others.size()});
+    const auto elementOf = [](const Other& other) -> const std::string& { return other.value->element; };
+    std::ranges::stable_sort(others, {}, elementOf);
+    for (auto i = old_rest; i != old_values.end(); ++i) {
+        const auto same = std::ranges::equal_range(others, i->element, {}, elementOf);
+        if (same.empty() || same.front().num_matched == same.size()) {
+            changes.push_back({i->element, std::move(i->content), {}});
             continue;
         }
-        is_known[found->second] = true;
-        NodeValue::Content& other = new_values[found->second].content;
-        if (!areSame(value.content, other, tolerance))
-            changes.push_back({value.element, std::move(value.content), std::move(other)});
+        Other& other = same[same.front().num_matched++];
+        other.is_matched = true;
+        compare(*i, *other.value);
     }
-    for (std::size_t j = 0; j < new_values.size(); ++j)
-        if (!is_known[j]) changes.push_back({new_values[j].element, {}, std::move(new_values[j].content)});
+    // Those that are left, in their order again.
+    std::erase_if(others, [](const Other& other) { return other.is_matched; });
+    std::ranges::sort(others, {}, &Other::index);
+    for (const Other& other : others)
+        changes.push_back({other.value->element, {}, std::move(other.value->content)});
     return changes;
 }

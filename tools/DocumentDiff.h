@@ -3,6 +3,7 @@
 #include "tools/ComparedDocument.h"
 
 #include <cstddef>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,5 +29,5 @@ struct ValueChange {
 std::vector<NodeChange> compareDocuments(ComparedDocument& a, ComparedDocument& b, double tolerance);
 
 /// The values of a changed node that aren't the same, in the order of the document.
-std::vector<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change,
-                                       double tolerance);
+std::deque<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change,
+                                      double tolerance);

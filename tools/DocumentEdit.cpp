@@ -47,6 +47,10 @@ class ElementsRead final : public ReadingListener {
         const auto found = forms.find(place);
         return found != forms.end() && found->second == form;
     }
+    std::size_t countUnknown(const Place& place) const {
+        const auto found = unknown.find(place);
+        return found == unknown.end() ? 0 : found->second;
+    }
     std::vector<std::string> namesIn(const std::string& parent) const {
         std::vector<std::string> names;
         for (const auto& [place, form] : forms)
@@ -69,7 +73,8 @@ class ElementsRead final : public ReadingListener {
     void reference(std::string_view, const SceneNode*, UID, std::size_t) {}
 
     std::map<Place, ElementForm> forms;
-    std::multiset<Place> unknown;
+    /// How often there is one.
+    std::map<Place, std::size_t> unknown;
     std::set<Place> not_finite;
 
   private:
@@ -78,13 +83,13 @@ class ElementsRead final : public ReadingListener {
 
 /// Reads a node. Throws `SceneDocumentError`.
 void readNode(const std::string& node, ElementsRead& findings) {
-    std::vector<UnknownElement> unknown;
+    UnknownElements unknown;
     SceneReadRequest request;
     request.listener = &findings;
     request.unknown_elements = &unknown;
     parseSceneXML("<scene>" + node + "</scene>", request);
-    for (const UnknownElement& element : unknown)
-        findings.unknown.emplace(element.parent, element.name);
+    for (const UnknownElement& element : unknown.listed)
+        ++findings.unknown[Place(element.parent, element.name)];
 }
 
 std::string joined(const std::vector<std::string>& words) {
@@ -187,11 +192,11 @@ DocumentEdit::DocumentEdit(const std::string& path_) : path(path_) {
         text.resize(kept);
     }
     NodeCollector collector(*this);
-    std::vector<UnknownElement> unknown;
+    UnknownElements unknown_elements;
     SceneReadRequest request;
     request.path = toVelmarString(path);
     request.listener = &collector;
-    request.unknown_elements = &unknown;
+    request.unknown_elements = &unknown_elements;
     try {
         const Reference<SceneNodeRoot> scene = parseSceneXML(text, request);
         for (const NodeReference& reference : findReferences(*scene))
@@ -202,11 +207,12 @@ DocumentEdit::DocumentEdit(const std::string& path_) : path(path_) {
         throw makeFailureOf(path);
     }
     constexpr std::size_t max_noted = 5;
+    const std::vector<UnknownElement>& unknown = unknown_elements.listed;
     for (std::size_t i = 0; i < std::min(unknown.size(), max_noted); ++i)
         notes.push_back(path + ":" + std::to_string(unknown[i].line) + ":" + std::to_string(unknown[i].column) + ": '" +
                         unknown[i].name + "' in '" + unknown[i].parent + "' is unknown, and left out");
-    if (unknown.size() > max_noted)
-        notes.push_back(path + ": " + std::to_string(unknown.size() - max_noted) +
+    if (unknown_elements.count > max_noted)
+        notes.push_back(path + ": " + std::to_string(unknown_elements.count - max_noted) +
                         " more unknown elements are left out");
 }
 
@@ -340,6 +346,7 @@ void DocumentEdit::changeNode(std::size_t node, const ElementPath& element, cons
         change.text = appended(before, rangeOf(before, at), content);
     }
 
+    tree.reset();
     ElementsRead findings;
     try {
         readNode(change.text, findings);
@@ -350,7 +357,7 @@ void DocumentEdit::changeNode(std::size_t node, const ElementPath& element, cons
     readNode(before, former);
     for (const Place& place : change.places) {
         if (value == nullptr) break;
-        if (findings.unknown.count(place) > former.unknown.count(place) ||
+        if (findings.countUnknown(place) > former.countUnknown(place) ||
             (!change.is_new && findings.unknown.contains(place))) {
             // Alone in its node it may be known: some elements are alternatives.
             const std::string parent(nodes[node].element);
@@ -377,8 +384,8 @@ void DocumentEdit::changeNode(std::size_t node, const ElementPath& element, cons
             failHere("'" + place.first + "' is of a class of the renderer library, to which no element can be added");
         notes.push_back("'" + shown + "' is of a class of the renderer library, so its value isn't checked");
     }
-    for (const Place& place : findings.unknown)
-        if (findings.unknown.count(place) > former.unknown.count(place))
+    for (const auto& [place, count] : findings.unknown)
+        if (count > former.countUnknown(place))
             failHere("with this, '" + place.second + "' in '" + place.first +
                      "' has no place any more; remove it first");
     if (value != nullptr) {

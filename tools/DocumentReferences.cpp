@@ -2,6 +2,7 @@
 
 #include "scene/nodes/NodeElements.h"
 #include "scene/reading/ForeignParts.h"
+#include "scene/reading/NodeFinder.h"
 
 #include <span>
 #include <string_view>
@@ -25,8 +26,8 @@ class ReferenceFinder {
     /// For descriptions: what a reader may change. Nothing is.
     static constexpr bool reads = true;
 
-    ReferenceFinder(SceneNodeRoot& scene_, const SceneNode& holder_, std::vector<NodeReference>& found_)
-        : scene(scene_), holder(holder_), found(found_) {}
+    ReferenceFinder(NodeFinder& finder_, const SceneNode& holder_, std::vector<NodeReference>& found_)
+        : finder(finder_), holder(holder_), found(found_) {}
 
     template <class Node>
     void reference(std::string_view element, const Reference<Node>& node, UID unbound) {
@@ -117,7 +118,7 @@ class ReferenceFinder {
     template <class Node>
     void add(std::string_view element, UID uid) {
         if (uid == invalid_uid) return;
-        const SceneNode* const node = scene.getNodeByUID(uid);
+        const SceneNode* const node = finder.find(uid);
         // A scatter node without an element is the reader's, for one that isn't there.
         const bool is_there =
             node != nullptr && fits<Node>(node->getType()) &&
@@ -125,7 +126,7 @@ class ReferenceFinder {
         found.push_back({&holder, prefix + std::string(element), uid, is_there});
     }
 
-    SceneNodeRoot& scene;
+    NodeFinder& finder;
     const SceneNode& holder;
     std::vector<NodeReference>& found;
     std::string prefix;
@@ -140,8 +141,9 @@ void visit(ReferenceFinder& finder, SceneNode& node) {
 
 std::vector<NodeReference> findReferences(SceneNodeRoot& scene) {
     std::vector<NodeReference> found;
+    NodeFinder nodes_by_uid(scene);
     for (const Reference<SceneNode>& child : scene.children()) {
-        ReferenceFinder finder(scene, *child, found);
+        ReferenceFinder finder(nodes_by_uid, *child, found);
         switch (child->getType()) {
         case NodeType::Object:
             visit<SceneNodeModel>(finder, *child);

@@ -17,6 +17,7 @@ pugi::xml_node ElementFinder::parse(std::size_t node_offset) {
         const std::size_t end = Velmar::Markup::skipElement(document, node_offset);
         tree.load_buffer(document.data() + node_offset, end - node_offset, pugi::parse_default, pugi::encoding_utf8);
         parsed = node_offset;
+        described.clear();
     }
     return tree.first_child();
 }
@@ -42,16 +43,21 @@ ElementFinder::Found ElementFinder::describe(std::size_t node_offset, std::size_
     const auto wanted = static_cast<std::ptrdiff_t>(offset - node_offset) + 1;
     Found found;
     // The last child that doesn't begin after it contains it.
-    while (element && element.offset_debug() != wanted) {
+    for (std::size_t depth = 0; element && element.offset_debug() != wanted; ++depth) {
         pugi::xml_node inner;
-        for (const pugi::xml_node child : element.children())
-            if (child.type() == pugi::node_element && child.offset_debug() <= wanted) inner = child;
+        pugi::xml_node child = element.first_child();
+        if (depth < described.size() && described[depth].parent() == element &&
+            described[depth].offset_debug() <= wanted)
+            child = described[depth];
+        for (; child && (child.type() != pugi::node_element || child.offset_debug() <= wanted);
+             child = child.next_sibling())
+            if (child.type() == pugi::node_element) inner = child;
         element = inner;
         if (!element) break;
+        described.resize(depth);
+        described.push_back(element);
         found.path.append("/").append(element.name());
     }
-    for (pugi::xml_node before = element.previous_sibling(); before && !found.is_repeated;
-         before = before.previous_sibling())
-        found.is_repeated = std::string_view(before.name()) == element.name();
+    found.is_repeated = element && element.parent().child(element.name()) != element;
     return found;
 }

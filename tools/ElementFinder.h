@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// An element on the way from a node to one of its values.
 struct VisitedElement {
@@ -33,6 +34,7 @@ class ElementFinder {
         /// Whether one of the same name precedes it in the same element.
         bool is_repeated = false;
     };
+    /// Quick for growing offsets.
     Found describe(std::size_t node_offset, std::size_t offset);
 
   private:
@@ -40,5 +42,7 @@ class ElementFinder {
 
     std::string_view document;
     pugi::xml_document tree;
+    /// The elements that led to the one that was described last.
+    std::vector<pugi::xml_node> described;
     std::size_t parsed = std::string_view::npos;
 };

@@ -104,9 +104,13 @@ std::string_view ElementSource::getValue(const xml_node& element) {
 
 xml_node ElementReader::find(std::string_view name) const {
     if (source.wants_names) source.noteName(element, name, ElementForm::plain);
-    for (xml_node child = first_unread; child; child = child.next_sibling())
-        if (isElement(child) && name == child.name()) return child;
-    return {};
+    // Elements are only ever taken away, so the search for the next of many goes on from the last.
+    xml_node child = name == last_name ? last_found : first_unread;
+    while (child && (!isElement(child) || name != child.name()))
+        child = child.next_sibling();
+    last_name = name;
+    last_found = child;
+    return child;
 }
 
 std::size_t ElementReader::count(std::string_view name) const {
@@ -125,6 +129,7 @@ void ElementReader::markRead(xml_node child) {
 
 void ElementReader::markAllRead() {
     first_unread = {};
+    last_found = {};
 }
 
 void ElementReader::finish() {
@@ -386,15 +391,30 @@ void ElementReader::part(Reference<SharedShaderInfo>& part) {
 }
 
 void ElementReader::parts(Vector<Reference<ShaderParameter>>& parts) {
+    // Of more, those that follow each other are kept as one: an object is larger than the shortest element.
+    constexpr std::size_t max_alone = 100;
+    const char* first = nullptr;
+    std::string_view last;
+    const auto add = [&] {
+        if (first == nullptr) return;
+        const auto size = static_cast<std::size_t>(last.data() + last.size() - first);
+        parts.push_back(new ForeignShaderParameter({first, size}));
+        first = nullptr;
+    };
     for (xml_node child = first_unread; child;) {
         const xml_node next = child.next_sibling();
         const std::string_view name = child.name();
         if (isElement(child) && !name.empty() && name != "include" && name != element_of<Texture> && name != "shader") {
-            parts.push_back(new ForeignShaderParameter(source.getOuterText(child)));
+            last = source.getOuterText(child);
+            if (first == nullptr) first = last.data();
+            if (parts.size() < max_alone) add();
             markRead(child);
+        } else {
+            add();
         }
         child = next;
     }
+    add();
 }
 
 template <class Object>

@@ -7,6 +7,7 @@
 #include "scene/nodes/SceneNodeCamera.h"
 #include "scene/nodes/SceneNodeCurve1D.h"
 
+#include <algorithm>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
@@ -166,9 +167,14 @@ class ElementReader {
     }
     template <class Object>
     void list(std::string_view name, Vector<Object>& objects) {
-        objects.resize(count(name));
-        for (Object& object : objects)
-            group(name, [&](ElementReader& inside) { describe(inside, object); });
+        const std::size_t number = count(name);
+        for (std::size_t i = 0; i < number; ++i) {
+            // A document may name many that it doesn't describe.
+            constexpr std::size_t max_unseen = 1024;
+            if (i == objects.capacity()) objects.reserve(std::min(number, std::max(2 * i, max_unseen)));
+            objects.resize(i + 1);
+            group(name, [&](ElementReader& inside) { describe(inside, objects[i]); });
+        }
     }
     void list(std::string_view name, Vector<String>& texts);
 
@@ -222,6 +228,9 @@ class ElementReader {
     ElementSource& source;
     pugi::xml_node element;
     pugi::xml_node first_unread;
+    /// What `find` looked for last, and what it found: there is no unread element of this name before.
+    mutable std::string_view last_name;
+    mutable pugi::xml_node last_found;
 };
 
 } // namespace Velmar

@@ -1,5 +1,7 @@
 #include "scene/reading/Markup.h"
 
+#include <algorithm>
+
 namespace Velmar::Markup {
 
 namespace {
@@ -92,6 +94,61 @@ std::string_view nameInTag(std::string_view text, std::size_t offset) {
     const std::size_t start = offset + 1;
     const std::size_t end = text.find_first_of(" \t\r\n/>", start);
     return text.substr(start, end == std::string_view::npos ? end : end - start);
+}
+
+TreeSize measureTree(std::string_view text) {
+    TreeSize size;
+    // The first text after an opening tag is kept in its element.
+    bool is_kept_in_element = false;
+    for (std::size_t at = 0; at < text.size();) {
+        if (text[at] != '<') {
+            const std::size_t end = std::min(text.find('<', at), text.size());
+            const bool is_blank = std::all_of(text.begin() + static_cast<std::ptrdiff_t>(at),
+                                              text.begin() + static_cast<std::ptrdiff_t>(end), isSpace);
+            if (!is_blank && !is_kept_in_element) ++size.nodes;
+            at = end;
+        } else if (const std::size_t start = at; skipSpecial(text, at)) {
+            if (startsAt(text, start, section_start)) ++size.nodes;
+            is_kept_in_element = false;
+        } else {
+            at = afterTag(text, start);
+            const std::string_view tag = text.substr(start, at - start);
+            const bool closes = tag.starts_with("</");
+            if (!closes) {
+                ++size.nodes;
+                size.attributes += static_cast<std::size_t>(std::ranges::count(tag, '='));
+            }
+            is_kept_in_element = !closes && !tag.ends_with("/>");
+        }
+    }
+    return size;
+}
+
+namespace {
+
+void advance(Place& place, std::string_view text) {
+    place.line += static_cast<std::size_t>(std::ranges::count(text, '\n'));
+    const std::size_t line_end = text.rfind('\n');
+    if (line_end != std::string_view::npos) {
+        text.remove_prefix(line_end + 1);
+        place.column = 1;
+    }
+    const auto isFirstByte = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
+    place.column += static_cast<std::size_t>(std::ranges::count_if(text, isFirstByte));
+}
+
+} // namespace
+
+Place Places::find(std::size_t offset) {
+    const std::size_t block = offset / block_size;
+    while (blocks.size() <= block) {
+        Place next = blocks.back();
+        advance(next, text.substr((blocks.size() - 1) * block_size, block_size));
+        blocks.push_back(next);
+    }
+    Place place = blocks[block];
+    advance(place, text.substr(block * block_size, offset - block * block_size));
+    return place;
 }
 
 } // namespace Velmar::Markup

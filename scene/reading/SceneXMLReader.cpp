@@ -9,15 +9,17 @@
 #include "scene/reading/ElementReader.h"
 #include "scene/reading/ForeignParts.h"
 #include "scene/reading/Markup.h"
+#include "scene/reading/NodeFinder.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <map>
 #include <pugixml.hpp>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 
 namespace Velmar {
 
@@ -84,17 +86,45 @@ NodeType getForeignType(std::string_view element) {
 
 // ---- references
 
+/// Adds a node without an element for each scatter node that materials name and that isn't there.
+void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
+    struct Missing {
+        UID uid;
+        std::size_t order;
+        auto operator<=>(const Missing&) const = default;
+    };
+    std::vector<Missing> named;
+    for (const Reference<SceneNode>& node : nodes) {
+        if (node->getType() != NodeType::Material) continue;
+        for (const UID uid : static_cast<const SceneNodeMaterial&>(*node).scatter_uids)
+            named.push_back({uid, named.size()});
+    }
+    if (named.empty()) return;
+    std::ranges::sort(named);
+    named.erase(std::ranges::unique(named, {}, &Missing::uid).begin(), named.end());
+    std::vector<UID> known{root_uid};
+    for (const Reference<SceneNode>& node : nodes)
+        known.push_back(node->getUID());
+    std::ranges::sort(known);
+    std::erase_if(named, [&](const Missing& one) { return std::ranges::binary_search(known, one.uid); });
+    std::ranges::sort(named, {}, &Missing::order);
+    for (const Missing& one : named) {
+        const Reference<SceneNode> node(new ForeignNode(NodeType::Scatter));
+        node->setUID(one.uid);
+        nodes.push_back(node);
+    }
+}
+
 /// Binds the references of a scene that was read, as far as their nodes are there. Unlike a `BindReferences` pass it
-/// never fails: other geometry and lights keep the UID that names nothing, a missing material of a model is replaced by
-/// one outside of the scene, and a missing scatter node by one without an element at the scene's end.
+/// never fails: other geometry and lights keep the UID that names nothing, and a missing material of a model is
+/// replaced by one outside of the scene.
 class ReferenceBinder {
   public:
-    explicit ReferenceBinder(SceneNodeRoot& root_) : root(root_) {}
+    explicit ReferenceBinder(SceneNodeRoot& root_) : root(root_), finder(root_) {}
 
     void bind() {
-        // Binding a material may add nodes at the end.
-        for (std::size_t i = 0; i < root.children().size(); ++i) {
-            SceneNode& node = *root.children()[i];
+        for (const Reference<SceneNode>& child : root.children()) {
+            SceneNode& node = *child;
             if (node.getType() == NodeType::Object)
                 bindModel(static_cast<SceneNodeModel&>(node));
             else if (node.getType() == NodeType::Sphere)
@@ -106,7 +136,7 @@ class ReferenceBinder {
 
   private:
     void bindModel(SceneNodeModel& model) {
-        SceneNode* const geometry = root.getNodeByUID(model.geometry_uid);
+        SceneNode* const geometry = finder.find(model.geometry_uid);
         if (geometry != nullptr && isGeometry(geometry->getType())) model.geometry = geometry;
         model.materials.reserve(model.material_uids.size());
         for (const UID uid : model.material_uids)
@@ -125,19 +155,13 @@ class ReferenceBinder {
     }
 
     void bindScatterNodes(SceneNodeMaterial& node) {
-        for (const UID uid : node.scatter_uids) {
-            SceneNode* found = root.getNodeByUID(uid);
-            if (found == nullptr) {
-                found = new ForeignNode(NodeType::Scatter);
-                found->setUID(uid);
-                root.addChildNode(found);
-            }
-            node.scatter_nodes.push_back(found);
-        }
+        node.scatter_nodes.reserve(node.scatter_uids.size());
+        for (const UID uid : node.scatter_uids)
+            node.scatter_nodes.push_back(finder.find(uid));
     }
 
     SceneNodeMaterial* findMaterial(UID uid) {
-        SceneNode* const found = root.getNodeByUID(uid);
+        SceneNode* const found = finder.find(uid);
         return found != nullptr && found->getType() == NodeType::Material ? static_cast<SceneNodeMaterial*>(found)
                                                                           : nullptr;
     }
@@ -159,14 +183,17 @@ class ReferenceBinder {
     }
 
     SceneNodeRoot& root;
-    std::unordered_map<UID, Reference<SceneNodeMaterial>> missing_materials;
+    NodeFinder finder;
+    // Ordered: uids can be chosen to collide in a table.
+    std::map<UID, Reference<SceneNodeMaterial>> missing_materials;
 };
 
 // ---- the document
 
 class DocumentReader final : public ElementSource {
   public:
-    DocumentReader(std::string_view text_, const SceneReadRequest& request_) : request(request_), text(text_) {
+    DocumentReader(std::string_view text_, const SceneReadRequest& request_)
+        : request(request_), text(text_), places(text_) {
         wants_names = request.listener != nullptr && request.listener->wantsNames();
     }
 
@@ -176,9 +203,11 @@ class DocumentReader final : public ElementSource {
         } catch (const Markup::Fault& fault) {
             throw makeErrorAt(fault.offset, fault.text);
         }
-        Reference<SceneNodeRoot> root(new SceneNodeRoot);
-        addNodes(*root);
-        return root;
+        // Not needed any more, while the scene still grows.
+        tree.reset();
+        std::vector<char>().swap(buffer);
+        std::string().swap(plain_part);
+        return makeScene();
     }
 
     std::string_view getText() override {
@@ -202,8 +231,9 @@ class DocumentReader final : public ElementSource {
     void noteUnknown(const pugi::xml_node& element) override {
         if (request.listener != nullptr) request.listener->onUnknown(getOffset(element));
         if (request.unknown_elements == nullptr) return;
-        const auto [line, column] = getLine(getOffset(element));
-        request.unknown_elements->push_back({line, column, element.name(), element.parent().name()});
+        if (++request.unknown_elements->count > UnknownElements::max_listed) return;
+        const auto [line, column] = places.find(getOffset(element));
+        request.unknown_elements->listed.push_back({line, column, element.name(), element.parent().name()});
     }
 
   private:
@@ -236,6 +266,7 @@ class DocumentReader final : public ElementSource {
             std::size_t end = at;
             while (at < text.size() && text.substr(at, 2) != "</" && end - start < part_size) {
                 end = Markup::skipElement(text, at);
+                if (end - at > part_size) checkTree(at, end);
                 at = Markup::skipToTag(text, end);
             }
             if (end != start) readPart(start, end);
@@ -244,6 +275,16 @@ class DocumentReader final : public ElementSource {
             if (Markup::nameInTag(text, at + 1) != "scene") throw Markup::Fault{at, "this tag closes nothing"};
             return Markup::skipTag(text, at);
         }
+    }
+
+    /// Each node of the tree takes 64 bytes and each attribute 40. Values take more text than that, but markup that
+    /// says nothing could be made of as little as 4 bytes for a node.
+    void checkTree(std::size_t start, std::size_t end) const {
+        constexpr std::size_t min_bytes_of_node = 10;
+        constexpr std::size_t min_bytes_of_attribute = 5;
+        const Markup::TreeSize size = Markup::measureTree(text.substr(start, end - start));
+        if (size.nodes * min_bytes_of_node + size.attributes * min_bytes_of_attribute > end - start)
+            throw Markup::Fault{start, "a node with too many elements: more than one for each 10 bytes"};
     }
 
     void readPart(std::size_t start, std::size_t end) {
@@ -302,49 +343,52 @@ class DocumentReader final : public ElementSource {
     /// The offset in the file of an offset in the part.
     std::size_t getOffsetInFile(std::size_t offset) const {
         if (!has_line_pairs) return std::min(part_start + offset, text.size());
-        // Mostly a little after the last one.
-        if (last_part != part_start || offset < last_offset) {
-            last_part = last_place = part_start;
-            last_offset = 0;
+        if (marked_part != part_start) markPart();
+        constexpr std::size_t distance = mark_distance;
+        const std::size_t mark = std::min(offset / distance, marks.size() - 1);
+        std::size_t place = marks[mark];
+        for (std::size_t passed = mark * distance; place < part_end; ++place) {
+            if (isOfPair(place)) continue;
+            if (passed++ == offset) break;
         }
-        for (; last_place < part_end; ++last_place) {
-            if (text[last_place] == '\r' && last_place + 1 < part_end && text[last_place + 1] == '\n') continue;
-            if (last_offset == offset) break;
-            ++last_offset;
+        return place;
+    }
+
+    /// Notes the places of some characters of the part.
+    void markPart() const {
+        marks.assign(1, part_start);
+        std::size_t passed = 0;
+        for (std::size_t place = part_start; place < part_end; ++place) {
+            if (isOfPair(place)) continue;
+            if (passed != 0 && passed % mark_distance == 0) marks.push_back(place);
+            ++passed;
         }
-        return last_place;
+        marked_part = part_start;
+    }
+
+    /// Whether a carriage return is a part of a line end.
+    bool isOfPair(std::size_t place) const {
+        return text[place] == '\r' && place + 1 < part_end && text[place + 1] == '\n';
     }
 
     std::size_t getOffset(const pugi::xml_node& element) const {
         return getOffsetInFile(static_cast<std::size_t>(std::max<std::ptrdiff_t>(element.offset_debug() - 1, 0)));
     }
 
-    struct Line {
-        std::size_t number;
-        std::size_t column;
-    };
-
-    Line getLine(std::size_t offset) const {
-        const std::string_view before = text.substr(0, offset);
-        const auto line_start = before.rfind('\n') + 1;
-        const auto isFirstByte = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; };
-        return {1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n')),
-                1 + static_cast<std::size_t>(std::count_if(before.begin() + static_cast<std::ptrdiff_t>(line_start),
-                                                           before.end(), isFirstByte))};
-    }
-
-    SceneDocumentError makeErrorAt(std::size_t offset, const std::string& fault) const {
-        const auto [line, column] = getLine(offset);
+    SceneDocumentError makeErrorAt(std::size_t offset, const std::string& fault) {
+        const auto [line, column] = places.find(offset);
         return SceneDocumentError(toStdString(request.path), line, column, fault);
     }
 
     // ---- the scene
 
-    void addNodes(SceneNodeRoot& root) {
+    Reference<SceneNodeRoot> makeScene() {
         nameCurves();
-        for (const Reference<SceneNode>& node : nodes)
-            root.addChildNode(node);
-        ReferenceBinder(root).bind();
+        addMissingScatterNodes(nodes);
+        const Reference<SceneNodeRoot> root(new SceneNodeRoot);
+        root->addFirstChildNodes(nodes);
+        ReferenceBinder(*root).bind();
+        return root;
     }
 
     /// Gives nodes that have no UID in the document the one that they had in the scene: the next free one.
@@ -374,10 +418,11 @@ class DocumentReader final : public ElementSource {
     bool has_line_pairs = false;
     std::size_t part_start = 0;
     std::size_t part_end = 0;
-    /// The last offset of a part that was looked for in the file, and its place.
-    mutable std::size_t last_part = std::string_view::npos;
-    mutable std::size_t last_offset = 0;
-    mutable std::size_t last_place = 0;
+    /// The part whose places are noted: every so many of its characters one, line ends counted as one character.
+    static constexpr std::size_t mark_distance = 128;
+    mutable std::size_t marked_part = std::string_view::npos;
+    mutable std::vector<std::size_t> marks;
+    Markup::Places places;
     std::size_t plain_part_start = std::string_view::npos;
     std::string plain_part;
     std::vector<char> buffer;

@@ -36,6 +36,15 @@ struct UnknownElement {
     std::string parent;
 };
 
+/// What a document has that isn't read.
+struct UnknownElements {
+    static constexpr std::size_t max_listed = 10'000;
+
+    /// The first ones that were found.
+    std::vector<UnknownElement> listed;
+    std::size_t count = 0;
+};
+
 enum class ElementForm;
 
 /// Follows a document while it is read, in the order in which it is read.
@@ -66,7 +75,7 @@ struct SceneReadRequest {
     /// Whether the mesh files are read at once. If not, a `LoadMeshes` pass reads them later.
     bool load_meshes = false;
     /// Receives what isn't read; null for not asked.
-    std::vector<UnknownElement>* unknown_elements = nullptr;
+    UnknownElements* unknown_elements = nullptr;
     /// Not owned; null for none.
     ReadingListener* listener = nullptr;
 };
@@ -80,7 +89,8 @@ struct SceneReadRequest {
 /// Elements of classes of a renderer library are kept as text (`ForeignParts.h`).
 ///
 /// The memory used beside that of the scene doesn't depend on the size of the document, only on that of its largest
-/// node.
+/// node. With the scene it is less than 20 times the size of the document: a large node that consists of more elements
+/// or attributes than any with values can have is an error.
 /// Throws `SceneDocumentError`; `Exception` when the file can't be read; `VelmarException` for mesh files.
 Reference<SceneNodeRoot> readSceneXML(const SceneReadRequest& request);
 

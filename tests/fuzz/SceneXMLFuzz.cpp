@@ -25,7 +25,7 @@ std::string documentOf(const Velmar::SceneNodeRoot& root) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
-    std::vector<Velmar::UnknownElement> unknown;
+    Velmar::UnknownElements unknown;
     Velmar::SceneReadRequest request;
     request.path = "scene.xml";
     request.unknown_elements = &unknown;

@@ -143,14 +143,16 @@ TEST(SceneXMLReader, TextsAreReadAsTheyWereMeant) {
 }
 
 TEST(SceneXMLReader, UnknownElementsAreReportedAndHarmless) {
-    std::vector<UnknownElement> unknown;
+    UnknownElements elements;
     SceneReadRequest request;
-    request.unknown_elements = &unknown;
+    request.unknown_elements = &elements;
     const auto root =
         parseSceneXML("<scene>\r\n<camera><uid>1</uid><name>\xC3\xA4</name><colour><uid>7</uid></colour>\r\n"
                       "  <up>0 0 2</up><aperture_shape><circular/><blades/></aperture_shape>\r\n"
                       "</camera></scene>",
                       request);
+    const std::vector<UnknownElement>& unknown = elements.listed;
+    EXPECT_EQ(elements.count, 2u);
     ASSERT_EQ(unknown.size(), 2u);
     EXPECT_EQ(unknown[0].name, "blades");
     EXPECT_EQ(unknown[0].parent, "aperture_shape");
@@ -161,6 +163,25 @@ TEST(SceneXMLReader, UnknownElementsAreReportedAndHarmless) {
     EXPECT_EQ(unknown[1].line, 2u);
     EXPECT_EQ(unknown[1].column, 35u);
     EXPECT_EQ(static_cast<const SceneNodeCamera&>(*root->getNodeByUID(1)).up.z, 2.0);
+}
+
+TEST(SceneXMLReader, OfManyUnknownElementsTheFirstAreListed) {
+    constexpr std::size_t count = UnknownElements::max_listed + 5;
+    std::string elements;
+    for (std::size_t i = 0; i < count; ++i)
+        elements += "\r\n <\xC3\xA4/>   <odd_one/>";
+    UnknownElements unknown;
+    SceneReadRequest request;
+    request.unknown_elements = &unknown;
+    parseSceneXML("<scene>\r\n<camera><uid>1</uid><name>c</name>" + elements + "</camera></scene>", request);
+    EXPECT_EQ(unknown.count, 2 * count);
+    ASSERT_EQ(unknown.listed.size(), UnknownElements::max_listed);
+    for (std::size_t i = 0; i < unknown.listed.size(); ++i) {
+        const UnknownElement& element = unknown.listed[i];
+        EXPECT_EQ(element.name, i % 2 == 0 ? "\xC3\xA4" : "odd_one");
+        EXPECT_EQ(element.line, 3 + i / 2);
+        EXPECT_EQ(element.column, i % 2 == 0 ? 2u : 9u);
+    }
 }
 
 namespace {
@@ -256,6 +277,23 @@ TEST(SceneXMLReader, ManyAttributesAndLongNumbersAreHarmless) {
                                   "</sensor_width></camera>"));
     EXPECT_DOUBLE_EQ(static_cast<const SceneNodeCamera&>(*root->getNodeByUID(1)).sensor_width, 1.0 / 9.0);
     EXPECT_NE(errorOf(scene("<camera><uid>" + digits + "</uid></camera>")).find("beyond 32 bits"), std::string::npos);
+}
+
+TEST(SceneXMLReader, ANodeOfMoreElementsThanValuesCanBeIsAnError) {
+    const auto fewBytesEach = [](std::string_view unit) {
+        std::string node = "<camera><uid>1</uid><name>c</name>";
+        while (node.size() < 1'000'000)
+            node += unit;
+        return errorOf(scene(node + "</camera>"));
+    };
+    const std::string fault = "scene.xml:2:1: error: a node with too many elements: more than one for each 10 bytes";
+    EXPECT_EQ(fewBytesEach("<a/>"), fault);
+    EXPECT_EQ(fewBytesEach("<a>1</a> 2 <!-- 3 -->"), "no error");
+    EXPECT_EQ(fewBytesEach("<a>1</a> 2 "), fault);
+    EXPECT_EQ(fewBytesEach("<a>1</a><![CDATA[]]>"), "no error");
+    EXPECT_EQ(fewBytesEach("<a x=''/>"), fault);
+    EXPECT_EQ(fewBytesEach("<a b=''/>      "), "no error");
+    EXPECT_EQ(fewBytesEach("<uid>1</uid>"), "no error");
 }
 
 /// Reads, or refuses with a place in the text.

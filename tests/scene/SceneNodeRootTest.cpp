@@ -2,7 +2,10 @@
 
 #include "tests/support/PlainNode.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
+#include <utility>
+#include <vector>
 
 namespace SceneNodeRootTests {
 
@@ -114,6 +117,54 @@ TEST_F(SceneNodeRootTest, ChildrenAreFoundAfterTheTableHasGrown) {
     for (UID uid = 1; uid <= 1000; ++uid) {
         ASSERT_NE(root->getNodeByUID(uid), nullptr);
         ASSERT_EQ(root->getNodeByUID(uid)->getUID(), uid);
+    }
+}
+
+namespace {
+
+/// What a renderer library sees of the table: the entries by bucket, each with its UID and the number of its child.
+std::vector<std::pair<UID, std::size_t>> tableOf(const SceneNodeRoot& root) {
+    constexpr std::size_t offset_of_table = 120;
+    const auto* const table =
+        reinterpret_cast<const NodeUIDMap*>(reinterpret_cast<const char*>(&root) + offset_of_table);
+    std::vector<std::pair<UID, std::size_t>> entries;
+    table->forEach([&](UID uid, SceneNode* node) {
+        const auto child = std::ranges::find(root.children(), node, &Reference<SceneNode>::getPointer);
+        entries.emplace_back(uid, static_cast<std::size_t>(child - root.children().begin()));
+    });
+    entries.emplace_back(0, table->bucketCount());
+    return entries;
+}
+
+std::vector<Reference<SceneNode>> nodesOf(const std::vector<UID>& uids) {
+    std::vector<Reference<SceneNode>> nodes;
+    for (const UID uid : uids) {
+        nodes.emplace_back(new PlainNode(NodeType::Metadata));
+        nodes.back()->setUID(uid);
+    }
+    return nodes;
+}
+
+} // namespace
+
+TEST(FirstChildren, AddedAtOnceAreInTheTableAsIfAddedOneByOne) {
+    std::vector<UID> colliding;
+    for (UID i = 1; i < 3000; ++i)
+        colliding.push_back(i << 12U);
+    for (const std::vector<UID>& uids :
+         {std::vector<UID>{}, {7}, {1, 2, 3}, {9, 4, 9, 1, 4, 9, 2}, {0, 5, 0xFFFFFFFE, 5, 0}, colliding}) {
+        const Reference<SceneNodeRoot> one_by_one(new SceneNodeRoot);
+        for (const Reference<SceneNode>& node : nodesOf(uids))
+            one_by_one->addChildNode(node);
+        const Reference<SceneNodeRoot> at_once(new SceneNodeRoot);
+        at_once->addFirstChildNodes(nodesOf(uids));
+        EXPECT_EQ(tableOf(*at_once), tableOf(*one_by_one));
+        EXPECT_EQ(at_once->getNextUID(), one_by_one->getNextUID());
+        ASSERT_EQ(at_once->children().size(), uids.size());
+        for (std::size_t i = 0; i < uids.size(); ++i) {
+            EXPECT_EQ(at_once->children()[i]->getUID(), uids[i]);
+            EXPECT_EQ(at_once->children()[i]->getParent(), at_once.getPointer());
+        }
     }
 }
 

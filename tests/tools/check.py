@@ -279,7 +279,8 @@ class Check(ToolTest):
         self.assertIn("deep.xml:1:308: error: elements are nested too deep;", output)
         self.assertIn("number.xml:1:16: error: '1111", output)
         self.assertIn("empty.xml:1:1: error: not a scene document", output)
-        self.assertEqual(output.count("\n"), 3)
+        self.assertIn("unknown.xml:1:8: error: a node with too many elements", output)
+        self.assertEqual(output.count("\n"), 4)
 
     def test_references_in_a_circle(self):
         # A material of a node that is made of it.

@@ -18,6 +18,7 @@ from formats import Formats, Json
 from full_disk import FullDisk
 from info import Info
 from interrupts import Interrupted, Targets, Together
+from memory import Memory
 from merging import Merge
 from packing import Pack, Unpack, UnpackLinks
 from picture import Picture

@@ -148,6 +148,9 @@ struct Host {
     Host& operator=(const Host&) = delete;
 };
 
+/// Whether the steps that write files do so. They change nothing of what was made.
+inline bool writes_files = true;
+
 /// A folder of this process, which ends with it.
 class WorkFolder {
   public:
@@ -261,11 +264,13 @@ inline void changeMesh(Host& host, Input& input) {
         attempt([&] { VelmarMesh_Build(mesh); });
         break;
     case 5: {
+        if (!writes_files) break;
         const std::string path = workFolder() + "/mesh.vmmesh";
         attempt([&] { VelmarMesh_WriteToFile(mesh, path.c_str()); });
         break;
     }
     case 6: {
+        if (!writes_files) break;
         const std::string path = workFolder() + "/mesh.txt";
         attempt([&] { velmar_write_mesh_to_file(mesh, path.c_str()); });
         break;
@@ -458,6 +463,7 @@ inline void deleteSomething(Host& host, Input& input) {
 }
 
 inline void writeScene(Host& host, Input&) {
+    if (!writes_files) return;
     const std::string path = workFolder() + "/scene.xml";
     attempt([&] { VelmarScene_WriteToXML(host.scene, path.c_str()); });
 }
