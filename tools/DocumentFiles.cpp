@@ -3,6 +3,9 @@
 #include "scene/SceneNodeTonemapping.h"
 #include "scene/XMLPrimitives.h"
 #include "scene/nodes/SceneNodeMesh.h"
+#include "scene/nodes/SceneNodeModel.h"
+#include "scene/nodes/SceneNodeSphere.h"
+#include "scene/reading/ForeignParts.h"
 #include "tools/Console.h"
 #include "tools/System.h"
 #include "utils/FileUtils.h"
@@ -37,9 +40,43 @@ std::filesystem::path seenFrom(const std::filesystem::path& folder, const std::f
     return relative.empty() ? file : relative;
 }
 
+/// As long as it lives, a node reports its own files alone. Nodes that it refers to are in the scene and report theirs,
+/// which a pass through the references would do once for each of these.
+class WithoutReferences {
+  public:
+    explicit WithoutReferences(SceneNode& node) {
+        if (node.getType() == NodeType::Object) {
+            model = static_cast<SceneNodeModel*>(&node);
+            std::swap(model->geometry, geometry);
+            model->materials.swap(materials);
+        } else if (node.getType() == NodeType::Sphere) {
+            sphere = static_cast<SceneNodeSphere*>(&node);
+            std::swap(sphere->material, material);
+        }
+    }
+    ~WithoutReferences() {
+        if (model != nullptr) {
+            std::swap(model->geometry, geometry);
+            model->materials.swap(materials);
+        }
+        if (sphere != nullptr) std::swap(sphere->material, material);
+    }
+    WithoutReferences(const WithoutReferences&) = delete;
+    WithoutReferences& operator=(const WithoutReferences&) = delete;
+
+  private:
+    SceneNodeModel* model = nullptr;
+    SceneNodeSphere* sphere = nullptr;
+    Reference<SceneNode> geometry;
+    Vector<Reference<SceneNodeMaterial>> materials;
+    Reference<SceneNodeMaterial> material;
+};
+
 void runPass(SceneNodeRoot& scene, TraversalState& state) {
-    for (const Reference<SceneNode>& child : scene.children())
+    for (const Reference<SceneNode>& child : scene.children()) {
         child->traverse(state);
+        traverseForeignParts(*child, state);
+    }
 }
 
 } // namespace
@@ -80,12 +117,17 @@ std::string getNameInDocument(const std::string& document, const std::string& fi
 }
 
 std::vector<std::string> getFileNames(SceneNodeRoot& scene) {
-    TraversalState state(TraversalKind::GetDependencies, String(), String());
-    runPass(scene, state);
     std::vector<std::string> names;
     std::set<std::string> known{""};
-    for (const String& name : state.dependencies)
-        if (known.insert(toStdString(name)).second) names.push_back(toStdString(name));
+    TraversalState state(TraversalKind::GetDependencies, String(), String());
+    for (const Reference<SceneNode>& child : scene.children()) {
+        const WithoutReferences alone(*child);
+        child->traverse(state);
+        traverseForeignParts(*child, state);
+        for (const String& name : state.dependencies)
+            if (known.insert(toStdString(name)).second) names.push_back(toStdString(name));
+        state.dependencies.clear();
+    }
     return names;
 }
 

@@ -1,3 +1,4 @@
+#include "scene/reading/ForeignParts.h"
 #include "tools/Command.h"
 #include "tools/Console.h"
 #include "tools/DocumentFiles.h"
@@ -48,7 +49,7 @@ class MergedScene {
                 }
             }
             last_uid = std::max(last_uid, node->getUID());
-            merged->addChildNode(node);
+            nodes.push_back(node);
         }
         if (left_out.empty()) return;
         std::string text = path + ": left out, because a document before it has one: ";
@@ -57,7 +58,11 @@ class MergedScene {
         notes.push_back(text);
     }
 
-    const SceneNodeRoot& get() const { return *merged; }
+    /// The scene of all that was added. Nothing can be added afterwards.
+    const SceneNodeRoot& finish() {
+        merged->addFirstChildNodes(nodes);
+        return *merged;
+    }
     const std::vector<std::string>& getNotes() const { return notes; }
 
   private:
@@ -73,11 +78,14 @@ class MergedScene {
         TraversalState state(TraversalKind::OffsetUIDs, String(), String());
         state.uid_offset = last_uid + 1 - first;
         if (last >= invalid_uid - state.uid_offset) throw Failure(path + ": there are no UIDs left for its nodes");
-        for (const Reference<SceneNode>& node : scene.children())
+        for (const Reference<SceneNode>& node : scene.children()) {
             node->traverse(state);
+            traverseForeignParts(*node, state);
+        }
     }
 
     Reference<SceneNodeRoot> merged{new SceneNodeRoot};
+    std::vector<Reference<SceneNode>> nodes;
     UID last_uid = root_uid;
     /// Of the kinds that there is one of: the document that it is from.
     std::map<NodeType, std::size_t> owners;
@@ -100,14 +108,15 @@ void merge(const MergeOptions& options) {
         merged.add(*scene, path);
     }
     progress.show("writing " + Text::fileName(result));
-    writeDocument(merged.get(), output);
+    const SceneNodeRoot& scene = merged.finish();
+    writeDocument(scene, output);
     const std::uint64_t size = output.commit();
     progress.clear();
     if (options.quiet) return;
     for (const std::string& note : merged.getNotes())
         printNote(note);
     std::printf("%s: %s of %zu documents (%s)\n", Text::printable(result).c_str(),
-                Text::count(merged.get().children().size(), "node", "nodes").c_str(), count, Text::size(size).c_str());
+                Text::count(scene.children().size(), "node", "nodes").c_str(), count, Text::size(size).c_str());
 }
 
 } // namespace

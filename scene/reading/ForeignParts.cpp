@@ -2,7 +2,9 @@
 
 #include "scene/ClassSupport.h"
 #include "scene/NumberText.h"
+#include "scene/SceneNodeMaterial.h"
 #include "scene/XMLPrimitives.h"
+#include "scene/nodes/SceneNodeBackgroundSettings.h"
 #include "scene/reading/Markup.h"
 
 #include <algorithm>
@@ -108,6 +110,30 @@ void ForeignText::traverse(TraversalState& state) {
     default:
         break;
     }
+}
+
+namespace {
+
+template <class Foreign, class Part>
+void traversePart(const Reference<Part>& part, TraversalState& state) {
+    if (auto* const foreign = dynamic_cast<Foreign*>(part.getPointer())) foreign->content.traverse(state);
+}
+
+void traverseShader(const Reference<Material>& material, TraversalState& state) {
+    if (!material || !material->shared_shader_info) return;
+    for (const Reference<ShaderParameter>& parameter : material->shared_shader_info->parameters)
+        traversePart<ForeignShaderParameter>(parameter, state);
+}
+
+} // namespace
+
+void traverseForeignParts(SceneNode& node, TraversalState& state) {
+    if (node.getType() == NodeType::Camera)
+        traversePart<ForeignApertureShape>(static_cast<SceneNodeCamera&>(node).aperture_shape, state);
+    else if (node.getType() == NodeType::Material)
+        traverseShader(static_cast<SceneNodeMaterial&>(node).material, state);
+    else if (node.getType() == NodeType::BackgroundSettings)
+        traverseShader(static_cast<SceneNodeBackgroundSettings&>(node).background_material, state);
 }
 
 void ForeignText::write(OStream& stream, std::uint32_t depth) const {

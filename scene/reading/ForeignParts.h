@@ -176,4 +176,8 @@ class ForeignNode : public Destroyable<ForeignNode, PlainSceneNode> {
 
 static_assert(offsetof(ForeignNode, owner_uid) == sizeof(SceneNode));
 
+/// Takes the parts of a node that have text in which passes look for paths and UIDs, but are of classes without a slot
+/// for passes, through one: aperture shapes and the parameters of shader programs. To be called beside `traverse`.
+void traverseForeignParts(SceneNode& node, TraversalState& state);
+
 } // namespace Velmar
