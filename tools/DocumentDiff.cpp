@@ -211,12 +211,13 @@ std::deque<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, 
     const auto elementOf = [](const Other& other) -> const std::string& { return other.value->element; };
     std::ranges::stable_sort(others, {}, elementOf);
     for (auto i = old_rest; i != old_values.end(); ++i) {
-        const auto same = std::ranges::equal_range(others, i->element, {}, elementOf);
-        if (same.empty() || same.front().num_matched == same.size()) {
+        const auto first = std::ranges::lower_bound(others, i->element, {}, elementOf);
+        const auto last = std::ranges::upper_bound(others, i->element, {}, elementOf);
+        if (first == last || first->num_matched == static_cast<std::size_t>(last - first)) {
             changes.push_back({i->element, std::move(i->content), {}});
             continue;
         }
-        Other& other = same[same.front().num_matched++];
+        Other& other = first[static_cast<std::ptrdiff_t>(first->num_matched++)];
         other.is_matched = true;
         compare(*i, *other.value);
     }

@@ -101,7 +101,8 @@ void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
     }
     if (named.empty()) return;
     std::ranges::sort(named);
-    named.erase(std::ranges::unique(named, {}, &Missing::uid).begin(), named.end());
+    const auto of_one_node = [](const Missing& a, const Missing& b) { return a.uid == b.uid; };
+    named.erase(std::unique(named.begin(), named.end(), of_one_node), named.end());
     std::vector<UID> known{root_uid};
     for (const Reference<SceneNode>& node : nodes)
         known.push_back(node->getUID());
