@@ -34,7 +34,11 @@ void reportEnd(const char* reason) noexcept {
 } // namespace
 
 RenderJob::RenderJob(const Velmar::SceneNodeRoot& scene_, Velmar::RenderBuffer& buffer_)
-    : scene(scene_), buffer(buffer_) {}
+    : scene(scene_), buffer(buffer_) {
+    // On Windows both allocate when they are first used: here, where that may fail.
+    std::unique_lock<std::mutex> lock(mutex);
+    changed.wait_for(lock, std::chrono::seconds(0));
+}
 
 RenderJob::~RenderJob() {
     end(false);

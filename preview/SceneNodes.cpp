@@ -43,16 +43,16 @@ void runPass(const Velmar::SceneNodeRoot& scene, Velmar::TraversalKind kind, con
 } // namespace
 
 void report(std::string_view text) noexcept {
-    static std::mutex mutex;
-    const std::lock_guard<std::mutex> lock(mutex);
     try {
+        static std::mutex mutex;
+        const std::lock_guard<std::mutex> lock(mutex);
         static std::set<std::string, std::less<>> reported;
         // A scene may name any number of objects, each with a text of its own.
         constexpr std::size_t max_reports = 200;
         if (reported.size() >= max_reports || reported.contains(text)) return;
         reported.emplace(text);
-    } catch (const std::bad_alloc&) {
-        // Then it may be written again.
+    } catch (...) {
+        // No memory, which on Windows mutexes need too: then it may be written again.
     }
     std::fprintf(stderr, "velmar preview: %.*s\n", static_cast<int>(text.size()), text.data());
 }

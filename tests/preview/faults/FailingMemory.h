@@ -3,16 +3,11 @@
 #include "tests/preview/PreviewRender.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace TestSupport {
 
 /// Whether one allocation fails, or all that follow it too.
 enum class Lasting { once, for_ever };
-
-/// What is tested on this system. With all failing from one on, processes on Windows end in some cases, so there it is
-/// one alone.
-std::vector<Lasting> kindsOfFailure();
 
 /// As long as it lives, the `nth` allocation of the renderer library and of Embree fails from its construction on, and
 /// with `for_ever` all that follow too, on any thread. One at a time.

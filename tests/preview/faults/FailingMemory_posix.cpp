@@ -64,10 +64,6 @@ void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
 
 namespace TestSupport {
 
-std::vector<Lasting> kindsOfFailure() {
-    return {Lasting::once, Lasting::for_ever};
-}
-
 FailingMemory::FailingMemory(const PreviewFolder&, std::int64_t nth, Lasting lasting_)
     : arm([](std::int64_t number, bool lasting) {
           is_inside = false;

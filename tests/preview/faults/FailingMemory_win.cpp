@@ -2,10 +2,6 @@
 
 namespace TestSupport {
 
-std::vector<Lasting> kindsOfFailure() {
-    return {Lasting::once};
-}
-
 FailingMemory::FailingMemory(const PreviewFolder& folder, std::int64_t nth, Lasting lasting)
     : arm(folder.get<Arm>("failAllocation")), disarm(folder.get<Disarm>("endFailures")) {
     arm(nth, lasting == Lasting::for_ever);

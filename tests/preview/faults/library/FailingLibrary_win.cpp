@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <pthread.h>
 #include <windows.h>
 
 namespace {
@@ -24,6 +25,22 @@ bool mustFail() {
     return true;
 }
 
+/// As long as it lives, the thread's allocations pass.
+class Exemption {
+  public:
+    Exemption() { TlsSetValue(exempt_slot, &struck); }
+    ~Exemption() {
+        TlsSetValue(exempt_slot, former);
+        SetLastError(error);
+    }
+    Exemption(const Exemption&) = delete;
+    Exemption& operator=(const Exemption&) = delete;
+
+  private:
+    const DWORD error = GetLastError();
+    void* const former = TlsGetValue(exempt_slot);
+};
+
 } // namespace
 
 // The linker gives calls of these functions the names with `wrap`, and the functions themselves those with `real`.
@@ -37,6 +54,8 @@ void* __wrap_malloc(std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size);
 void* __wrap_realloc(void* block, std::size_t size);
 void* __wrap___emutls_get_address(void* object);
+int __real_pthread_mutex_lock(pthread_mutex_t* mutex);
+int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex);
 
 void* __wrap_malloc(std::size_t size) {
     return mustFail() ? nullptr : __real_malloc(size);
@@ -49,15 +68,14 @@ void* __wrap_realloc(void* block, std::size_t size) {
 }
 
 /// The compiler's runtime allocates a thread's variables when they are first used, those for exceptions among them, and
-/// ends the process when it can't.
+/// mutexes when they are first locked, that of the memory for exceptions among them. It ends the process when it can't.
 void* __wrap___emutls_get_address(void* object) {
-    const DWORD error = GetLastError();
-    void* const former = TlsGetValue(exempt_slot);
-    TlsSetValue(exempt_slot, &struck);
-    void* const address = __real___emutls_get_address(object);
-    TlsSetValue(exempt_slot, former);
-    SetLastError(error);
-    return address;
+    const Exemption exemption;
+    return __real___emutls_get_address(object);
+}
+int __wrap_pthread_mutex_lock(pthread_mutex_t* mutex) {
+    const Exemption exemption;
+    return __real_pthread_mutex_lock(mutex);
 }
 
 // Embree's large blocks. The linker replaces the pointer to the system's function.
