@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <new>
 
 namespace Preview {
@@ -21,9 +22,18 @@ void setTransform(RTCGeometry geometry, unsigned step, const Affine& m) {
     rtcSetGeometryTransform(geometry, step, RTC_FORMAT_FLOAT3X4_COLUMN_MAJOR, columns);
 }
 
+/// Whether rays can be transformed by the inverse: what is valid in the scene must be valid for Embree in the mesh too.
 bool isUsable(const Affine& m) {
     const float determinant = m.determinant();
-    return isFinite(m) && std::isfinite(determinant) && determinant != 0.0f;
+    if (!isFinite(m) || !std::isfinite(determinant) || determinant == 0.0f) return false;
+    // Together with the limit of rays within Embree's, 1.844e18.
+    constexpr float max_enlargement = 1e8f / 3.0f;
+    constexpr float max_offset = 5e17f;
+    const Vec3 rows[] = {cross(m.y, m.z), cross(m.z, m.x), cross(m.x, m.y)};
+    return std::all_of(std::begin(rows), std::end(rows), [&](const Vec3& row) {
+        return length(row) <= max_enlargement * std::abs(determinant) &&
+               std::abs(dot(row, m.p)) <= max_offset * std::abs(determinant);
+    });
 }
 
 } // namespace

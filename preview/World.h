@@ -97,11 +97,11 @@ struct Ray {
     float time = 0.0f;
     float length = std::numeric_limits<float>::infinity();
 
-    /// Whether Embree takes it: its assertions end the process for others, which come of places and sizes near the
-    /// limits of floats.
+    /// Whether Embree takes it, also in the space of the smallest mesh: its assertions end the process for others,
+    /// which come of places and sizes near the limits of floats.
     bool isValid() const {
         // Squares, so that one comparison serves three numbers.
-        constexpr float max_size = 1.844e18f * 1.844e18f;
+        constexpr float max_size = 1e10f * 1e10f;
         return dot(origin, origin) <= max_size && dot(direction, direction) <= max_size && length >= 0.0f;
     }
 
@@ -132,7 +132,7 @@ class World {
     bool build(const SceneNodes& nodes, std::vector<std::string> material_masks,
                const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled);
 
-    /// Fills Embree's record of a ray that hasn't hit anything yet. Rays that begin 1e18 metres away or aren't finite
+    /// Fills Embree's record of a ray that hasn't hit anything yet. Rays that begin 1e10 metres away or aren't finite
     /// will hit nothing.
     static void setRay(const Ray& ray, RTCRayHit& hit) {
         ray.fill(hit.ray);
