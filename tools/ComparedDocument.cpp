@@ -107,10 +107,11 @@ class ContentBytes {
     std::size_t depth = 0;
 };
 
-/// Lists the values of a node.
-class ValueList {
+/// Passes the values of a node on.
+class ValueVisitor {
   public:
-    ValueList(const ComparedDocument& document_, FileContents& files_) : document(document_), files(files_) {}
+    ValueVisitor(const ComparedDocument& document_, FileContents& files_, const std::function<void(NodeValue&&)>& take_)
+        : document(document_), files(files_), take(take_) {}
 
     void enter(std::string_view element, std::size_t index) { steps.push_back({element, index}); }
     void leave() { steps.pop_back(); }
@@ -137,19 +138,18 @@ class ValueList {
         add(element, index, NodeValue::Target{document.identify(node), node});
     }
 
-    std::deque<NodeValue> values;
-
   private:
     void add(std::string_view element, std::size_t index, NodeValue::Content content) {
         steps.push_back({element, index});
         const std::string way = describePath({}, steps);
         steps.pop_back();
         // A copy, which has no capacity to spare: there may be very many.
-        values.push_back({way.substr(way.starts_with('/') ? 1 : 0), std::move(content)});
+        take({way.substr(way.starts_with('/') ? 1 : 0), std::move(content)});
     }
 
     const ComparedDocument& document;
     FileContents& files;
+    const std::function<void(NodeValue&&)>& take;
     std::vector<VisitedElement> steps;
 };
 
@@ -235,10 +235,9 @@ Digest ComparedDocument::getContent(std::size_t index, double grid) {
     return Digest::of(buffer);
 }
 
-std::deque<NodeValue> ComparedDocument::getValues(std::size_t index) {
-    ValueList list(*this, files);
-    visitNode(list, getNode(index));
-    return std::move(list.values);
+void ComparedDocument::visitValues(std::size_t index, const std::function<void(NodeValue&&)>& take) {
+    ValueVisitor visitor(*this, files, take);
+    visitNode(visitor, getNode(index));
 }
 
 void ComparedDocument::setIdentity(std::size_t index, const Digest& identity) {
@@ -252,7 +251,6 @@ Digest ComparedDocument::identify(const SceneNode* node) const {
     const auto known = identities.find(node);
     if (known != identities.end()) return known->second;
     // A node that no reference should name, or one that isn't in the document.
-    const bool is_missing = node->getParent() == nullptr || (isForeign(node->getType()) && getElement(*node).empty());
-    if (is_missing) return {};
+    if (isMissing(*node)) return {};
     return Digest::of(std::string(getElement(*node)) + '\n' + toStdString(node->getName()));
 }

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -53,8 +53,8 @@ class ComparedDocument {
     /// The digest of the values of a node, except for its name. References count by the identities that were set. With
     /// a `grid` above 0 numbers count by the cell of it that they are in.
     Digest getContent(std::size_t index, double grid = 0);
-    /// A list that grows without being copied: a node may have very many.
-    std::deque<NodeValue> getValues(std::size_t index);
+    /// Passes the values of a node to `take`, one by one: a node may have very many.
+    void visitValues(std::size_t index, const std::function<void(NodeValue&&)>& take);
 
     /// What references to the node count by from now on.
     void setIdentity(std::size_t index, const Digest& identity);

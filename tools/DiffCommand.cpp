@@ -92,10 +92,10 @@ class Printer {
     void printChanged(const NodeChange& change) {
         printResult("~ " + titleOf(a.getNode(*change.a)) + " (" + placeOf(a, *change.a) + ", " + placeOf(b, *change.b) +
                     ')');
-        for (const ValueChange& value : compareValues(a, b, change, tolerance)) {
+        compareValues(a, b, change, tolerance, [](const ValueChange& value) {
             const std::string name = value.element.empty() ? "content" : value.element;
             printResult("    " + name + ": " + show(value.a) + " -> " + show(value.b));
-        }
+        });
     }
 
     ComparedDocument& a;
@@ -200,13 +200,14 @@ void printJson(ComparedDocument& a, ComparedDocument& b, const std::vector<NodeC
         addNode(json, "b", b, change.b);
         if (change.a && change.b) {
             json.beginList("values");
-            for (const ValueChange& value : compareValues(a, b, change, tolerance)) {
+            compareValues(a, b, change, tolerance, [&](const ValueChange& value) {
                 json.beginObject();
                 json.add("element", value.element);
                 add(json, "a", value.a);
                 add(json, "b", value.b);
                 json.endObject();
-            }
+                std::printf("%s", json.take().c_str());
+            });
             json.endList();
         }
         json.endObject();

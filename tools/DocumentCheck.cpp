@@ -2,6 +2,7 @@
 
 #include "scene/reading/ElementVisitor.h"
 #include "scene/reading/Markup.h"
+#include "scene/reading/NodeFinder.h"
 #include "scene/reading/SceneXMLReader.h"
 #include "tools/CameraView.h"
 #include "tools/Console.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <unordered_map>
@@ -58,11 +60,6 @@ class Findings {
 
 std::string describeUID(UID uid) {
     return std::to_string(uid);
-}
-
-/// A node that the document only refers to, which the reader adds.
-bool isMissing(const SceneNode& node) {
-    return node.getParent() == nullptr || (isForeign(node.getType()) && getElement(node).empty());
 }
 
 // ---- light
@@ -160,12 +157,12 @@ class Checker final : public ReadingListener {
         const bool is_none = target == nullptr && uid == invalid_uid;
         // The whole background has one material, which is no node.
         if (is_none && node->getType() == NodeType::BackgroundSettings) return;
-        if (target == nullptr && !is_none) target = root->getNodeByUID(uid);
+        if (target == nullptr && !is_none) target = nodes_by_uid->find(uid);
         const char* const wanted = is_scatter ? "scatter" : is_geometry ? "mesh" : "material";
         const VisitedElement step = {element, index};
         if (target == nullptr || isMissing(*target)) {
             // A bound one that isn't there takes the place of one of another kind, too.
-            target = is_none ? nullptr : root->getNodeByUID(uid);
+            target = is_none ? nullptr : nodes_by_uid->find(uid);
             if (target == nullptr || isMissing(*target))
                 return addAt(step, true, "dangling-reference",
                              is_none ? "it names no node" : "no node has uid " + describeUID(uid),
@@ -247,6 +244,7 @@ class Checker final : public ReadingListener {
 
     void checkScene() {
         progress.show("checking " + Text::fileName(path));
+        nodes_by_uid.emplace(*root);
         for (std::size_t i = 0; i < node_offsets.size(); ++i) {
             node = root->children()[i].getPointer();
             offset = node_offsets[i];
@@ -460,6 +458,7 @@ class Checker final : public ReadingListener {
     ElementFinder finder;
     Findings findings;
     Reference<SceneNodeRoot> root;
+    std::optional<NodeFinder> nodes_by_uid;
     /// Of the document's nodes, in their order. The scene may have more of them after these.
     std::vector<std::size_t> node_offsets;
     std::vector<std::size_t> unknown_offsets;

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <span>
+#include <deque>
 #include <string_view>
 #include <utility>
 
@@ -164,13 +164,19 @@ class Matcher {
             } else if (sides[0].digests[i] != sides[1].digests[j]) {
                 const NodeChange change = {i, j};
                 const bool may_be_same = tolerance > 0;
-                if (!may_be_same || !compareValues(*sides[0].document, *sides[1].document, change, tolerance).empty())
-                    changes.push_back(change);
+                if (!may_be_same || hasChanges(change)) changes.push_back(change);
             }
         }
         for (std::size_t j = 0; j < sides[1].partners.size(); ++j)
             if (sides[1].partners[j] == unmatched) changes.push_back({{}, j});
         return changes;
+    }
+
+    bool hasChanges(const NodeChange& change) {
+        bool found = false;
+        compareValues(*sides[0].document, *sides[1].document, change, tolerance,
+                      [&](const ValueChange&) { found = true; });
+        return found;
     }
 
     std::array<Side, 2> sides;
@@ -183,20 +189,23 @@ std::vector<NodeChange> compareDocuments(ComparedDocument& a, ComparedDocument& 
     return Matcher(a, b, tolerance).match();
 }
 
-std::deque<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change,
-                                      double tolerance) {
-    std::deque<NodeValue> old_values = a.getValues(*change.a);
-    std::deque<NodeValue> new_values = b.getValues(*change.b);
-    std::deque<ValueChange> changes;
+void compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change, double tolerance,
+                   const std::function<void(const ValueChange&)>& take) {
+    // Lists that grow without being copied.
+    std::deque<NodeValue> old_values;
+    std::deque<NodeValue> new_values;
+    a.visitValues(*change.a, [&](NodeValue&& value) { old_values.push_back(std::move(value)); });
     const auto compare = [&](NodeValue& old_value, NodeValue& new_value) {
         if (!areSame(old_value.content, new_value.content, tolerance))
-            changes.push_back({old_value.element, std::move(old_value.content), std::move(new_value.content)});
+            take({std::move(old_value.element), std::move(old_value.content), std::move(new_value.content)});
     };
     // Mostly both have the same elements.
-    const auto [old_rest, new_rest] =
-        std::ranges::mismatch(old_values, new_values, {}, &NodeValue::element, &NodeValue::element);
-    for (auto i = old_values.begin(), j = new_values.begin(); i != old_rest; ++i, ++j)
-        compare(*i, *j);
+    b.visitValues(*change.b, [&](NodeValue&& value) {
+        if (!new_values.empty() || old_values.empty() || old_values.front().element != value.element)
+            return new_values.push_back(std::move(value));
+        compare(old_values.front(), value);
+        old_values.pop_front();
+    });
     // By element, those of one element in their order.
     struct Other {
         NodeValue* value;
@@ -206,25 +215,26 @@ std::deque<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, 
         std::size_t num_matched = 0;
     };
     std::vector<Other> others;
-    for (auto j = new_rest; j != new_values.end(); ++j)
-        others.push_back({&*j, others.size()});
+    others.reserve(new_values.size());
+    for (NodeValue& value : new_values)
+        others.push_back({&value, others.size()});
     const auto elementOf = [](const Other& other) -> const std::string& { return other.value->element; };
     std::ranges::stable_sort(others, {}, elementOf);
-    for (auto i = old_rest; i != old_values.end(); ++i) {
-        const auto first = std::ranges::lower_bound(others, i->element, {}, elementOf);
-        const auto last = std::ranges::upper_bound(others, i->element, {}, elementOf);
+    for (; !old_values.empty(); old_values.pop_front()) {
+        NodeValue& old_value = old_values.front();
+        const auto first = std::ranges::lower_bound(others, old_value.element, {}, elementOf);
+        const auto last = std::ranges::upper_bound(others, old_value.element, {}, elementOf);
         if (first == last || first->num_matched == static_cast<std::size_t>(last - first)) {
-            changes.push_back({i->element, std::move(i->content), {}});
+            take({std::move(old_value.element), std::move(old_value.content), {}});
             continue;
         }
         Other& other = first[static_cast<std::ptrdiff_t>(first->num_matched++)];
         other.is_matched = true;
-        compare(*i, *other.value);
+        compare(old_value, *other.value);
     }
     // Those that are left, in their order again.
     std::erase_if(others, [](const Other& other) { return other.is_matched; });
     std::ranges::sort(others, {}, &Other::index);
     for (const Other& other : others)
-        changes.push_back({other.value->element, {}, std::move(other.value->content)});
-    return changes;
+        take({std::move(other.value->element), {}, std::move(other.value->content)});
 }

@@ -3,7 +3,7 @@
 #include "tools/ComparedDocument.h"
 
 #include <cstddef>
-#include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +28,7 @@ struct ValueChange {
 /// but for sorting those that aren't in the same place. Sets the identities of the nodes of both documents.
 std::vector<NodeChange> compareDocuments(ComparedDocument& a, ComparedDocument& b, double tolerance);
 
-/// The values of a changed node that aren't the same, in the order of the document.
-std::deque<ValueChange> compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change,
-                                      double tolerance);
+/// Passes the values of a changed node that aren't the same to `take`, one by one, because there may be very many:
+/// those of the first document in its order, then those that were added.
+void compareValues(ComparedDocument& a, ComparedDocument& b, const NodeChange& change, double tolerance,
+                   const std::function<void(const ValueChange&)>& take);

@@ -158,6 +158,12 @@ bool isChosen(const ElementStep& step) {
     return step.index || step.all || !step.conditions.empty();
 }
 
+/// Each once.
+void sortUIDs(std::vector<UID>& uids) {
+    std::ranges::sort(uids);
+    uids.erase(std::unique(uids.begin(), uids.end()), uids.end());
+}
+
 } // namespace
 
 // ---- reading
@@ -199,8 +205,11 @@ DocumentEdit::DocumentEdit(const std::string& path_) : path(path_) {
     request.unknown_elements = &unknown_elements;
     try {
         const Reference<SceneNodeRoot> scene = parseSceneXML(text, request);
-        for (const NodeReference& reference : findReferences(*scene))
+        visitReferences(*scene, [&](const NodeReference& reference) {
             (reference.is_bound ? used : dangling).push_back(reference.uid);
+        });
+        sortUIDs(used);
+        sortUIDs(dangling);
     } catch (const SceneDocumentError& error) {
         throw Failure(error.getMessage());
     } catch (...) {
@@ -278,8 +287,7 @@ void DocumentEdit::remove(const ElementPath& element) {
         if (element.size() > 1) {
             changeNode(node, element, nullptr);
             ++value_count;
-        } else if (std::ranges::find(removed, node) == removed.end()) {
-            removed.push_back(node);
+        } else if (removed.insert(node).second) {
         }
     }
 }
@@ -406,7 +414,7 @@ void DocumentEdit::changeNode(std::size_t node, const ElementPath& element, cons
 Reference<SceneNodeRoot> DocumentEdit::finish() {
     std::string result = "<scene>\n";
     for (std::size_t i = 0; i < nodes.size(); ++i)
-        if (std::ranges::find(removed, i) == removed.end()) result.append(getText(i)).append("\n");
+        if (!removed.contains(i)) result.append(getText(i)).append("\n");
     result += "</scene>\n";
     SceneReadRequest request;
     request.path = toVelmarString(path);
@@ -417,19 +425,24 @@ Reference<SceneNodeRoot> DocumentEdit::finish() {
 }
 
 void DocumentEdit::checkReferences(SceneNodeRoot& scene) const {
-    std::map<UID, std::vector<NodeReference>> lost;
-    for (const NodeReference& reference : findReferences(scene))
-        if (!reference.is_bound && std::ranges::find(dangling, reference.uid) == dangling.end())
-            lost[reference.uid].push_back(reference);
-    if (lost.empty()) return;
-    const UID uid = lost.begin()->first;
-    const std::vector<NodeReference>& references = lost.begin()->second;
-    const NodeReference& first = references.front();
+    // To the node of the lowest UID of those that are lost.
+    NodeReference first;
+    std::size_t others = 0;
+    visitReferences(scene, [&](const NodeReference& reference) {
+        if (reference.is_bound || std::ranges::binary_search(dangling, reference.uid)) return;
+        if (first.holder == nullptr || reference.uid < first.uid) {
+            first = reference;
+            others = 0;
+        } else if (reference.uid == first.uid) {
+            ++others;
+        }
+    });
+    if (first.holder == nullptr) return;
+    const UID uid = first.uid;
     const auto node = std::ranges::find_if(removed, [&](std::size_t i) { return nodes[i].uid == uid; });
     if (node == removed.end())
         fail(describeNode(*first.holder) + ": " + first.element + " can't be " + std::to_string(uid) +
              ": there is no such node that fits");
-    const std::size_t others = references.size() - 1;
     fail(std::string(nodes[*node].element) + " '" + nodes[*node].name + "' (uid " + std::to_string(uid) +
          ") can't be removed: it is used by " + describeNode(*first.holder) +
          (others == 0 ? std::string() : " and " + Text::count(others, "other", "others")) +
@@ -437,16 +450,21 @@ void DocumentEdit::checkReferences(SceneNodeRoot& scene) const {
 }
 
 void DocumentEdit::noteUnused(SceneNodeRoot& scene) {
-    std::set<UID> gone(used.begin(), used.end());
-    for (const NodeReference& reference : findReferences(scene))
-        gone.erase(reference.uid);
-    std::vector<std::string> unused;
-    for (const Reference<SceneNode>& child : scene.children())
-        if (gone.contains(child->getUID())) unused.push_back(describeNode(*child));
-    if (unused.empty()) return;
+    std::vector<UID> still_used;
+    visitReferences(scene, [&](const NodeReference& reference) { still_used.push_back(reference.uid); });
+    sortUIDs(still_used);
     constexpr std::size_t max_named = 5;
-    const std::size_t more = unused.size() > max_named ? unused.size() - max_named : 0;
-    unused.resize(unused.size() - more);
+    std::vector<std::string> unused;
+    std::size_t more = 0;
+    for (const Reference<SceneNode>& child : scene.children()) {
+        const UID uid = child->getUID();
+        if (!std::ranges::binary_search(used, uid) || std::ranges::binary_search(still_used, uid)) continue;
+        if (unused.size() < max_named)
+            unused.push_back(describeNode(*child));
+        else
+            ++more;
+    }
+    if (unused.empty()) return;
     notes.push_back("nothing uses " + joined(unused) + (more == 0 ? "" : " and " + std::to_string(more) + " more") +
                     " any more");
 }

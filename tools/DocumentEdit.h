@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -53,10 +54,11 @@ class DocumentEdit {
     std::vector<Node> nodes;
     /// The new texts of nodes, by their index; empty for one that is removed.
     std::map<std::size_t, std::string> changed;
-    std::vector<std::size_t> removed;
+    std::set<std::size_t> removed;
     std::size_t value_count = 0;
     std::vector<std::string> notes;
     /// UIDs that were named, but had no node of the right kind.
     std::vector<Velmar::UID> dangling;
+    /// Those of nodes that others refer to. Both are sorted.
     std::vector<Velmar::UID> used;
 };

@@ -1,17 +1,13 @@
 #include "tools/DocumentReferences.h"
 
 #include "scene/nodes/NodeElements.h"
-#include "scene/reading/ForeignParts.h"
+#include "scene/reading/ElementVisitor.h"
 #include "scene/reading/NodeFinder.h"
 
 #include <span>
 #include <string_view>
 
 using namespace Velmar;
-
-bool isGeometry(NodeType type) {
-    return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
-}
 
 bool isSingle(NodeType type) {
     return type == NodeType::Camera || type == NodeType::RenderSettings || type == NodeType::ToneMapping ||
@@ -26,8 +22,9 @@ class ReferenceFinder {
     /// For descriptions: what a reader may change. Nothing is.
     static constexpr bool reads = true;
 
-    ReferenceFinder(NodeFinder& finder_, const SceneNode& holder_, std::vector<NodeReference>& found_)
-        : finder(finder_), holder(holder_), found(found_) {}
+    ReferenceFinder(NodeFinder& finder_, const SceneNode& holder_,
+                    const std::function<void(const NodeReference&)>& take_)
+        : finder(finder_), holder(holder_), take(take_) {}
 
     template <class Node>
     void reference(std::string_view element, const Reference<Node>& node, UID unbound) {
@@ -119,16 +116,13 @@ class ReferenceFinder {
     void add(std::string_view element, UID uid) {
         if (uid == invalid_uid) return;
         const SceneNode* const node = finder.find(uid);
-        // A scatter node without an element is the reader's, for one that isn't there.
-        const bool is_there =
-            node != nullptr && fits<Node>(node->getType()) &&
-            (node->getType() != NodeType::Scatter || !static_cast<const ForeignNode*>(node)->element.empty());
-        found.push_back({&holder, prefix + std::string(element), uid, is_there});
+        const bool is_there = node != nullptr && fits<Node>(node->getType()) && !isMissing(*node);
+        take({&holder, prefix + std::string(element), uid, is_there});
     }
 
     NodeFinder& finder;
     const SceneNode& holder;
-    std::vector<NodeReference>& found;
+    const std::function<void(const NodeReference&)>& take;
     std::string prefix;
 };
 
@@ -139,11 +133,10 @@ void visit(ReferenceFinder& finder, SceneNode& node) {
 
 } // namespace
 
-std::vector<NodeReference> findReferences(SceneNodeRoot& scene) {
-    std::vector<NodeReference> found;
+void visitReferences(SceneNodeRoot& scene, const std::function<void(const NodeReference&)>& take) {
     NodeFinder nodes_by_uid(scene);
     for (const Reference<SceneNode>& child : scene.children()) {
-        ReferenceFinder finder(nodes_by_uid, *child, found);
+        ReferenceFinder finder(nodes_by_uid, *child, take);
         switch (child->getType()) {
         case NodeType::Object:
             visit<SceneNodeModel>(finder, *child);
@@ -158,34 +151,9 @@ std::vector<NodeReference> findReferences(SceneNodeRoot& scene) {
             break;
         }
     }
-    return found;
-}
-
-std::string getElementOf(const SceneNode& node) {
-    switch (node.getType()) {
-    case NodeType::Camera:
-        return std::string(element_of<SceneNodeCamera>);
-    case NodeType::RenderSettings:
-        return std::string(element_of<SceneNodeRenderSettings>);
-    case NodeType::Material:
-        return std::string(element_of<SceneNodeMaterial>);
-    case NodeType::Mesh:
-        return std::string(element_of<SceneNodeMesh>);
-    case NodeType::Object:
-        return std::string(element_of<SceneNodeModel>);
-    case NodeType::Sphere:
-        return std::string(element_of<SceneNodeSphere>);
-    case NodeType::ToneMapping:
-        return std::string(element_of<SceneNodeTonemapping>);
-    case NodeType::BackgroundSettings:
-        return std::string(element_of<SceneNodeBackgroundSettings>);
-    case NodeType::Curve1D:
-        return std::string(element_of<SceneNodeCurve1D>);
-    default:
-        return toStdString(static_cast<const ForeignNode&>(node).element);
-    }
 }
 
 std::string describeNode(const SceneNode& node) {
-    return getElementOf(node) + " '" + toStdString(node.getName()) + "' (uid " + std::to_string(node.getUID()) + ")";
+    return std::string(getElement(node)) + " '" + toStdString(node.getName()) + "' (uid " +
+           std::to_string(node.getUID()) + ")";
 }

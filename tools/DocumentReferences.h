@@ -2,11 +2,8 @@
 
 #include "scene/SceneNodeRoot.h"
 
+#include <functional>
 #include <string>
-#include <vector>
-
-/// Whether models can be of a node of this kind.
-bool isGeometry(Velmar::NodeType type);
 
 /// Whether a scene mostly has one node of this kind.
 bool isSingle(Velmar::NodeType type);
@@ -22,11 +19,9 @@ struct NodeReference {
     bool is_bound = false;
 };
 
-/// All references of the nodes of a scene. Those that name no node on purpose are left out.
-std::vector<NodeReference> findReferences(Velmar::SceneNodeRoot& scene);
+/// Passes the references of the nodes of a scene to `take`, one by one, because there may be very many. Those that name
+/// no node on purpose are left out.
+void visitReferences(Velmar::SceneNodeRoot& scene, const std::function<void(const NodeReference&)>& take);
 
 /// "model2 'Bunny' (uid 8)"
 std::string describeNode(const Velmar::SceneNode& node);
-
-/// The element of a node in a document.
-std::string getElementOf(const Velmar::SceneNode& node);

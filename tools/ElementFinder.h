@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <pugixml.hpp>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,8 +16,8 @@ struct VisitedElement {
 /// "camera[uid=2]/keyframe[1]/time" for the node "camera[uid=2]".
 std::string describePath(const std::string& node, std::span<const VisitedElement> steps);
 
-/// Finds the elements of nodes in the text of a document that was read, so that messages can name their places. Parses
-/// the text of a node when it is asked for one of its elements.
+/// Finds the elements of nodes in the text of a document that was read, so that messages can name their places. Quick
+/// for places that follow each other, as each search begins where the one before it ended.
 class ElementFinder {
   public:
     explicit ElementFinder(std::string_view document_) : document(document_) {}
@@ -34,15 +33,37 @@ class ElementFinder {
         /// Whether one of the same name precedes it in the same element.
         bool is_repeated = false;
     };
-    /// Quick for growing offsets.
+    /// Of the element that begins at `offset`, inside of the node.
     Found describe(std::size_t node_offset, std::size_t offset);
 
   private:
-    pugi::xml_node parse(std::size_t node_offset);
+    static constexpr std::size_t none = std::string_view::npos;
+
+    /// The element at the first tag from `offset` on, or `none` when the tag ends the element around it.
+    std::size_t elementFrom(std::size_t offset) const;
+    /// The first one inside of the element at `parent`, or `none`.
+    std::size_t firstChild(std::size_t parent) const;
+    /// The one after the element at `element`, or `none`.
+    std::size_t next(std::size_t element) const;
+
+    /// The last element of a name that was found inside of another.
+    struct Searched {
+        std::size_t parent;
+        std::string name;
+        std::size_t element;
+        /// Among those of the name, from 1; 0 when none was found yet.
+        std::size_t index;
+        /// The element to look at next, or `none`.
+        std::size_t next;
+    };
+    struct Described {
+        std::size_t parent;
+        std::size_t element;
+        std::size_t end;
+    };
 
     std::string_view document;
-    pugi::xml_document tree;
-    /// The elements that led to the one that was described last.
-    std::vector<pugi::xml_node> described;
-    std::size_t parsed = std::string_view::npos;
+    /// The elements that the last call went through, from that inside of the node on.
+    std::vector<Searched> searched;
+    std::vector<Described> described;
 };

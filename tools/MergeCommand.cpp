@@ -1,3 +1,4 @@
+#include "scene/reading/ElementVisitor.h"
 #include "scene/reading/ForeignParts.h"
 #include "tools/Command.h"
 #include "tools/Console.h"
@@ -24,10 +25,11 @@ struct MergeOptions {
 
 /// Among the nodes of another document, a UID that names nothing would name something.
 void requireBound(SceneNodeRoot& scene, const std::string& path) {
-    for (const NodeReference& reference : findReferences(scene))
+    visitReferences(scene, [&](const NodeReference& reference) {
         if (!reference.is_bound)
             throw Failure(path + ": " + describeNode(*reference.holder) + ": " + reference.element + " is " +
                           std::to_string(reference.uid) + ", and there is no such node that fits");
+    });
 }
 
 /// The nodes of several documents, with UIDs of which none occurs twice.
@@ -44,7 +46,7 @@ class MergedScene {
                 const auto [owner, is_new] = owners.try_emplace(node->getType(), document);
                 // A document that has several keeps them.
                 if (!is_new && owner->second != document) {
-                    left_out.push_back(getElementOf(*node));
+                    left_out.emplace_back(getElement(*node));
                     continue;
                 }
             }

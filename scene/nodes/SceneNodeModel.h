@@ -13,6 +13,11 @@
 
 namespace Velmar {
 
+/// Whether models can be of a node of this kind.
+constexpr bool isGeometry(NodeType type) {
+    return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
+}
+
 class SceneNodeMesh;
 
 /// Places one piece of geometry in the scene, with its materials and its motion. References stand in two forms: a model

@@ -13,10 +13,6 @@ namespace Velmar {
 
 namespace {
 
-constexpr bool isGeometry(NodeType type) {
-    return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
-}
-
 /// A failure that concerns one of the nodes that `node` refers to.
 VelmarException bindingFailure(const SceneNode& node, const std::string& what) {
     return VelmarException(toVelmarString("While processing node '" + toStdString(node.getName()) + "', UID " +

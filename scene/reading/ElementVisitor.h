@@ -250,7 +250,15 @@ constexpr bool isForeign(NodeType type) {
     }
 }
 
-/// The name of the element of a node that was read.
+/// Whether a node isn't in the document, which only refers to it: the reader added it.
+inline bool isMissingScatter(const SceneNode& node) {
+    return node.getType() == NodeType::Scatter && dynamic_cast<const MissingNode*>(&node) != nullptr;
+}
+inline bool isMissing(const SceneNode& node) {
+    return node.getParent() == nullptr || isMissingScatter(node);
+}
+
+/// The name of the element of a node that was read; empty for a missing one.
 inline std::string_view getElement(const SceneNode& node) {
     switch (node.getType()) {
     case NodeType::Camera:
@@ -272,11 +280,11 @@ inline std::string_view getElement(const SceneNode& node) {
     case NodeType::Curve1D:
         return element_of<SceneNodeCurve1D>;
     default:
-        return static_cast<const ForeignNode&>(node).element.view();
+        return isMissingScatter(node) ? std::string_view() : static_cast<const ForeignNode&>(node).element.view();
     }
 }
 
-/// Passes the values of a node that was read to `sink`.
+/// Passes the values of a node that was read and isn't missing to `sink`.
 template <class Sink>
 void visitNode(Sink& sink, const SceneNode& node) {
     ElementVisitor<Sink> visitor(sink);

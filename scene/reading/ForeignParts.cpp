@@ -193,10 +193,8 @@ void ForeignMaterial::updateHash(XXH64_state_t* state) const {
 }
 
 Reference<SceneNode>* ForeignNode::cloneInto(Reference<SceneNode>* result) const {
-    const Reference<ForeignNode> copy(new ForeignNode(type));
+    const Reference<ForeignNode> copy(new ForeignNode(type, element.view(), content.text.view()));
     copyBaseFields(*this, *copy);
-    copy->element = element;
-    copy->content = content;
     return constructResult(result, copy);
 }
 
@@ -206,11 +204,16 @@ void ForeignNode::traverse(TraversalState& state) {
 }
 
 void ForeignNode::writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions&) const {
-    if (element.empty()) return;
     writeOpenTag(stream, depth, element.view());
     writeNodeIdentity(stream, depth + 1, *this);
     content.write(stream, depth + 1);
     writeCloseTag(stream, depth, element.view());
+}
+
+Reference<SceneNode>* MissingNode::cloneInto(Reference<SceneNode>* result) const {
+    const Reference<MissingNode> copy(new MissingNode(uid));
+    copyBaseFields(*this, *copy);
+    return constructResult(result, copy);
 }
 
 } // namespace Velmar

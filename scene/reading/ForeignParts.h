@@ -157,12 +157,11 @@ class ForeignMaterial : public Destroyable<ForeignMaterial, Material> {
     ForeignText content;
 };
 
-/// A node of another kind, or one that a document only refers to. Its UID and its name are known, the rest of its
-/// element is kept.
+/// A node of another kind. Its UID and its name are known, the rest of its element is kept.
 class ForeignNode : public Destroyable<ForeignNode, PlainSceneNode> {
   public:
-    /// A node without an element writes nothing.
-    explicit ForeignNode(NodeType node_type) : Destroyable(node_type), content({}) {}
+    ForeignNode(NodeType node_type, std::string_view element_, std::string_view text)
+        : Destroyable(node_type), element(element_), content(text) {}
 
     Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
     void writeXML(OStream& stream, std::uint32_t depth, const XMLWriteOptions& options) const override;
@@ -175,6 +174,20 @@ class ForeignNode : public Destroyable<ForeignNode, PlainSceneNode> {
 };
 
 static_assert(offsetof(ForeignNode, owner_uid) == sizeof(SceneNode));
+
+/// A scatter node that a document only refers to. It writes nothing, and is small: there may be very many.
+class MissingNode : public Destroyable<MissingNode, PlainSceneNode> {
+  public:
+    explicit MissingNode(UID own_uid) : Destroyable(NodeType::Scatter) { uid = own_uid; }
+
+    Reference<SceneNode>* cloneInto(Reference<SceneNode>* result) const override;
+    void writeXML(OStream&, std::uint32_t, const XMLWriteOptions&) const override {}
+
+    /// As in `ForeignNode`.
+    UID owner_uid = invalid_uid;
+};
+
+static_assert(offsetof(MissingNode, owner_uid) == sizeof(SceneNode));
 
 /// Takes the parts of a node that have text in which passes look for paths and UIDs, but are of classes without a slot
 /// for passes, through one: aperture shapes and the parameters of shader programs. To be called beside `traverse`.

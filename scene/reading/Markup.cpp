@@ -70,6 +70,13 @@ std::size_t skipTag(std::string_view text, std::size_t offset) {
     throw Fault{start, "a tag has no end"};
 }
 
+std::size_t findTag(std::string_view text, std::size_t offset) {
+    do
+        offset = std::min(text.find('<', offset), text.size());
+    while (skipSpecial(text, offset));
+    return offset;
+}
+
 std::size_t skipElement(std::string_view text, std::size_t offset) {
     const std::size_t start = offset;
     int depth = 0;

@@ -28,6 +28,10 @@ std::size_t skipToTag(std::string_view text, std::size_t offset);
 /// The offset after the tag that begins at `offset`. Throws `Fault` when it has no end.
 std::size_t skipTag(std::string_view text, std::size_t offset);
 
+/// The offset of the first tag at or after `offset`, inside of an element through which `skipElement` has found its
+/// way.
+std::size_t findTag(std::string_view text, std::size_t offset);
+
 /// The offset after the element that begins at `offset`. Throws `Fault` when it has no end or is nested too deep.
 std::size_t skipElement(std::string_view text, std::size_t offset);
 

@@ -86,7 +86,7 @@ NodeType getForeignType(std::string_view element) {
 
 // ---- references
 
-/// Adds a node without an element for each scatter node that materials name and that isn't there.
+/// Adds a `MissingNode` for each scatter node that materials name and that isn't there.
 void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
     struct Missing {
         UID uid;
@@ -109,11 +109,9 @@ void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
     std::ranges::sort(known);
     std::erase_if(named, [&](const Missing& one) { return std::ranges::binary_search(known, one.uid); });
     std::ranges::sort(named, {}, &Missing::order);
-    for (const Missing& one : named) {
-        const Reference<SceneNode> node(new ForeignNode(NodeType::Scatter));
-        node->setUID(one.uid);
-        nodes.push_back(node);
-    }
+    nodes.reserve(nodes.size() + named.size());
+    for (const Missing& one : named)
+        nodes.emplace_back(new MissingNode(one.uid));
 }
 
 /// Binds the references of a scene that was read, as far as their nodes are there. Unlike a `BindReferences` pass it
@@ -177,10 +175,6 @@ class ReferenceBinder {
             missing->setUID(uid);
         }
         return missing;
-    }
-
-    static bool isGeometry(NodeType type) {
-        return type == NodeType::Mesh || type == NodeType::ParametricSurface || type == NodeType::DisplacedQuad;
     }
 
     SceneNodeRoot& root;
@@ -316,8 +310,7 @@ class DocumentReader final : public ElementSource {
         if (found != std::end(node_classes)) {
             nodes.push_back(found->read(elements));
         } else {
-            const Reference<ForeignNode> node(new ForeignNode(getForeignType(name)));
-            node->element = String(name);
+            const Reference<ForeignNode> node(new ForeignNode(getForeignType(name), name, {}));
             node->content.text = String(elements.takeTextAfterIdentity(*node));
             nodes.emplace_back(node.getPointer());
         }

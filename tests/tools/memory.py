@@ -40,6 +40,8 @@ DOCUMENTS = {
     "short unknown elements": lambda: node("camera", many("<a/>")),
     "attributes": lambda: f"<camera{many(' a=' + chr(34) * 2)}><uid>1</uid><name/></camera>",
     "references": lambda: node("model2", f"<materials>{many('<uid>1</uid>')}</materials>"),
+    "scatter nodes that aren't there": lambda: node(
+        "material", f"<diffuse/><scatter_uids>{many(lambda i: f'<uid>{i + 4}</uid>')}</scatter_uids>"),
     "shader parameters": lambda: shader(many("<abcdefg/>")),
     "short shader parameters": lambda: many(shader("<a/>" * 1000)),
     "textures of a material that is named often": lambda: shader(
@@ -66,6 +68,8 @@ class Memory(ToolTest):
             document = f"<scene>{FIRST}{content}</scene>"
             # As few bytes as can be are different, in the large node too.
             changed = document.replace("<radius>1", "<radius>2").replace("<name/>", "<name>b</name>")
+            # Each reference is another one now.
+            changed = changed.replace("<scatter_uids><uid>5</uid>", "<scatter_uids>")
             self.write("a.xml", document)
             self.write("b.xml", changed)
             size = len(document)
