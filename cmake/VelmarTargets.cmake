@@ -130,7 +130,8 @@ endfunction()
 # calls of these go through the linker's wrappers.
 function(velmar_failing_allocations target)
     set(faults "${PROJECT_SOURCE_DIR}/tests/faults")
-    target_sources(${target} PRIVATE "${faults}/FailingAllocation.cpp" $<TARGET_OBJECTS:velmar_exports>)
+    target_sources(${target} PRIVATE "${faults}/FailingAllocation.cpp" "${faults}/MallocOperators.cpp"
+                   $<TARGET_OBJECTS:velmar_exports>)
     set(functions malloc calloc realloc free)
     if(NOT WIN32)
         target_sources(${target} PRIVATE "${faults}/FailingAllocation_posix.cpp")

@@ -146,14 +146,16 @@ void World::readModel(const Velmar::SceneNodeModel& model, const std::vector<std
         for (unsigned i = 0; i <= segments; ++i)
             path[i] = motion.at(double{static_cast<float>(i) / static_cast<float>(segments)});
         if (!std::all_of(path.begin(), path.end(), isUsable)) {
-            report("model '" + nameOf(model) + "' has a transformation that isn't finite or can't be inverted");
+            report("model '" + nameOf(model) +
+                   "' has a transformation that isn't finite, can't be inverted or makes it too small");
             return;
         }
         instance.path = static_cast<std::int32_t>(paths.size());
         paths.push_back(std::move(path));
         to_world = placementAt(instance, 0.5f);
     } else if (!isUsable(to_world)) {
-        report("model '" + nameOf(model) + "' has a transformation that isn't finite or can't be inverted");
+        report("model '" + nameOf(model) +
+               "' has a transformation that isn't finite, can't be inverted or makes it too small");
         return;
     }
     instance.placement = Placement(to_world);

@@ -1,8 +1,8 @@
 #include "tools/Command.h"
 
+#include "tools/Console.h"
 #include "tools/Placement.h"
 
-#include <charconv>
 #include <cmath>
 #include <sstream>
 
@@ -12,13 +12,6 @@ namespace {
 
 constexpr double min_scale = 1e-9;
 constexpr double max_scale = 1e9;
-
-/// The shortest digits that read back as the same number.
-std::string describe(double value) {
-    char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof digits, value);
-    return {digits, end.ptr};
-}
 
 CLI::Option* takeWords(CLI::Option* option, const std::vector<std::string>& words) {
     std::string type;
@@ -39,7 +32,7 @@ CLI::Validator inRange(double low, double high) {
         double value = 0;
         if (!CLI::detail::lexical_cast(text, value) || std::isnan(value)) return "Not a number: " + text;
         if (low <= value && value <= high) return std::string();
-        return "Value " + text + " not in range " + describe(low) + " to " + describe(high);
+        return "Value " + text + " not in range " + Text::number(low) + " to " + Text::number(high);
     };
     return {check, ""};
 }

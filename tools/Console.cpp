@@ -181,10 +181,23 @@ std::string faceCounts(std::uint64_t vertices, std::uint64_t triangles, std::uin
            count(quads, "quad", "quads");
 }
 
-std::string number(float value) {
+namespace {
+
+template <class Number>
+std::string shortest(Number value) {
     char digits[32];
     const auto end = std::to_chars(digits, digits + sizeof digits, value);
     return {digits, end.ptr};
+}
+
+} // namespace
+
+std::string number(float value) {
+    return shortest(value);
+}
+
+std::string number(double value) {
+    return shortest(value);
 }
 
 std::string point(const Velmar::Vec3f& p) {

@@ -103,6 +103,7 @@ std::string faceCounts(std::uint64_t vertices, std::uint64_t triangles, std::uin
 
 /// The shortest digits that read back as the same number, whatever the locale.
 std::string number(float value);
+std::string number(double value);
 
 /// "(1, 0.5, 2)".
 std::string point(const Velmar::Vec3f& p);

@@ -2,6 +2,7 @@
 #include "tools/Console.h"
 #include "tools/FolderConversion.h"
 #include "tools/MeshFile.h"
+#include "tools/SafeNames.h"
 #include "tools/System.h"
 
 #include <algorithm>
@@ -72,8 +73,10 @@ void convert(const ConvertOptions& options) {
 /// The names of files on every system; what is wrong with others.
 std::string refuseManifestName(const std::string& name) {
     constexpr std::string_view allowed = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
-    const bool good = !name.empty() && name.size() <= 100 && name.find_first_not_of(allowed) == std::string::npos;
-    return good ? std::string() : name + ": a name has up to 100 letters, digits, - and _";
+    if (name.empty() || name.size() > 100 || name.find_first_not_of(allowed) != std::string::npos)
+        return name + ": a name has up to 100 letters, digits, - and _";
+    const std::string fault = findNameFault(name);
+    return fault.empty() ? fault : name + ": " + fault;
 }
 
 } // namespace

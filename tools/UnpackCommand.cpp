@@ -1,6 +1,6 @@
 #include "tools/Command.h"
 #include "tools/Console.h"
-#include "tools/Unpacking.h"
+#include "tools/ZipFile.h"
 #include "utils/FileUtils.h"
 
 #include <cstdint>

@@ -1,5 +1,3 @@
-#include "tools/Unpacking.h"
-
 #include "import/ValidText.h"
 
 #include "tools/OutputFile.h"

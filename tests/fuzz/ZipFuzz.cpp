@@ -2,7 +2,7 @@
 // folder. An input is an archive, or what one is made of.
 
 #include "tests/fuzz/support/FuzzFile.h"
-#include "tools/Unpacking.h"
+#include "tools/ZipFile.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -127,7 +127,16 @@ TEST_F(PreviewBadInput, ModelsWithTransformationsThatMakeNoSenseAreLeftOut) {
     SceneNodeModel* const moving = scene.addSquare(0, 2, 0, 1, scene.addMaterial(0.1));
     PreviewScene::move(moving->keyframes, {0, 2, 0}, {0, not_a_number, 0});
     const Outcome outcome = renderBad(scene);
-    EXPECT_REPORTED(outcome, "has a transformation that isn't finite or can't be inverted");
+    EXPECT_REPORTED(outcome, "has a transformation that isn't finite, can't be inverted or makes it too small");
+    expectRest(outcome);
+}
+
+TEST_F(PreviewBadInput, ModelsTooSmallForRaysAreLeftOut) {
+    // In the space of the mesh the rays would be beyond what Embree takes.
+    scene.addSquare(0, 2, 0, 1, scene.addMaterial(0.1))->scale = 1e-30;
+    scene.addSquare(1e9, 2, 0, 1, scene.addMaterial(0.1))->scale = 1e-12;
+    const Outcome outcome = renderBad(scene);
+    EXPECT_REPORTED(outcome, "has a transformation that isn't finite, can't be inverted or makes it too small");
     expectRest(outcome);
 }
 

@@ -25,6 +25,23 @@ TEST(PreviewSampler, EachPowerOfTwoOfSamplesFillsEveryStratumOnce) {
     }
 }
 
+TEST(PreviewSampler, ARowGivesTheNumbersOfItsPixels) {
+    constexpr std::uint64_t seed = 0x123456789ABCDEF0;
+    for (const std::uint32_t count : {1u, 7u, SamplerRow::capacity}) {
+        SamplerRow row(seed, 1000, count, 5);
+        for (std::uint32_t i = 0; i < count; ++i) {
+            Sampler single(seed, 1000 + i, 5);
+            const Vec2 first = single.next2();
+            EXPECT_EQ(row.x[i], first.x);
+            EXPECT_EQ(row.y[i], first.y);
+            Sampler other = row[i];
+            EXPECT_EQ(other.next1(), single.next1());
+            row.set(i, other);
+            EXPECT_EQ(row[i].next1(), single.next1());
+        }
+    }
+}
+
 TEST(PreviewSampler, PixelsPairsAndSeedsAreIndependent) {
     double correlation_of_pixels = 0;
     double correlation_of_pairs = 0;

@@ -2,28 +2,21 @@
 
 Usage: installed_test.py CMAKE BUILD EXAMPLES WORK [unittest options]
 """
+import functools
 import importlib.util
-import os
 import pathlib
 import re
 import shutil
-import subprocess
 import sys
 import unittest
+
+import processes
 
 CMAKE, BUILD = sys.argv[1:3]
 EXAMPLES, WORK = pathlib.Path(sys.argv[3]), pathlib.Path(sys.argv[4])
 SCRIPTS = EXAMPLES.parents[1] / "scripts"
 TREE = WORK / "tree"
-
-
-def run(*command, folder=WORK, **environment):
-    clean = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "VELMAR_LIBRARY", "VELMAR_TOOL")}
-    done = subprocess.run([str(part) for part in command], cwd=folder, env={**clean, **environment},
-                          capture_output=True, text=True, timeout=250, stdin=subprocess.DEVNULL)
-    if done.returncode != 0:
-        raise RuntimeError(f"{command} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
-    return done.stdout
+run = functools.partial(processes.run, folder=WORK)
 
 
 def setUpModule():

@@ -5,28 +5,21 @@ Usage: windows_wheel_test.py BUILD WORK EMULATOR PYTHON [unittest options]
 """
 import base64
 import csv
+import functools
 import hashlib
-import os
 import pathlib
 import shutil
-import subprocess
 import sys
 import unittest
 import zipfile
+
+import processes
 
 BUILD, WORK = map(pathlib.Path, sys.argv[1:3])
 EMULATOR, PYTHON = sys.argv[3:5]
 SCRIPTS = pathlib.Path(__file__).resolve().parents[2] / "scripts"
 SITE = WORK / "site"
-
-
-def run(*command, **environment):
-    clean = {name: value for name, value in os.environ.items() if name not in ("PYTHONPATH", "VELMAR_LIBRARY")}
-    done = subprocess.run([str(part) for part in command], cwd=WORK, env={**clean, **environment}, capture_output=True,
-                          text=True, timeout=250, stdin=subprocess.DEVNULL)
-    if done.returncode != 0:
-        raise RuntimeError(f"{command} ended with {done.returncode}:\n{done.stdout}{done.stderr}")
-    return done.stdout
+run = functools.partial(processes.run, folder=WORK)
 
 
 def setUpModule():

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <malloc.h>
-#include <new>
 #include <pugixml.hpp>
 
 namespace {
@@ -57,39 +56,6 @@ void __wrap_free(void* block) {
     live_bytes -= sizeOf(block);
     __real_free(block);
 }
-}
-
-void* operator new(std::size_t size) {
-    void* const block = std::malloc(size == 0 ? 1 : size);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
-}
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-    return std::malloc(size == 0 ? 1 : size);
-}
-void* operator new[](std::size_t size) {
-    return operator new(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
-    return operator new(size, tag);
-}
-void operator delete(void* block) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
-}
-void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
-    std::free(block);
-}
-void operator delete[](void* block) noexcept {
-    std::free(block);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-    std::free(block);
-}
-void operator delete[](void* block, const std::nothrow_t& /*tag*/) noexcept {
-    std::free(block);
 }
 
 std::size_t Steps::takePeakBytes() {

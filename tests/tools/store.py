@@ -173,6 +173,8 @@ class Store(ToolTest):
         self.expect_failure(["convert", "--store", "store"], "velmar: IN or --list is required" + hint, 2)
         self.expect_failure(["convert", "in", "--store", "store", "--list", "a"],
                             "velmar: in: --list takes the place of IN" + hint, 2)
+        self.expect_failure(["convert", "in", "--store", "store", "--manifest", "con"],
+                            r"velmar: --manifest: con: is the name of a device" + hint, 2)
         self.expect_failure(["convert", "in", "--store", "store", "--manifest", "../x"],
                             r"velmar: --manifest: \.\./x: a name has up to 100 letters, digits, - and _" + hint, 2)
         self.expect_failure(["convert", "square.obj"], "velmar: OUT is required" + hint, 2)
