@@ -3,6 +3,7 @@
 #include "preview/SceneNodes.h"
 #include "preview/System.h"
 
+#include <algorithm>
 #include <new>
 #include <string>
 #include <system_error>
@@ -11,10 +12,12 @@
 
 namespace Preview {
 
-EmbreeDevice::EmbreeDevice(unsigned threads_) : threads(threads_) {
+EmbreeDevice::EmbreeDevice(unsigned threads)
+    // Embree's own tasks, which the Windows build has, take no more threads than twice the processors, and don't check.
+    : builders(std::min(threads, std::max(std::thread::hardware_concurrency(), 1u))) {
     // One instruction set, where results must be the same on different machines.
     const std::string isa = System::getEnvironment("VELMAR_PREVIEW_ISA");
-    const std::string count = std::to_string(threads);
+    const std::string count = std::to_string(builders);
     // All threads are the caller's.
     const std::string settings = "threads=" + count + ",user_threads=" + count + ",set_affinity=0" +
                                  (isa.empty() ? std::string() : ",max_isa=" + isa);
@@ -58,10 +61,10 @@ void EmbreeDevice::commit(RTCScene scene, std::size_t size) {
     // Each thread has errors of its own, and a failed build is the error of any of them.
     std::atomic<RTCError> error_of_helpers = RTC_ERROR_NONE;
     std::vector<std::thread> helpers;
-    if (threads > 1 && size >= min_size_for_threads) {
+    if (builders > 1 && size >= min_size_for_threads) {
         try {
-            helpers.reserve(threads - 1);
-            while (helpers.size() + 1 < threads)
+            helpers.reserve(builders - 1);
+            while (helpers.size() + 1 < builders)
                 helpers.emplace_back([&] {
                     rtcJoinCommitScene(scene);
                     const RTCError error = rtcGetDeviceError(device.get());

@@ -28,8 +28,9 @@ class EmbreeDevice {
     /// Thrown by `commit`.
     struct Cancelled {};
 
-    /// `threads` is the number of threads that may build. Throws `std::bad_alloc`.
-    explicit EmbreeDevice(unsigned threads_);
+    /// `threads` is the number of threads that may build; more than there are processors don't. Throws
+    /// `std::bad_alloc`.
+    explicit EmbreeDevice(unsigned threads);
     EmbreeDevice(const EmbreeDevice&) = delete;
     EmbreeDevice& operator=(const EmbreeDevice&) = delete;
 
@@ -61,7 +62,7 @@ class EmbreeDevice {
 
     std::atomic<std::int64_t> bytes{0};
     const std::atomic<bool>* cancelled = nullptr;
-    unsigned threads;
+    unsigned builders;
     /// Last: it reports what it frees.
     DeviceOwner device;
 };
