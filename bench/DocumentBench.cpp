@@ -1,9 +1,9 @@
 /// Writing a document of many small nodes with three doubles each, compared with pugixml, which builds a tree and saves
-/// the same text. Both convert the numbers, by double-conversion's shortest form.
+/// the same text. It gets its numbers from double-conversion.
 
 #include "bench/support/PeakMemory.h"
+#include "bench/support/PeerNumberText.h"
 #include "bench/support/TempFile.h"
-#include "scene/NumberText.h"
 #include "scene/SceneNodeTonemapping.h"
 #include "scene/SceneXMLWriter.h"
 
@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+using namespace BenchSupport;
 using namespace Velmar;
 
 namespace {
@@ -59,7 +60,7 @@ void writeByVelmar(const SceneNodeRoot& root, const std::string& path) {
 }
 
 void setNumber(pugi::xml_node node, double value) {
-    const NumberText number(value);
+    const PeerNumberText number(value);
     node.text().set(number.view().data(), number.view().size());
 }
 

@@ -1,13 +1,13 @@
 /// A scene of many models, each with a material of its own, built through the exported functions and written;
-/// writing is compared with pugixml, which builds a tree and saves the same text. The cost of a node should not depend
-/// on their number.
+/// writing is compared with pugixml, which builds a tree and saves the same text, and gets its numbers from
+/// double-conversion. The cost of a node should not depend on their number. Materials are written without models too.
 
 #include "velmarapi.h"
 
 #include "bench/support/PeakMemory.h"
+#include "bench/support/PeerNumberText.h"
 #include "bench/support/SilentOutput.h"
 #include "bench/support/TempFile.h"
-#include "scene/NumberText.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -25,7 +25,6 @@
 #include <vector>
 
 using namespace BenchSupport;
-using Velmar::NumberText;
 
 namespace {
 
@@ -41,8 +40,8 @@ constexpr float rotation[9] = {0.8F, -0.6F, 0, 0.6F, 0.8F, 0, 0, 0, 1};
 constexpr float triangle[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
 constexpr std::uint32_t face[8] = {0, 0, 1, 2, 0, 0, 0, 0};
 
-/// A model and its material.
-constexpr std::int64_t nodes_per_item = 2;
+/// What there is of each item.
+enum class Nodes { material_and_model, material };
 
 /// The number of models that are built in each measurement, in one scene or several. All scenes are kept until the end:
 /// otherwise small scenes would reuse memory that is in the cache, and only large ones would need new memory.
@@ -68,7 +67,7 @@ struct DeleteScene {
 };
 using ScenePointer = std::unique_ptr<VelmarScene, DeleteScene>;
 
-ScenePointer buildScene(const std::vector<Item>& items) {
+ScenePointer buildScene(const std::vector<Item>& items, Nodes nodes) {
     ScenePointer owner(VelmarScene_Create());
     VelmarScene* const scene = owner.get();
     VelmarMesh* const mesh = VelmarMesh_Create("Triangle");
@@ -81,6 +80,7 @@ ScenePointer buildScene(const std::vector<Item>& items) {
         VelmarScene_AddMaterial(scene, material);
         VelmarMaterial_AddToNode(
             material, VelmarMaterial_CreateDiffuse(item.name.c_str(), item.colour[0], item.colour[1], item.colour[2]));
+        if (nodes == Nodes::material) continue;
         VelmarModel* const model = VelmarModel_Create(item.name.c_str(), mesh);
         VelmarScene_AddModel(scene, model);
         VelmarModel_SetMaterials(model, 1, &material);
@@ -93,7 +93,7 @@ void setNumbers(pugi::xml_node node, std::initializer_list<double> values, bool 
     char text[512];
     char* end = text;
     for (const double value : values) {
-        const NumberText number(value);
+        const PeerNumberText number(value);
         end = std::copy(number.view().begin(), number.view().end(), end);
         *end++ = ' ';
     }
@@ -128,7 +128,7 @@ void addModel(pugi::xml_node scene, unsigned uid, const Item& item) {
 }
 
 /// All nodes but the mesh, which is one of many.
-void writeByPugixml(const std::vector<Item>& items, const std::string& path) {
+void writeByPugixml(const std::vector<Item>& items, Nodes nodes, const std::string& path) {
     pugi::xml_document document;
     pugi::xml_node declaration = document.append_child(pugi::node_declaration);
     declaration.append_attribute("version") = "1.0";
@@ -137,7 +137,7 @@ void writeByPugixml(const std::vector<Item>& items, const std::string& path) {
     unsigned uid = 2;
     for (const Item& item : items) {
         addMaterial(scene, uid++, item);
-        addModel(scene, uid++, item);
+        if (nodes == Nodes::material_and_model) addModel(scene, uid++, item);
     }
     if (!document.save_file(path.c_str(), "\t")) throw std::runtime_error("pugixml couldn't save " + path);
 }
@@ -165,11 +165,14 @@ class SceneFile {
     TempFile folder;
 };
 
-void report(benchmark::State& state, const PeakMemory& memory, std::int64_t models) {
-    const std::int64_t nodes = nodes_per_item * models;
+void report(benchmark::State& state, const PeakMemory& memory, std::int64_t nodes) {
     state.counters["nodes/s"] =
         benchmark::Counter(static_cast<double>(nodes), benchmark::Counter::kIsIterationInvariantRate);
     state.counters["bytes/node"] = static_cast<double>(memory.rise()) / static_cast<double>(nodes);
+}
+
+std::int64_t countNodes(std::int64_t items, Nodes nodes) {
+    return nodes == Nodes::material_and_model ? 2 * items : items;
 }
 
 void velmarSceneBuild(benchmark::State& state) {
@@ -179,7 +182,7 @@ void velmarSceneBuild(benchmark::State& state) {
     std::vector<ScenePointer> scenes(static_cast<std::size_t>(models_in_all / state.range(0)));
     for ([[maybe_unused]] auto step : state) {
         for (ScenePointer& scene : scenes)
-            scene = buildScene(items);
+            scene = buildScene(items, Nodes::material_and_model);
         state.PauseTiming();
         for (ScenePointer& scene : scenes)
             scene.reset();
@@ -187,41 +190,49 @@ void velmarSceneBuild(benchmark::State& state) {
         malloc_trim(0);
         state.ResumeTiming();
     }
-    report(state, memory, models_in_all);
+    report(state, memory, countNodes(models_in_all, Nodes::material_and_model));
 }
 
-void velmarSceneWrite(benchmark::State& state) {
+template <Nodes nodes>
+void velmarWrite(benchmark::State& state) {
     const std::vector<Item> items = makeItems(state.range(0));
     const SceneFile file;
     const SilentOutput silence;
-    const ScenePointer scene = buildScene(items);
+    const ScenePointer scene = buildScene(items, nodes);
     const TempFile peer_file("peer.xml");
     // A comparison is valid only if the output is the same.
     VelmarScene_WriteToXML(scene.get(), file.path().c_str());
-    writeByPugixml(items, peer_file.path());
+    writeByPugixml(items, nodes, peer_file.path());
     if (readItems(file.path()) != readItems(peer_file.path())) throw std::runtime_error("the two documents differ");
 
     const PeakMemory memory;
     for ([[maybe_unused]] auto step : state)
         VelmarScene_WriteToXML(scene.get(), file.path().c_str());
-    report(state, memory, state.range(0));
+    report(state, memory, countNodes(state.range(0), nodes));
 }
 
-void pugixmlSceneWrite(benchmark::State& state) {
+template <Nodes nodes>
+void pugixmlWrite(benchmark::State& state) {
     const std::vector<Item> items = makeItems(state.range(0));
     const TempFile file("peer.xml");
     const PeakMemory memory;
     for ([[maybe_unused]] auto step : state)
-        writeByPugixml(items, file.path());
-    report(state, memory, state.range(0));
+        writeByPugixml(items, nodes, file.path());
+    report(state, memory, countNodes(state.range(0), nodes));
 }
 
 void sizes(benchmark::internal::Benchmark* scene) {
     scene->RangeMultiplier(10)->Range(1'000, 1'000'000)->Unit(benchmark::kMillisecond);
 }
 
+void largeSize(benchmark::internal::Benchmark* scene) {
+    scene->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+}
+
 BENCHMARK(velmarSceneBuild)->Apply(sizes);
-BENCHMARK(velmarSceneWrite)->Apply(sizes);
-BENCHMARK(pugixmlSceneWrite)->Apply(sizes);
+BENCHMARK(velmarWrite<Nodes::material_and_model>)->Name("velmarSceneWrite")->Apply(sizes);
+BENCHMARK(pugixmlWrite<Nodes::material_and_model>)->Name("pugixmlSceneWrite")->Apply(sizes);
+BENCHMARK(velmarWrite<Nodes::material>)->Name("velmarMaterialsWrite")->Apply(largeSize);
+BENCHMARK(pugixmlWrite<Nodes::material>)->Name("pugixmlMaterialsWrite")->Apply(largeSize);
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -17,21 +18,25 @@ std::string doubleToString(double value);
 /// The same for a float.
 std::string floatToString(float value);
 
+/// The longest text of a number has 25 characters.
+inline constexpr std::size_t max_number_length = 32;
+
+/// Write the same texts to `to`, which has room for `max_number_length` bytes. Return the place after the text.
+char* writeNumber(char* to, double value);
+char* writeNumber(char* to, float value);
+char* writeNumber(char* to, std::int32_t value);
+char* writeNumber(char* to, std::uint32_t value);
+
 /// A number's text in storage of its own, for writing without an allocation.
 class NumberText {
   public:
-    explicit NumberText(double value);
-    explicit NumberText(float value);
-    explicit NumberText(std::int32_t value);
-    explicit NumberText(std::uint32_t value);
+    template <class Number>
+    explicit NumberText(Number value) : size_(static_cast<std::size_t>(writeNumber(text_, value) - text_)) {}
 
     std::string_view view() const { return {text_, size_}; }
 
   private:
-    // The longest number has 24 characters; the converter asks for this much.
-    static constexpr int capacity = 128;
-
-    char text_[capacity];
+    char text_[max_number_length];
     std::size_t size_;
 };
 

@@ -1,10 +1,13 @@
 #include "scene/XMLPrimitives.h"
 
+#include "velmarcompiler.h"
+
 #include "scene/NumberText.h"
 #include "scene/SceneNode.h"
 #include "utils/FileUtils.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace Velmar {
@@ -36,6 +39,27 @@ void forEachEscapedPiece(std::string_view value, Put put) {
     }
 }
 
+/// Faster than a call of `memcpy` for the short pieces that elements are made of.
+VELMAR_ALWAYS_INLINE void copyPiece(char* to, const char* from, std::size_t size) {
+    const auto copyTwo = [&](auto word) {
+        std::memcpy(&word, from, sizeof word);
+        const auto first = word;
+        std::memcpy(&word, from + size - sizeof word, sizeof word);
+        std::memcpy(to, &first, sizeof first);
+        std::memcpy(to + size - sizeof word, &word, sizeof word);
+    };
+    if (size > 16)
+        std::memcpy(to, from, size);
+    else if (size >= 8)
+        copyTwo(std::uint64_t{});
+    else if (size >= 4)
+        copyTwo(std::uint32_t{});
+    else if (size >= 2)
+        copyTwo(std::uint16_t{});
+    else if (size == 1)
+        *to = *from;
+}
+
 /// Gathers the pieces of an element, so that one costs the stream one call.
 class ElementText {
   public:
@@ -45,7 +69,10 @@ class ElementText {
         while (depth > 0) {
             if (used_ == capacity) flush();
             const std::size_t count = std::min<std::size_t>(depth, capacity - used_);
-            std::memset(text_ + used_, '\t', count);
+            if (constexpr std::size_t few = 8; count <= few && capacity - used_ >= few)
+                std::memcpy(text_ + used_, "\t\t\t\t\t\t\t\t", few);
+            else
+                std::memset(text_ + used_, '\t', count);
             used_ += count;
             depth -= static_cast<std::uint32_t>(count);
         }
@@ -60,7 +87,7 @@ class ElementText {
                 return *this;
             }
         }
-        if (!piece.empty()) std::memcpy(text_ + used_, piece.data(), piece.size());
+        copyPiece(text_ + used_, piece.data(), piece.size());
         used_ += piece.size();
         return *this;
     }
@@ -72,7 +99,9 @@ class ElementText {
 
     template <class Number>
     ElementText& number(Number value) {
-        return text(NumberText(value).view());
+        if (capacity - used_ < max_number_length) flush();
+        used_ = static_cast<std::size_t>(writeNumber(text_ + used_, value) - text_);
+        return *this;
     }
 
     ElementText& openTag(std::string_view name) { return text("<").text(name).text(">"); }
@@ -96,16 +125,33 @@ class ElementText {
     char text_[capacity];
 };
 
-constexpr bool isWhitespace(char byte) {
-    return byte == '\t' || byte == '\n' || byte == '\r' || byte == ' ';
-}
+/// What a value's bytes need in an element.
+enum ByteKind : std::uint8_t { plain = 0, entity = 1, whitespace = 2 };
 
-/// Whether readers, which strip and fold white space, would change the value.
-bool needsCDATA(std::string_view value) {
-    if (value.empty()) return false;
-    if (isWhitespace(value.front()) || isWhitespace(value.back())) return true;
-    const auto bothWhitespace = [](char a, char b) { return isWhitespace(a) && isWhitespace(b); };
-    return std::ranges::adjacent_find(value, bothWhitespace) != value.end();
+constexpr auto byte_kinds = [] {
+    std::array<std::uint8_t, 256> kinds = {};
+    for (const unsigned char byte : {'<', '>', '"', '&'})
+        kinds[byte] = entity;
+    for (const unsigned char byte : {'\t', '\n', '\r', ' '})
+        kinds[byte] = whitespace;
+    return kinds;
+}();
+
+/// How a value is written so that readers, which strip and fold white space, don't change it.
+enum class ValueForm { as_it_is, escaped, cdata };
+
+ValueForm formOf(std::string_view value) {
+    unsigned all = 0;
+    // The value's start and end are like white space: what is next to them would be stripped.
+    unsigned before = whitespace;
+    for (const char byte : value) {
+        const unsigned kind = byte_kinds[static_cast<unsigned char>(byte)];
+        if ((kind & before & whitespace) != 0) return ValueForm::cdata;
+        all |= kind;
+        before = kind;
+    }
+    if (!value.empty() && before == whitespace) return ValueForm::cdata;
+    return (all & entity) != 0 ? ValueForm::escaped : ValueForm::as_it_is;
 }
 
 } // namespace
@@ -170,10 +216,16 @@ void writeMatrix3Element(OStream& stream, std::uint32_t depth, std::string_view 
 void writeStringElement(OStream& stream, std::uint32_t depth, std::string_view name, std::string_view value) {
     ElementText element(stream);
     element.tabs(depth).openTag(name);
-    if (needsCDATA(value))
-        element.text("<![CDATA[").text(value).text("]]>");
-    else
+    switch (formOf(value)) {
+    case ValueForm::as_it_is:
+        element.text(value);
+        break;
+    case ValueForm::escaped:
         element.escaped(value);
+        break;
+    case ValueForm::cdata:
+        element.text("<![CDATA[").text(value).text("]]>");
+    }
     element.closeTag(name).endLine();
 }
 

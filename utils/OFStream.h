@@ -5,6 +5,7 @@
 
 #include "utils/OStream.h"
 
+#include <cstddef>
 #include <fstream>
 #include <memory>
 
@@ -15,7 +16,7 @@ class OFStream : public Destroyable<OFStream, OStream> {
   public:
     /// Opens `path` (UTF-8) for output and replaces the file that is there. A failure isn't thrown: ask `failed`.
     explicit OFStream(const String& path);
-    ~OFStream() = default;
+    ~OFStream();
 
     void writeString(const String& text) override;
     void writeDouble(double value) override;
@@ -27,8 +28,14 @@ class OFStream : public Destroyable<OFStream, OStream> {
     bool failed() const { return file.fail(); }
 
   private:
-    // Before the stream, which uses it up to its end.
+    static constexpr std::size_t capacity = 64 * 1024;
+
+    void writeBuffer();
+    void writeToFile(const char* bytes, std::size_t size);
+
+    // Faster than the file's own buffer for many short texts.
     std::unique_ptr<char[]> buffer;
+    std::size_t used = 0;
     std::ofstream file;
 };
 

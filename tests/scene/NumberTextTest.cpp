@@ -3,14 +3,44 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <double-conversion/double-conversion.h>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
+#include <string>
+#include <type_traits>
 #include <utility>
 
 namespace NumberTextTests {
 
 using namespace Velmar;
+
+namespace {
+
+/// The texts of double-conversion, which documents have had from the start.
+template <class Float>
+std::string expectedText(Float value) {
+    using double_conversion::DoubleToStringConverter;
+    static const DoubleToStringConverter converter(DoubleToStringConverter::UNIQUE_ZERO, "Inf", "NaN", 'e', -6, 21, 0,
+                                                   0);
+    char text[128];
+    double_conversion::StringBuilder builder(text, sizeof text);
+    if constexpr (std::is_same_v<Float, double>)
+        converter.ToShortest(value, &builder);
+    else
+        converter.ToShortestSingle(value, &builder);
+    return builder.Finalize();
+}
+
+void expectSameText(double value) {
+    for (const double x : {value, -value, std::nextafter(value, 0.0), std::nextafter(value, 1e300)})
+        ASSERT_EQ(doubleToString(x), expectedText(x));
+    const auto narrow = static_cast<float>(value);
+    ASSERT_EQ(floatToString(narrow), expectedText(narrow));
+    ASSERT_EQ(doubleToString(static_cast<double>(narrow)), expectedText(static_cast<double>(narrow)));
+}
+
+} // namespace
 
 TEST(DoubleToString, WritesTheShortestDigitsInTheDocumentsForm) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -52,6 +82,32 @@ TEST(DoubleToString, ReadsBackAsTheSameDouble) {
         if (!std::isfinite(value)) continue;
         ASSERT_EQ(std::strtod(doubleToString(value).c_str(), nullptr), value);
     }
+}
+
+TEST(DoubleToString, AnyBitsHaveTheTextOfDoubleConversion) {
+    std::mt19937_64 random(11);
+    for (int i = 0; i < 100000; ++i) {
+        const std::uint64_t bits = random();
+        double value = 0.0;
+        std::memcpy(&value, &bits, sizeof value);
+        ASSERT_NO_FATAL_FAILURE(expectSameText(value));
+    }
+}
+
+TEST(DoubleToString, NumbersOfAllLengthsHaveTheTextOfDoubleConversion) {
+    std::mt19937_64 random(12);
+    for (int exponent = -30; exponent <= 30; ++exponent)
+        for (std::uint64_t bound = 10; bound <= 100'000'000'000'000'000; bound *= 10)
+            for (int i = 0; i < 100; ++i) {
+                const double value = static_cast<double>(random() % bound) * std::pow(10.0, exponent);
+                ASSERT_NO_FATAL_FAILURE(expectSameText(value));
+                ASSERT_NO_FATAL_FAILURE(expectSameText(static_cast<double>(bound) * std::pow(10.0, exponent)));
+            }
+}
+
+TEST(DoubleToString, PowersOfTwoHaveTheTextOfDoubleConversion) {
+    for (int exponent = -1080; exponent <= 1023; ++exponent)
+        ASSERT_NO_FATAL_FAILURE(expectSameText(std::ldexp(1.0, exponent)));
 }
 
 TEST(FloatToString, WritesTheShortestDigitsOfTheFloat) {
