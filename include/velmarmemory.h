@@ -34,6 +34,12 @@ inline void sdkFree(void* block) {
     std::free(block);
 }
 
+/// Changes the size of what `sdkMalloc` returned, keeping its bytes, and returns the block, which may have moved; null
+/// when memory is exhausted, and the block is then as it was.
+inline void* sdkRealloc(void* block, std::size_t size) noexcept {
+    return std::realloc(block, size == 0 ? 1 : size);
+}
+
 /// Allocates `size` bytes at an address that is a multiple of `alignment`, a power of two; below 4 it is taken as 4.
 /// The distance to the start of the block is stored in the four bytes before the result. Release with `sdkAlignedFree`.
 /// Throws `BadAlloc` when memory is exhausted or the sum would wrap.

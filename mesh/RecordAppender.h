@@ -70,15 +70,7 @@ class RecordAppender {
     void finish() noexcept {
         records.resizeUninitialized(count);
         reserved = count;
-        if (records.capacity() == steppedCapacity(count)) return;
-        try {
-            Vector<T> smaller;
-            smaller.reserve(steppedCapacity(count));
-            smaller.append(records);
-            records.swap(smaller);
-        } catch (const BadAlloc&) {
-            // It stays as large as it is.
-        }
+        records.shrinkCapacity(steppedCapacity(count));
     }
 
     T* data() { return first; }

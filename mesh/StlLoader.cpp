@@ -1,3 +1,4 @@
+#include "velmarcompiler.h"
 #include "velmarexceptions.h"
 
 #include "mesh/MeshBuilder.h"
@@ -6,9 +7,11 @@
 #include "utils/Parser.h"
 #include "utils/numbers/PlainFloats.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <emmintrin.h>
 #include <limits>
 #include <string>
 
@@ -55,6 +58,41 @@ void readBinary(std::span<const std::uint8_t> file, Mesh& mesh, float scale) {
     mesh.build();
 }
 
+/// What is between two numbers of a facet: words and whitespace. Programs write the same for all facets, so it is
+/// compared with that of an earlier facet.
+class Separator {
+  public:
+    static constexpr std::size_t max_size = 48;
+
+    /// Takes the bytes from `first` up to `end`. Returns false for too many.
+    bool learn(const char* first, const char* end) {
+        const auto count = static_cast<std::size_t>(end - first);
+        if (count > max_size) return false;
+        std::memcpy(bytes, first, count);
+        size = count;
+        return true;
+    }
+
+    /// Moves `p` past the separator if it is there. `max_size` bytes are read.
+    VELMAR_ALWAYS_INLINE bool pass(const char*& p) const {
+        for (std::size_t at = 0; at < size; at += block_size) {
+            const __m128i is_equal = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + at)),
+                                                    _mm_load_si128(reinterpret_cast<const __m128i*>(bytes + at)));
+            const auto different = ~static_cast<std::uint32_t>(_mm_movemask_epi8(is_equal));
+            // Whether the first difference is after the separator.
+            if (static_cast<std::size_t>(lowestBit(different)) < std::min(size - at, block_size)) return false;
+        }
+        p += size;
+        return true;
+    }
+
+  private:
+    static constexpr std::size_t block_size = 16;
+
+    alignas(16) char bytes[max_size] = {};
+    std::size_t size = 0;
+};
+
 class TextReader {
   public:
     TextReader(Parser text, Mesh& filled_mesh, float position_scale)
@@ -69,6 +107,7 @@ class TextReader {
         Parser::Token keyword;
         if (!parser.parseAlpha(keyword)) throw Velmar::Exception("Invalid file, expected 'facet' or 'endsolid'");
         while (keyword == "facet") {
+            readFacetsOfKnownForm();
             if (!readPlainFacet()) readFacet();
             parser.parseAlpha(keyword);
         }
@@ -77,53 +116,81 @@ class TextReader {
     }
 
   private:
-    /// Reads what follows "facet" if it is of the usual form: its words, with whitespace between the lines only, and
-    /// plain numbers. Otherwise returns false, with the cursor in place and nothing added.
+    /// Reads facets, from after the first word of one, that have the separators of the last plain one. The cursor
+    /// then is after that word of the next one.
+    void readFacetsOfKnownForm() {
+        if (!knows_form) return;
+        while (parser.size - parser.pos >= plain_reach) {
+            const char* p = parser.text + parser.pos;
+            float corners[3][3];
+            if (!passPlainWord(p, normal_word) || (p = PlainFloats::pass(p)) == nullptr) return;
+            for (std::size_t i = 0; i < 3; ++i)
+                if (!separators[i].pass(p) || !scanPlain(p, corners[i])) return;
+            if (!separators[3].pass(p)) return;
+            addFacet(corners);
+            parser.pos = static_cast<std::uint32_t>(p - parser.text);
+        }
+    }
+
+    /// Reads what follows "facet" if it is of the usual form: its words, with a little whitespace between the lines
+    /// only, and plain numbers. Otherwise returns false, with the cursor in place and nothing added.
     bool readPlainFacet() {
+        if (parser.size - parser.pos < plain_reach) return false;
         const char* p = parser.text + parser.pos;
         float corners[3][3];
-        if (!passPlainWord(p, " normal ") || !passPlain(p, PlainFloats::pass) || !passPlainWhitespace(p) ||
-            !passPlainWord(p, "outer loop") || !passPlainWhitespace(p))
-            return false;
-        for (auto& corner : corners) {
-            const auto scan = [&corner](const char* first) { return PlainFloats::scanWithExponents(first, corner); };
-            if (!passPlainWord(p, "vertex ") || !passPlain(p, scan) || !passPlainWhitespace(p)) return false;
+        if (!passPlainWord(p, normal_word) || (p = PlainFloats::pass(p)) == nullptr) return false;
+        // Until all separators are those of this facet.
+        knows_form = false;
+        bool learned = true;
+        const char* separator = p;
+        const auto learn = [&](std::size_t i) { learned = separators[i].learn(separator, p) && learned; };
+        if (!passPlainWhitespace(p) || !passPlainWord(p, "outer loop") || !passPlainWhitespace(p)) return false;
+        for (std::size_t i = 0; i < 3; ++i) {
+            if (!passPlainWord(p, "vertex ")) return false;
+            learn(i);
+            if (!scanPlain(p, corners[i])) return false;
+            separator = p;
+            if (!passPlainWhitespace(p)) return false;
         }
         if (!passPlainWord(p, "endloop") || !passPlainWhitespace(p) || !passPlainWord(p, "endfacet") ||
             !passPlainWhitespace(p))
             return false;
-
-        addTriangle();
-        for (const auto& corner : corners)
-            addVertex({corner[0], corner[1], corner[2]});
+        addFacet(corners);
         parser.pos = static_cast<std::uint32_t>(p - parser.text);
+        // The next one's first word belongs to the last separator.
+        const bool has_next = passPlainWord(p, "facet");
+        learn(3);
+        knows_form = has_next && learned;
         return true;
     }
 
-    bool isFarFromEnd(const char* p) const { return parser.text + parser.size - p >= std::ptrdiff_t{plain_reach}; }
+    void addFacet(const float (&corners)[3][3]) {
+        addTriangle();
+        for (const auto& corner : corners)
+            addVertex({corner[0], corner[1], corner[2]});
+    }
 
     template <std::size_t size>
-    bool passPlainWord(const char*& p, const char (&word)[size]) const {
-        static_assert(size <= plain_reach);
-        if (!isFarFromEnd(p) || std::memcmp(p, word, size - 1) != 0) return false;
+    VELMAR_ALWAYS_INLINE static bool passPlainWord(const char*& p, const char (&word)[size]) {
+        if (std::memcmp(p, word, size - 1) != 0) return false;
         p += size - 1;
         return true;
     }
 
-    /// `scan` returns the place after what it skips, or null.
-    template <class Scan>
-    bool passPlain(const char*& p, Scan scan) const {
-        if (!isFarFromEnd(p)) return false;
-        p = scan(p);
-        return p != nullptr;
+    VELMAR_ALWAYS_INLINE bool scanPlain(const char*& p, float (&numbers)[3]) {
+        const char* after = has_exponents ? PlainFloats::scanWithExponents(p, numbers) : PlainFloats::scan(p, numbers);
+        if (after == nullptr) [[unlikely]] {
+            // Programs write all numbers in the same way, or those with exponents among others.
+            if (has_exponents || (after = PlainFloats::scanWithExponents(p, numbers)) == nullptr) return false;
+            has_exponents = true;
+        }
+        p = after;
+        return true;
     }
 
-    /// False near the end of the file.
-    bool passPlainWhitespace(const char*& p) const {
-        while (isFarFromEnd(p)) {
+    VELMAR_ALWAYS_INLINE static bool passPlainWhitespace(const char*& p) {
+        for (const char* const end = p + max_plain_whitespace; p < end; ++p)
             if (!Parser::isBlank(*p) && !Parser::isLineEnd(*p)) return true;
-            ++p;
-        }
         return false;
     }
 
@@ -187,11 +254,19 @@ class TextReader {
             ++parser.pos;
     }
 
-    static constexpr std::size_t plain_reach = PlainFloats::reach;
+    static constexpr std::ptrdiff_t max_plain_whitespace = 32;
+    /// More than is read of a plain facet: words, numbers and whitespace.
+    static constexpr std::uint32_t plain_reach = 128 + 4 * PlainFloats::reach + 7 * max_plain_whitespace;
+    static constexpr char normal_word[] = " normal ";
 
     Parser parser;
     MeshBuilder mesh;
     float scale;
+    /// Whether numbers had exponents so far.
+    bool has_exponents = false;
+    /// Between the normal, the three vertices and the next facet.
+    Separator separators[4];
+    bool knows_form = false;
 };
 
 } // namespace

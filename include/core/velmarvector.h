@@ -122,6 +122,16 @@ class Vector {
         size_ = n;
     }
 
+    /// Makes the capacity `n` elements if it is more, and returns the rest of the memory, mostly without a copy. `n` is
+    /// not less than the size. Without effect when out of memory.
+    void shrinkCapacity(std::size_t n) noexcept requires(std::is_trivially_copyable_v<T>) {
+        if (n >= capacity_) return;
+        void* const block = sdkRealloc(e, n * sizeof(T));
+        if (block == nullptr) return;
+        e = static_cast<T*>(block);
+        capacity_ = n;
+    }
+
     void clear() {
         destroyElements(0);
         size_ = 0;

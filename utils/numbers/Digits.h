@@ -1,5 +1,7 @@
 #pragma once
 
+#include "velmarcompiler.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -31,6 +33,25 @@ inline std::uint64_t loadEight(const char* p) {
     return bytes;
 }
 
+/// How far digits move to be the last ones of eight, by their count.
+inline constexpr std::array<std::uint64_t, 9> shifts_to_end = {64, 56, 48, 40, 32, 24, 16, 8, 0};
+/// How far eight digits move to leave so many after them.
+inline constexpr std::array<std::uint64_t, 9> shifts_from_end = {0, 8, 16, 24, 32, 40, 48, 56, 64};
+
+VELMAR_ALWAYS_INLINE __m128i loadLow(const void* p) {
+    return _mm_loadl_epi64(static_cast<const __m128i*>(p));
+}
+
+/// `count` digits, from 0 to 8, as the last ones of eight; zeros are before them. Eight bytes are read.
+VELMAR_ALWAYS_INLINE __m128i loadDigits(const char* p, std::size_t count) {
+    return _mm_sll_epi64(loadLow(p), loadLow(&shifts_to_end[count]));
+}
+
+/// `digits`, which are the last ones of eight, with `count` more after them.
+VELMAR_ALWAYS_INLINE __m128i appendDigits(__m128i digits, const char* p, std::size_t count) {
+    return _mm_or_si128(_mm_srl_epi64(digits, loadLow(&shifts_from_end[count])), loadDigits(p, count));
+}
+
 /// The digits of two numbers of up to eight digits each.
 struct Pair {
     __m128i digits;
@@ -38,12 +59,9 @@ struct Pair {
 
 /// The `first_count` digits at `first` and the `second_count` digits at `second`; each count is from 0 to 8, and no
 /// digits make a 0. Eight bytes are read at each place.
-inline Pair makePair(const char* first, std::size_t first_count, const char* second, std::size_t second_count) {
-    // How far the digits move to follow leading zeros.
-    static constexpr std::array<std::uint64_t, 9> shifts = {64, 56, 48, 40, 32, 24, 16, 8, 0};
-    const auto load = [](const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); };
-    return {_mm_unpacklo_epi64(_mm_sll_epi64(load(first), load(&shifts[first_count])),
-                               _mm_sll_epi64(load(second), load(&shifts[second_count])))};
+VELMAR_ALWAYS_INLINE Pair makePair(const char* first, std::size_t first_count, const char* second,
+                                   std::size_t second_count) {
+    return {_mm_unpacklo_epi64(loadDigits(first, first_count), loadDigits(second, second_count))};
 }
 
 /// The four numbers of two pairs, in order.
@@ -58,11 +76,11 @@ struct Four {
     Four minusOne() const { return {_mm_add_epi32(numbers, _mm_set1_epi32(-1))}; }
 };
 
-inline Four join(Pair a, Pair b) {
+VELMAR_ALWAYS_INLINE Four join(Pair a, Pair b) {
     const auto joinFours = [](__m128i digits) {
         digits = _mm_and_si128(digits, _mm_set1_epi8(0x0F));
-        const __m128i tens = _mm_mullo_epi16(_mm_and_si128(digits, _mm_set1_epi16(0xFF)), _mm_set1_epi16(10));
-        const __m128i twos = _mm_add_epi16(tens, _mm_srli_epi16(digits, 8));
+        // The product with 10 * 256 + 1 has 10 times the first digit, plus the second one, in its upper byte.
+        const __m128i twos = _mm_srli_epi16(_mm_mullo_epi16(digits, _mm_set1_epi16(10 * 256 + 1)), 8);
         return _mm_madd_epi16(twos, _mm_set1_epi32(1 << 16 | 100));
     };
     return {_mm_madd_epi16(_mm_packs_epi32(joinFours(a.digits), joinFours(b.digits)), _mm_set1_epi32(1 << 16 | 10000))};
@@ -70,7 +88,7 @@ inline Four join(Pair a, Pair b) {
 
 /// Bit i is set if p[i] is not a digit. `bytes`, which is 16, 32 or 48, bytes are read; higher bits are set.
 template <int bytes>
-inline std::uint64_t findOthers(const char* p) {
+VELMAR_ALWAYS_INLINE std::uint64_t findOthers(const char* p) {
     const auto findDigits = [p](int offset) {
         // Digits become the ten lowest signed numbers.
         const __m128i down = _mm_set1_epi8(static_cast<char>(0x80 - '0'));

@@ -60,6 +60,17 @@ struct Number {
 
 enum class Exponents { refused, taken };
 
+/// A number whose digits before and after the point are eight at most. Its parts are in registers of their own: to keep
+/// the places of several numbers would take more registers than there are.
+struct ShortNumber {
+    static constexpr std::size_t max_digits = 8;
+
+    /// In the lower half.
+    __m128i digits;
+    __m128d factor;
+    __m128d divisor;
+};
+
 /// Visits the numbers of one line by the places of the bytes that aren't digits.
 template <Exponents exponents>
 class Walk {
@@ -91,7 +102,43 @@ class Walk {
         return true;
     }
 
-    VELMAR_ALWAYS_INLINE bool takeAfterSpace(Number& number) { return p[at++] == ' ' && take(number); }
+    /// The same for a number of few digits; it refuses more.
+    VELMAR_ALWAYS_INLINE bool take(ShortNumber& number) {
+        const std::size_t negative = p[at] == '-' ? 1 : 0;
+        stops &= stops - negative;
+        const std::size_t first = at + negative;
+        at = takeStop();
+        const std::size_t whole_digits = at - first;
+        if (whole_digits - 1 >= max_whole_digits) return false;
+        number.digits = Digits::loadDigits(p + first, whole_digits);
+        int exponent = 0;
+        if (p[at] == '.') {
+            const std::size_t fraction = at + 1;
+            at = takeStop();
+            const std::size_t decimals = at - fraction;
+            if (decimals - 1 >= ShortNumber::max_digits - whole_digits) return false;
+            number.digits = Digits::appendDigits(number.digits, p + fraction, decimals);
+            exponent = -static_cast<int>(decimals);
+        }
+        if constexpr (exponents == Exponents::taken) {
+            if ((p[at] | 0x20) == 'e') {
+                int written_exponent = 0;
+                if (!takeExponent(written_exponent)) return false;
+                exponent += written_exponent;
+                if (static_cast<unsigned>(exponent + max_exponent) > static_cast<unsigned>(2 * max_exponent))
+                    return false;
+            }
+        }
+        const Scale& scale = scales[scaleIndex(exponent, negative)];
+        if constexpr (exponents == Exponents::taken) number.factor = _mm_load_sd(&scale.factor);
+        number.divisor = _mm_load_sd(&scale.divisor);
+        return true;
+    }
+
+    template <class AnyNumber>
+    VELMAR_ALWAYS_INLINE bool takeAfterSpace(AnyNumber& number) {
+        return p[at++] == ' ' && take(number);
+    }
 
     bool atBlankOrLineEnd() const { return p[at] == '\n' || p[at] == ' ' || p[at] == '\r' || p[at] == '\t'; }
 
@@ -143,6 +190,15 @@ inline __m128 valuesOf(Digits::Four halves, const Number& a, const Number& b) {
     return _mm_cvtpd_ps(_mm_div_pd(joinHalves(halves, a, b), divisors));
 }
 
+/// Whether one of two quotients may lie so near to the middle of two floats that its double doesn't determine to which
+/// it rounds.
+VELMAR_ALWAYS_INLINE bool isNearMiddle(__m128d doubles) {
+    const __m128i dropped_bits = _mm_and_si128(_mm_castpd_si128(doubles), _mm_set1_epi32((1 << 29) - 1));
+    const __m128i is_middle = _mm_cmpeq_epi32(dropped_bits, _mm_set1_epi32(1 << 28));
+    constexpr int lower_words = 0x0F0F;
+    return (_mm_movemask_epi8(is_middle) & lower_words) != 0;
+}
+
 /// Two numbers with exponents. False when one of them has too large an exponent, or may lie so near to the middle of
 /// two floats that its double doesn't determine to which it rounds.
 inline bool valuesOf(Digits::Four halves, const Number& a, const Number& b, __m128& values) {
@@ -160,19 +216,56 @@ inline bool valuesOf(Digits::Four halves, const Number& a, const Number& b, __m1
     const __m128d doubles = _mm_div_pd(_mm_mul_pd(joinHalves(halves, a, b), factors), divisors);
     values = _mm_cvtpd_ps(doubles);
 
-    const __m128i dropped_bits = _mm_and_si128(_mm_castpd_si128(doubles), _mm_set1_epi32((1 << 29) - 1));
-    const __m128i is_middle = _mm_cmpeq_epi32(dropped_bits, _mm_set1_epi32(1 << 28));
-    constexpr int lower_words = 0x0F0F;
-    return (_mm_movemask_epi8(is_middle) & lower_words) == 0;
+    return !isNearMiddle(doubles);
 }
 
 inline void storeTwo(__m128 values, float* numbers) {
     _mm_storel_pi(reinterpret_cast<__m64*>(numbers), values);
 }
 
-template <Exponents exponents>
-VELMAR_ALWAYS_INLINE bool takeThree(Walk<exponents>& walk, Number& x, Number& y, Number& z) {
+template <Exponents exponents, class AnyNumber>
+VELMAR_ALWAYS_INLINE bool takeThree(Walk<exponents>& walk, AnyNumber& x, AnyNumber& y, AnyNumber& z) {
     return walk.take(x) && walk.takeAfterSpace(y) && walk.takeAfterSpace(z) && walk.atBlankOrLineEnd();
+}
+
+/// The three numbers as they are written without point and exponent.
+struct Integers {
+    __m128d first_two;
+    __m128d last;
+};
+
+VELMAR_ALWAYS_INLINE Integers join(const ShortNumber& x, const ShortNumber& y, const ShortNumber& z) {
+    const Digits::Four integers = Digits::join({_mm_unpacklo_epi64(x.digits, y.digits)}, {z.digits});
+    return {_mm_cvtepi32_pd(integers.numbers), _mm_cvtepi32_pd(_mm_srli_si128(integers.numbers, 8))};
+}
+
+/// Any three plain numbers without exponents.
+VELMAR_NEVER_INLINE inline const char* scanLong(const char* p, float (&numbers)[3]) {
+    Walk<Exponents::refused> walk(p, Digits::findOthers<48>(p));
+    Number x;
+    Number y;
+    Number z;
+    if (!takeThree(walk, x, y, z)) return nullptr;
+    storeTwo(valuesOf(Digits::join(x.digits, y.digits), x, y), numbers);
+    _mm_store_ss(numbers + 2, valuesOf(Digits::join(z.digits, z.digits), z, z));
+    return walk.place();
+}
+
+/// Any three plain numbers.
+VELMAR_NEVER_INLINE inline const char* scanLongWithExponents(const char* p, float (&numbers)[3]) {
+    Walk<Exponents::taken> walk(p, Digits::findOthers<48>(p));
+    Number x;
+    Number y;
+    Number z;
+    if (!takeThree(walk, x, y, z)) return nullptr;
+    __m128 first_two;
+    __m128 third;
+    if (!valuesOf(Digits::join(x.digits, y.digits), x, y, first_two) ||
+        !valuesOf(Digits::join(z.digits, z.digits), z, z, third))
+        return nullptr;
+    storeTwo(first_two, numbers);
+    _mm_store_ss(numbers + 2, third);
+    return walk.place();
 }
 
 } // namespace Details
@@ -189,33 +282,35 @@ inline const char* scan(const char* p, float (&numbers)[2]) {
 }
 
 /// Reads three numbers without exponents.
-inline const char* scan(const char* p, float (&numbers)[3]) {
+VELMAR_ALWAYS_INLINE const char* scan(const char* p, float (&numbers)[3]) {
     using namespace Details;
     Walk<Exponents::refused> walk(p, Digits::findOthers<48>(p));
-    Number x;
-    Number y;
-    Number z;
-    if (!takeThree(walk, x, y, z)) return nullptr;
-    storeTwo(valuesOf(Digits::join(x.digits, y.digits), x, y), numbers);
-    _mm_store_ss(numbers + 2, valuesOf(Digits::join(z.digits, z.digits), z, z));
+    ShortNumber x;
+    ShortNumber y;
+    ShortNumber z;
+    if (!takeThree(walk, x, y, z)) return scanLong(p, numbers);
+    const Integers integers = join(x, y, z);
+    storeTwo(_mm_cvtpd_ps(_mm_div_pd(integers.first_two, _mm_unpacklo_pd(x.divisor, y.divisor))), numbers);
+    _mm_store_ss(numbers + 2, _mm_cvtsd_ss(_mm_setzero_ps(), _mm_div_sd(integers.last, z.divisor)));
     return walk.place();
 }
 
 /// Reads three numbers that may have exponents of two digits.
-inline const char* scanWithExponents(const char* p, float (&numbers)[3]) {
+VELMAR_ALWAYS_INLINE const char* scanWithExponents(const char* p, float (&numbers)[3]) {
     using namespace Details;
     Walk<Exponents::taken> walk(p, Digits::findOthers<48>(p));
-    Number x;
-    Number y;
-    Number z;
-    if (!takeThree(walk, x, y, z)) return nullptr;
-    __m128 first_two;
-    __m128 third;
-    if (!valuesOf(Digits::join(x.digits, y.digits), x, y, first_two) ||
-        !valuesOf(Digits::join(z.digits, z.digits), z, z, third))
-        return nullptr;
-    storeTwo(first_two, numbers);
-    _mm_store_ss(numbers + 2, third);
+    ShortNumber x;
+    ShortNumber y;
+    ShortNumber z;
+    if (!takeThree(walk, x, y, z)) return scanLongWithExponents(p, numbers);
+    const Integers integers = join(x, y, z);
+    // Of product and quotient only one rounds.
+    const __m128d first_two = _mm_div_pd(_mm_mul_pd(integers.first_two, _mm_unpacklo_pd(x.factor, y.factor)),
+                                         _mm_unpacklo_pd(x.divisor, y.divisor));
+    const __m128d third = _mm_div_sd(_mm_mul_sd(integers.last, z.factor), z.divisor);
+    if (isNearMiddle(first_two) || isNearMiddle(third)) return nullptr;
+    storeTwo(_mm_cvtpd_ps(first_two), numbers);
+    _mm_store_ss(numbers + 2, _mm_cvtpd_ps(third));
     return walk.place();
 }
 
