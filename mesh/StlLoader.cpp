@@ -5,6 +5,7 @@
 #include "mesh/MeshReaders.h"
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
+#include "utils/numbers/LineShapes.h"
 #include "utils/numbers/PlainFloats.h"
 
 #include <algorithm>
@@ -123,7 +124,7 @@ class TextReader {
         while (parser.size - parser.pos >= plain_reach) {
             const char* p = parser.text + parser.pos;
             float corners[3][3];
-            if (!passPlainWord(p, normal_word) || (p = PlainFloats::pass(p)) == nullptr) return;
+            if (!passPlainWord(p, normal_word) || (p = normal_shapes.pass(p)) == nullptr) return;
             for (std::size_t i = 0; i < 3; ++i)
                 if (!separators[i].pass(p) || !scanPlain(p, corners[i])) return;
             if (!separators[3].pass(p)) return;
@@ -138,7 +139,7 @@ class TextReader {
         if (parser.size - parser.pos < plain_reach) return false;
         const char* p = parser.text + parser.pos;
         float corners[3][3];
-        if (!passPlainWord(p, normal_word) || (p = PlainFloats::pass(p)) == nullptr) return false;
+        if (!passPlainWord(p, normal_word) || (p = normal_shapes.pass(p)) == nullptr) return false;
         // Until all separators are those of this facet.
         knows_form = false;
         bool learned = true;
@@ -178,7 +179,7 @@ class TextReader {
     }
 
     VELMAR_ALWAYS_INLINE bool scanPlain(const char*& p, float (&numbers)[3]) {
-        const char* after = has_exponents ? PlainFloats::scanWithExponents(p, numbers) : PlainFloats::scan(p, numbers);
+        const char* after = has_exponents ? PlainFloats::scanWithExponents(p, numbers) : shapes.scan(p, numbers);
         if (after == nullptr) [[unlikely]] {
             // Programs write all numbers in the same way, or those with exponents among others.
             if (has_exponents || (after = PlainFloats::scanWithExponents(p, numbers)) == nullptr) return false;
@@ -262,6 +263,8 @@ class TextReader {
     Parser parser;
     MeshBuilder mesh;
     float scale;
+    PlainFloats::LineShapes shapes;
+    PlainFloats::LineShapes normal_shapes;
     /// Whether numbers had exponents so far.
     bool has_exponents = false;
     /// Between the normal, the three vertices and the next facet.
