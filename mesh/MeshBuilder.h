@@ -140,6 +140,16 @@ class MeshBuilder {
 
     std::size_t numVertices() const { return vertices.size(); }
 
+    /// Whether the UV indices of faces have a meaning.
+    bool hasUVs() const { return mesh.num_uv_mappings != 0; }
+
+    /// Whether a face may have this UV index.
+    bool acceptsUV(std::uint32_t index) const {
+        // The product wraps at 32 bits, and files rely on what this accepts.
+        const std::uint32_t num_uv_mappings = mesh.num_uv_mappings;
+        return num_uv_mappings == 0 || num_uv_mappings * index < static_cast<std::uint32_t>(uvs.size());
+    }
+
     /// Has the processor fetch vertices, which must exist, because they are needed soon.
     VELMAR_ALWAYS_INLINE void prefetchVertices(std::size_t a, std::size_t b, std::size_t c) const {
         for (const std::size_t index : {a, b, c})
@@ -198,12 +208,8 @@ class MeshBuilder {
 
     template <std::size_t corners>
     VELMAR_ALWAYS_INLINE void checkUVIndices(FaceKind kind, const std::uint32_t (&uv_indices)[corners]) const {
-        const std::uint32_t num_uv_mappings = mesh.num_uv_mappings;
-        if (num_uv_mappings == 0) return;
-        // The product wraps at 32 bits, and files rely on what this accepts.
-        const auto isInBounds = [num_uv_mappings, count = static_cast<std::uint32_t>(uvs.size())](std::uint32_t index) {
-            return num_uv_mappings * index < count;
-        };
+        if (mesh.num_uv_mappings == 0) return;
+        const auto isInBounds = [this](std::uint32_t index) { return acceptsUV(index); };
         if (!areInBounds(uv_indices, isInBounds)) [[unlikely]]
             throwOutOfBounds(kind, "uv", firstOutOfBounds(uv_indices, isInBounds));
     }

@@ -10,13 +10,17 @@
 #include "utils/MappedFile.h"
 #include "utils/Parser.h"
 #include "utils/numbers/Digits.h"
+#include "utils/numbers/LineShapes.h"
 #include "utils/numbers/PlainFloats.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace Velmar {
@@ -40,14 +44,41 @@ class ObjReader {
     void read() {
         while (!parser.atEnd()) {
             ++line_num;
-            if (!readPlainLine()) readLine();
+            if (readPlainLine()) continue;
+            addWaitingFaces();
+            readLine();
         }
+        addWaitingFaces();
         readLastLibraryAgain();
         mesh.build();
     }
 
   private:
     // ---- the fast path: lines as nearly all programs write them, without anything that could fail -------------------
+
+    // Faces wait until the processor has fetched what is known of their positions, and again for their vertices: in
+    // meshes that weren't made in order both may be anywhere.
+    static constexpr std::uint32_t max_waiting = 32;
+    static constexpr std::uint32_t max_waiting_corners = 4;
+
+    struct WaitingFace {
+        /// Their positions, and later their vertices.
+        std::uint32_t corners[max_waiting_corners];
+        /// Those of the vertices' keys.
+        std::uint32_t normals[max_waiting_corners];
+        std::uint32_t uvs[max_waiting_corners];
+        std::uint32_t num_corners;
+        /// Bit i is set if corner i has a normal.
+        std::uint32_t has_normal;
+
+        /// Without normals, and with the UV indices that an earlier face left.
+        void start(const std::uint32_t* earlier_uvs) {
+            static_assert(ObjVertices::key_without_normal == 0);
+            std::memset(normals, 0, sizeof normals);
+            std::memcpy(uvs, earlier_uvs, sizeof uvs);
+            has_normal = 0;
+        }
+    };
 
     /// How many bytes from the start of a number or a corner must be readable.
     static constexpr std::uint32_t plain_reach = PlainFloats::reach + 4;
@@ -59,6 +90,7 @@ class ObjReader {
         const char* const p = parser.text + parser.pos;
         if (p[0] == 'f') return p[1] == ' ' && readPlainFace(p + 2);
         if (p[0] != 'v') return false;
+        addWaitingFaces();
         // Some programs write two blanks here.
         if (p[1] == ' ') return readPlainPosition(p[2] == ' ' ? p + 3 : p + 2);
         if (p[2] != ' ') return false;
@@ -68,7 +100,7 @@ class ObjReader {
 
     bool readPlainPosition(const char* p) {
         float numbers[3];
-        if ((p = PlainFloats::scan(p, numbers)) == nullptr) return false;
+        if ((p = shapes.scan(p, numbers)) == nullptr) return false;
         vertices.addPosition({numbers[0] * scale, numbers[1] * scale, numbers[2] * scale});
         passLineFrom(p);
         return true;
@@ -76,7 +108,7 @@ class ObjReader {
 
     bool readPlainNormal(const char* p) {
         float numbers[3];
-        if ((p = PlainFloats::scan(p, numbers)) == nullptr) return false;
+        if ((p = shapes.scan(p, numbers)) == nullptr) return false;
         vertices.addNormal({numbers[0], numbers[1], numbers[2]});
         passLineFrom(p);
         return true;
@@ -92,65 +124,68 @@ class ObjReader {
 
     bool readPlainFace(const char* p) {
         if (current_material < 0) return false;
+        vertices.preparePositions();
         std::uint64_t stops = Digits::findOthers<48>(p);
-        if (p[lowestBit(stops)] == ' ') return readPlainFaceOfPositions(p, stops);
-        std::uint32_t corners = 0;
-        for (;;) {
-            if ((p = readPlainCorner(p, stops, corners)) == nullptr) return false;
-            ++corners;
-            if (*p == ' ') ++p;
-            if (Parser::isLineEnd(*p)) break;
-            if (corners == max_corners || parser.text + parser.size - p < plain_reach) return false;
-            stops = Digits::findOthers<32>(p);
+        WaitingFace& face = waiting_faces[num_waiting];
+        face.start(uv_indices);
+        if (p[lowestBit(stops)] == ' ') {
+            p = readPlainFaceOfPositions(p, stops, face);
+        } else {
+            for (face.num_corners = 0;; stops = Digits::findOthers<32>(p)) {
+                // Larger faces are rare.
+                if (face.num_corners == max_waiting_corners || parser.text + parser.size - p < plain_reach)
+                    return false;
+                if ((p = readPlainCorner(p, stops, face)) == nullptr) return false;
+                ++face.num_corners;
+                if (*p == ' ') ++p;
+                if (Parser::isLineEnd(*p)) break;
+            }
+            if (face.num_corners < 3) return false;
         }
-        if (corners < 3) return false;
-        addFace(corners);
+        if (p == nullptr || !acceptsUVs(face)) return false;
+        std::memcpy(uv_indices, face.uvs, sizeof face.uvs);
         passLineFrom(p);
+        if (++num_waiting == max_waiting) addWaitingFaces();
         return true;
     }
 
-    /// A triangle or a quad of positions alone. `stops`: bit i is set if p[i] is not a digit.
-    bool readPlainFaceOfPositions(const char* p, std::uint64_t stops) {
+    /// A triangle or a quad of positions alone. `stops`: bit i is set if p[i] is not a digit. Returns the line's end,
+    /// or null for any other.
+    const char* readPlainFaceOfPositions(const char* p, std::uint64_t stops, WaitingFace& face) {
         // The places after the numbers.
         const std::size_t a = takeLowestBit(stops);
         const std::size_t b = takeLowestBit(stops);
         const std::size_t c = takeLowestBit(stops);
-        if (p[b] != ' ' || !isIndexLength(a) || !isIndexLength(b - a - 1) || !isIndexLength(c - b - 1)) return false;
+        if (p[b] != ' ' || !isIndexLength(a) || !isIndexLength(b - a - 1) || !isIndexLength(c - b - 1)) return nullptr;
         std::size_t end = c;
         std::size_t fourth_length = 0;
         if (p[c] == ' ') {
             end = takeLowestBit(stops);
             fourth_length = end - c - 1;
             // There is no fourth number if only a blank ends the line.
-            if (fourth_length > max_index_length) return false;
+            if (fourth_length > max_index_length) return nullptr;
         }
-        if (!Parser::isLineEnd(p[end])) return false;
+        if (!Parser::isLineEnd(p[end])) return nullptr;
 
         const Digits::Four positions = Digits::join(Digits::makePair(p, a, p + a + 1, b - a - 1),
                                                     Digits::makePair(p + b + 1, c - b - 1, p + c + 1, fourth_length))
                                            .minusOne();
-        if (!takePosition(0, positions.get<0>()) || !takePosition(1, positions.get<1>()) ||
-            !takePosition(2, positions.get<2>()))
-            return false;
-        if (fourth_length == 0) {
-            addTriangle(1, 2);
-        } else {
-            if (!takePosition(3, positions.get<3>())) return false;
-            addQuad();
-        }
-        passLineFrom(p + end);
-        return true;
+        face.num_corners = fourth_length == 0 ? 3 : 4;
+        positions.store(face.corners);
+        const bool fine = isPosition(positions.get<0>()) && isPosition(positions.get<1>()) &&
+                          isPosition(positions.get<2>()) && (fourth_length == 0 || isPosition(positions.get<3>()));
+        return fine ? p + end : nullptr;
     }
 
-    bool takePosition(std::uint32_t corner, std::uint32_t position) {
+    VELMAR_ALWAYS_INLINE bool isPosition(std::uint32_t position) const {
         if (position >= vertices.numPositions()) return false;
-        vertex_indices[corner] = vertices.vertexFor(position, ObjVertices::key_without_normal, false);
+        vertices.prefetch(position);
         return true;
     }
 
-    /// Reads a corner of indices that count from 1. Returns the place after it, or null for any other. `stops`: bit i
-    /// is set if p[i] is not a digit.
-    const char* readPlainCorner(const char* p, std::uint64_t stops, std::uint32_t corner) {
+    /// Reads the next corner, of indices that count from 1. Returns the place after it, or null for any other. `stops`:
+    /// bit i is set if p[i] is not a digit.
+    const char* readPlainCorner(const char* p, std::uint64_t stops, WaitingFace& face) const {
         const std::size_t position_length = takeLowestBit(stops);
         if (!isIndexLength(position_length)) return nullptr;
         const char* end = p + position_length;
@@ -170,28 +205,72 @@ class ObjReader {
                 if (!isIndexLength(normal_length)) return nullptr;
             }
         }
-
-        // Before a vertex is made, because the slow path may read the rest of the corner and make another.
         if (*end != ' ' && !Parser::isLineEnd(*end)) return nullptr;
 
         const Digits::Four indices = Digits::join(Digits::makePair(p, position_length, uv_at, uv_length),
                                                   Digits::makePair(normal_at, normal_length, p, 0))
                                          .minusOne();
-        const std::uint32_t position = indices.get<0>();
-        if (position >= vertices.numPositions()) return nullptr;
+        const std::uint32_t corner = face.num_corners;
+        face.corners[corner] = indices.get<0>();
+        if (!isPosition(face.corners[corner])) return nullptr;
         if (uv_length != 0) {
             const std::uint32_t uv = indices.get<1>();
             if (uv == before_first) return nullptr;
-            uv_indices[corner] = uv;
+            face.uvs[corner] = uv;
         }
         if (normal_length != 0) {
             const std::uint32_t normal = indices.get<2>();
             if (normal >= vertices.numNormals()) return nullptr;
-            vertex_indices[corner] = vertices.vertexFor(position, normal, true);
-        } else {
-            vertex_indices[corner] = vertices.vertexFor(position, ObjVertices::key_without_normal, false);
+            face.normals[corner] = normal;
+            face.has_normal |= 1U << corner;
         }
         return end;
+    }
+
+    VELMAR_ALWAYS_INLINE bool acceptsUVs(const WaitingFace& face) const {
+        if (!mesh.hasUVs()) return true;
+        for (std::uint32_t corner = 0; corner < face.num_corners; ++corner)
+            if (!mesh.acceptsUV(face.uvs[corner])) return false;
+        return true;
+    }
+
+    /// Adds the faces that wait.
+    void addWaitingFaces() {
+        if (num_waiting == 0) return;
+        const std::uint32_t count = std::exchange(num_waiting, 0);
+        std::uint32_t complete = 0;
+        try {
+            for (; complete < count; ++complete)
+                findVertices(waiting_faces[complete]);
+        } catch (...) {
+            addFaces(complete);
+            throw;
+        }
+        addFaces(count);
+    }
+
+    /// Replaces the positions of a face by their vertices.
+    VELMAR_ALWAYS_INLINE void findVertices(WaitingFace& face) {
+        for (std::uint32_t i = 0; i < 3; ++i)
+            findVertex(face, i);
+        if (face.num_corners == 4) findVertex(face, 3);
+        mesh.prefetchVertices(face.corners[0], face.corners[1], face.corners[2]);
+    }
+
+    VELMAR_ALWAYS_INLINE void findVertex(WaitingFace& face, std::uint32_t i) {
+        face.corners[i] = vertices.vertexFor(face.corners[i], face.normals[i], (face.has_normal >> i & 1) != 0);
+    }
+
+    /// Adds the first `count` faces, whose vertices have been found.
+    void addFaces(std::uint32_t count) {
+        const auto material = static_cast<std::uint32_t>(current_material);
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const auto& [v, normals, uv, num_corners, has_normal] = waiting_faces[i];
+            if (num_corners == 3)
+                mesh.addTriangleOfVertices({v[0], v[1], v[2]}, {uv[0], uv[1], uv[2]}, material);
+            else
+                mesh.addQuadOfVertices({v[0], v[1], v[2], v[3]}, {uv[0], uv[1], uv[2], uv[3]}, material);
+        }
     }
 
     static constexpr std::size_t max_index_length = 8;
@@ -286,6 +365,7 @@ class ObjReader {
     }
 
     void readFace() {
+        vertices.preparePositions();
         std::uint32_t corners = 0;
         while (corners < max_corners) {
             parser.skipBlanks();
@@ -415,6 +495,9 @@ class ObjReader {
     MeshBuilder mesh;
     ObjVertices vertices{mesh, parser};
 
+    WaitingFace waiting_faces[max_waiting];
+    std::uint32_t num_waiting = 0;
+    PlainFloats::LineShapes shapes;
     std::uint32_t line_num = 0;
     std::uint64_t num_uvs = 0;
     std::uint32_t vertex_indices[max_corners] = {};

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <limits>
 #include <utility>
+#include <xmmintrin.h>
 #include <xxhash.h>
 
 namespace Velmar {
@@ -101,39 +102,53 @@ class ObjVertices {
 
     /// Vertices are added to `builder`. `text` is the cursor of the text that is read.
     ObjVertices(MeshBuilder& builder, const Parser& text)
-        : mesh(builder), positions(position_list, &text), normals(normal_list, &text) {}
+        : mesh(builder), positions(position_list, &text), normals(normal_list, &text), uses(use_list) {}
 
-    void addPosition(const Vec3f& position) { positions.append({position, no_normal_yet, 0}); }
+    void addPosition(const Vec3f& position) { positions.append(position); }
     void addNormal(const Vec3f& normal) { normals.append(normal); }
 
     std::size_t numPositions() const { return positions.size(); }
     std::size_t numNormals() const { return normals.size(); }
 
+    /// Must be called before `prefetch` and `vertexFor` when positions have been added.
+    void preparePositions() {
+        if (uses.size() == positions.size()) [[likely]]
+            return;
+        uses.reserveMore(positions.size() - uses.size());
+        while (uses.size() < positions.size())
+            uses.append({no_normal_yet, 0});
+    }
+
+    /// Has the processor fetch what `vertexFor` looks up first.
+    VELMAR_ALWAYS_INLINE void prefetch(std::uint32_t position_at) const {
+        _mm_prefetch(reinterpret_cast<const char*>(uses.data() + position_at), _MM_HINT_T0);
+    }
+
     /// The vertex of a position with a normal, or without one: then `normal_at` is `key_without_normal`. Both must
     /// exist. Throws `VelmarException` for a new vertex whose normal isn't finite.
     VELMAR_ALWAYS_INLINE std::uint32_t vertexFor(std::uint32_t position_at, std::uint32_t normal_at, bool has_normal) {
-        const Position& position = positions.data()[position_at];
-        if (position.first_normal == normal_at) [[likely]]
-            return position.first_vertex;
+        const Use& use = uses.data()[position_at];
+        if (use.first_normal == normal_at) [[likely]]
+            return use.first_vertex;
         return findOrAddVertex(position_at, normal_at, has_normal);
     }
 
   private:
     static constexpr std::uint32_t no_normal_yet = 0xFFFFFFFF;
 
-    /// With a one-entry cache in front of the vertex map: most positions have at most one normal.
-    struct Position {
-        Vec3f at;
+    /// A one-entry cache of a position in front of the vertex map: most positions have at most one normal. The
+    /// positions are elsewhere because they are needed only once.
+    struct Use {
         std::uint32_t first_normal;
         std::uint32_t first_vertex;
     };
 
     std::uint32_t findOrAddVertex(std::uint32_t position_at, std::uint32_t normal_at, bool has_normal) {
-        Position& position = positions.data()[position_at];
-        if (position.first_normal == no_normal_yet) {
+        Use& use = uses.data()[position_at];
+        const Vec3f& position = positions.data()[position_at];
+        if (use.first_normal == no_normal_yet) {
             addVertex(position, normal_at, has_normal);
-            position.first_normal = normal_at;
-            position.first_vertex = next_vertex;
+            use = {normal_at, next_vertex};
             return next_vertex++;
         }
         const std::uint32_t vertex = vertex_map.findOrInsert(position_at, normal_at, next_vertex);
@@ -142,23 +157,25 @@ class ObjVertices {
         return next_vertex++;
     }
 
-    VELMAR_ALWAYS_INLINE void addVertex(const Position& position, std::uint32_t normal_at, bool has_normal) {
+    VELMAR_ALWAYS_INLINE void addVertex(const Vec3f& position, std::uint32_t normal_at, bool has_normal) {
         if (next_vertex == 0) [[unlikely]] {
             // Most files have as many vertices as positions before their first face.
             mesh.tryReserveVertices(positions.size());
             if (has_normal) mesh.tryReserveNormals(positions.size());
         }
         if (has_normal)
-            mesh.addVertexWithNormal(position.at, normals.data()[normal_at]);
+            mesh.addVertexWithNormal(position, normals.data()[normal_at]);
         else
-            mesh.addVertex(position.at);
+            mesh.addVertex(position);
     }
 
     MeshBuilder& mesh;
-    Vector<Position> position_list;
+    Vector<Vec3f> position_list;
     Vector<Vec3f> normal_list;
-    RecordAppender<Position> positions;
+    Vector<Use> use_list;
+    RecordAppender<Vec3f> positions;
     RecordAppender<Vec3f> normals;
+    RecordAppender<Use> uses;
     ObjVertexMap vertex_map{PlatformUtils::getRandomNumber()};
     std::uint32_t next_vertex = 0;
 };

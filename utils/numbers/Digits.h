@@ -72,6 +72,7 @@ struct Four {
     std::uint32_t get() const {
         return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_shuffle_epi32(numbers, i)));
     }
+    void store(std::uint32_t (&to)[4]) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), numbers); }
     /// Each one less, modulo 2^32.
     Four minusOne() const { return {_mm_add_epi32(numbers, _mm_set1_epi32(-1))}; }
 };

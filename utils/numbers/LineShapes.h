@@ -2,7 +2,6 @@
 
 #include "velmarcompiler.h"
 
-#include "utils/Parser.h"
 #include "utils/numbers/Digits.h"
 #include "utils/numbers/PlainFloats.h"
 
@@ -135,7 +134,7 @@ class LineShapes {
     /// A line of a shape that isn't in the table.
     VELMAR_NEVER_INLINE const char* scanOther(const char* p, float (&numbers)[3]) {
         const char* const end = PlainFloats::scan(p, numbers);
-        if (end != nullptr && Parser::isLineEnd(*end)) learn(p, static_cast<std::size_t>(end - p));
+        if (end != nullptr && (*end == '\n' || *end == '\r')) learn(p, static_cast<std::size_t>(end - p));
         // Files that write numbers as short as they can have too many shapes.
         constexpr std::uint32_t sample = 1024;
         constexpr std::uintptr_t min_bytes = sample * std::uintptr_t{80};
