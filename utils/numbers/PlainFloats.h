@@ -239,6 +239,16 @@ VELMAR_ALWAYS_INLINE Integers join(const ShortNumber& x, const ShortNumber& y, c
     return {_mm_cvtepi32_pd(integers.numbers), _mm_cvtepi32_pd(_mm_srli_si128(integers.numbers, 8))};
 }
 
+/// Any two plain numbers without exponents.
+VELMAR_NEVER_INLINE inline const char* scanLong(const char* p, float (&numbers)[2]) {
+    Walk<Exponents::refused> walk(p, Digits::findOthers<32>(p));
+    Number x;
+    Number y;
+    if (!walk.take(x) || !walk.takeAfterSpace(y) || !walk.atBlankOrLineEnd()) return nullptr;
+    storeTwo(valuesOf(Digits::join(x.digits, y.digits), x, y), numbers);
+    return walk.place();
+}
+
 /// Any three plain numbers without exponents.
 VELMAR_NEVER_INLINE inline const char* scanLong(const char* p, float (&numbers)[3]) {
     Walk<Exponents::refused> walk(p, Digits::findOthers<48>(p));
@@ -271,13 +281,14 @@ VELMAR_NEVER_INLINE inline const char* scanLongWithExponents(const char* p, floa
 } // namespace Details
 
 /// Reads two numbers without exponents.
-inline const char* scan(const char* p, float (&numbers)[2]) {
+VELMAR_ALWAYS_INLINE const char* scan(const char* p, float (&numbers)[2]) {
     using namespace Details;
     Walk<Exponents::refused> walk(p, Digits::findOthers<32>(p));
-    Number x;
-    Number y;
-    if (!walk.take(x) || !walk.takeAfterSpace(y) || !walk.atBlankOrLineEnd()) return nullptr;
-    storeTwo(valuesOf(Digits::join(x.digits, y.digits), x, y), numbers);
+    ShortNumber x;
+    ShortNumber y;
+    if (!walk.take(x) || !walk.takeAfterSpace(y) || !walk.atBlankOrLineEnd()) return scanLong(p, numbers);
+    const Integers integers = join(x, y, y);
+    storeTwo(_mm_cvtpd_ps(_mm_div_pd(integers.first_two, _mm_unpacklo_pd(x.divisor, y.divisor))), numbers);
     return walk.place();
 }
 
