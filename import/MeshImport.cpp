@@ -118,6 +118,9 @@ ImportedMesh importMesh(const std::string& path, float scale) {
     } else if (format == "ply") {
         const MappedFile file(path);
         readWholePLY(withoutByteOrderMark(file.getText()), *result.mesh, scale);
+    } else if (format == "stl") {
+        const MappedFile file(path);
+        readSTL(file.getText(), *result.mesh, scale);
     } else {
         loadMesh(path, *result.mesh, scale);
     }

@@ -281,6 +281,8 @@ class BodyReader {
     }
 
   private:
+    static constexpr std::uint32_t no_vertex = 0xFFFFFFFF;
+
     struct Face {
         std::vector<std::uint32_t> corners;
         std::vector<float> uvs;
@@ -325,7 +327,6 @@ class BodyReader {
 
     /// An index that is no 32-bit number is one that no vertex has.
     static std::uint32_t toIndex(double value) {
-        constexpr std::uint32_t no_vertex = 0xFFFFFFFF;
         return value >= 0 && value < no_vertex ? static_cast<std::uint32_t>(value) : no_vertex;
     }
 
@@ -379,6 +380,7 @@ class BodyReader {
         if (has_corner_uvs) {
             corner_uvs.clear();
             for (std::size_t i = 0; i < v.size(); ++i) {
+                if (num_uvs == no_vertex) values.fail("PLY file has more corners than can be counted");
                 builder.addUV(2 * i + 1 < added.uvs.size() ? Vec2f{added.uvs[2 * i], added.uvs[2 * i + 1]} : Vec2f{});
                 corner_uvs.push_back(num_uvs++);
             }

@@ -18,7 +18,7 @@ Vec3f normalised(const Vec3f& normal) {
     return {normal.x / length, normal.y / length, normal.z / length};
 }
 
-MeshBuilder::MeshBuilder(Mesh& filled, const Parser* text)
+MeshBuilder::MeshBuilder(Mesh& filled, const TextInParts* text)
     : mesh(filled), vertices(filled.verts, text), normals(filled.normals, text), uvs(filled.uv_pairs, text),
       triangles(filled.triangles, text), quads(filled.quads, text) {}
 

@@ -46,8 +46,8 @@ Vec3f normalised(const Vec3f& normal);
 /// everything that was added, so a mesh whose filling failed contains whole records, and what it had before.
 class MeshBuilder {
   public:
-    /// Appends to `filled`. `text` is the cursor of the text that is read into it, for a forecast of its size.
-    explicit MeshBuilder(Mesh& filled, const Parser* text = nullptr);
+    /// Appends to `filled`. `text` is the text that is read into it, for a forecast of its size.
+    explicit MeshBuilder(Mesh& filled, const TextInParts* text = nullptr);
     ~MeshBuilder() { finish(); }
     MeshBuilder(const MeshBuilder&) = delete;
     MeshBuilder& operator=(const MeshBuilder&) = delete;

@@ -29,10 +29,19 @@ namespace {
 
 constexpr std::uint32_t max_corners = 256;
 
-class ObjReader {
+/// Between two lines, unless a backslash may join them.
+bool isBetweenLines(std::string_view text, std::size_t offset) {
+    if (!isLineStart(text, offset)) return false;
+    std::size_t line = offset - 1;
+    while (line > 0 && !isLineStart(text, line))
+        if (text[--line] == '\\') return false;
+    return true;
+}
+
+class ObjReader : TextInParts {
   public:
-    ObjReader(std::string_view file_path, Parser text, Mesh& filled_mesh, float position_scale)
-        : path(file_path), parser(text), scale(position_scale), mesh(filled_mesh, &parser) {}
+    ObjReader(std::string_view file_path, const TextInParts& text, Mesh& filled_mesh, float position_scale)
+        : TextInParts(text), path(file_path), scale(position_scale), mesh(filled_mesh, this) {}
     ObjReader(const ObjReader&) = delete;
     ObjReader& operator=(const ObjReader&) = delete;
 
@@ -42,13 +51,15 @@ class ObjReader {
     std::vector<std::string>* library_names = nullptr;
 
     void read() {
-        while (!parser.atEnd()) {
-            ++line_num;
-            if (readPlainLine()) continue;
+        do {
+            while (!parser.atEnd()) {
+                ++line_num;
+                if (readPlainLine()) continue;
+                addWaitingFaces();
+                readLine();
+            }
             addWaitingFaces();
-            readLine();
-        }
-        addWaitingFaces();
+        } while (nextPart());
         readLastLibraryAgain();
         mesh.build();
     }
@@ -490,15 +501,14 @@ class ObjReader {
     static constexpr std::uint32_t before_first = 0xFFFFFFFF;
 
     std::string_view path;
-    Parser parser;
     float scale;
     MeshBuilder mesh;
-    ObjVertices vertices{mesh, parser};
+    ObjVertices vertices{mesh, *this};
 
     WaitingFace waiting_faces[max_waiting];
     std::uint32_t num_waiting = 0;
     PlainFloats::LineShapes shapes;
-    std::uint32_t line_num = 0;
+    std::uint64_t line_num = 0;
     std::uint64_t num_uvs = 0;
     std::uint32_t vertex_indices[max_corners] = {};
     /// Not cleared between faces.
@@ -512,13 +522,14 @@ class ObjReader {
 
 void loadOBJ(std::string_view path, Mesh& mesh, float scale, bool parse_mtllib, MTLLibrary& library) {
     const MappedFile file(path);
-    ObjReader reader(path, parserOver(file), mesh, scale);
+    ObjReader reader(path, TextInParts(parserOver(file)), mesh, scale);
     if (parse_mtllib) reader.library = &library;
     reader.read();
 }
 
-void readOBJ(std::string_view text, Mesh& mesh, float scale, std::vector<std::string>& library_names) {
-    ObjReader reader({}, parserOver(text), mesh, scale);
+void readOBJ(std::string_view text, Mesh& mesh, float scale, std::vector<std::string>& library_names,
+             std::size_t part_size) {
+    ObjReader reader({}, TextInParts(text, part_size, isBetweenLines), mesh, scale);
     reader.library_names = &library_names;
     reader.read();
 }

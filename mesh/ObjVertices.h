@@ -6,7 +6,6 @@
 
 #include "mesh/MeshBuilder.h"
 #include "mesh/RecordAppender.h"
-#include "utils/Parser.h"
 #include "utils/PlatformUtils.h"
 
 #include <cstddef>
@@ -100,8 +99,8 @@ class ObjVertices {
     /// The second half of the key of a corner without a normal: it shares its vertex with normal 0.
     static constexpr std::uint32_t key_without_normal = 0;
 
-    /// Vertices are added to `builder`. `text` is the cursor of the text that is read.
-    ObjVertices(MeshBuilder& builder, const Parser& text)
+    /// Vertices are added to `builder`. `text` is the text that is read.
+    ObjVertices(MeshBuilder& builder, const TextInParts& text)
         : mesh(builder), positions(position_list, &text), normals(normal_list, &text), uses(use_list) {}
 
     void addPosition(const Vec3f& position) { positions.append(position); }

@@ -4,7 +4,7 @@
 #include "velmarmemory.h"
 #include "velmarvector.h"
 
-#include "utils/Parser.h"
+#include "mesh/TextInParts.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -20,9 +20,9 @@ namespace Velmar {
 template <class T>
 class RecordAppender {
   public:
-    /// `text` is the cursor of the text that the records are read from, if there is one. How far it has been read
-    /// forecasts how many records are to come.
-    explicit RecordAppender(Vector<T>& filled, const Parser* read_text = nullptr)
+    /// `text` is the text that the records are read from, if there is one. How far it has been read forecasts how many
+    /// records are to come.
+    explicit RecordAppender(Vector<T>& filled, const TextInParts* read_text = nullptr)
         : records(filled), text(read_text), first(filled.data()), count(filled.size()), reserved(count),
           initial_capacity(filled.capacity()) {}
     ~RecordAppender() { records.resizeUninitialized(count); }
@@ -87,9 +87,10 @@ class RecordAppender {
         const std::uint64_t appended = count - first_count;
         if (text == nullptr || appended < min_sample) return growTo(count + 1);
 
-        const std::uint64_t read = std::max<std::uint64_t>(text->pos - first_offset, 1);
-        const std::uint64_t rest = text->size - text->pos;
-        const std::uint64_t to_come = rest * appended / read;
+        const std::uint64_t read = std::max<std::uint64_t>(text->getPosition() - first_offset, 1);
+        // The product of two of these may have more than 64 bits.
+        const double to_come_per_read = static_cast<double>(text->getRest()) / static_cast<double>(read);
+        const auto to_come = static_cast<std::uint64_t>(to_come_per_read * static_cast<double>(appended));
         std::uint64_t forecast = count + to_come + to_come / 64 + 16;
         if (appended < reliable_sample) forecast = std::min<std::uint64_t>(forecast, 8 * count);
         try {
@@ -119,20 +120,20 @@ class RecordAppender {
 
     void startCounting() {
         if (text == nullptr || first_offset != not_started) return;
-        first_offset = text->pos;
+        first_offset = text->getPosition();
         first_count = count;
     }
 
-    static constexpr std::uint32_t not_started = 0xFFFFFFFF;
+    static constexpr std::uint64_t not_started = 0xFFFFFFFFFFFFFFFF;
 
     Vector<T>& records;
-    const Parser* text;
+    const TextInParts* text;
     T* first;
     std::size_t count;
     std::size_t reserved;
     std::size_t initial_capacity;
     std::size_t first_count = 0;
-    std::uint32_t first_offset = not_started;
+    std::uint64_t first_offset = not_started;
 };
 
 } // namespace Velmar

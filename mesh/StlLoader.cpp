@@ -20,14 +20,29 @@ namespace Velmar {
 
 namespace {
 
-constexpr std::string_view text_magic = "solid";
-
 [[noreturn]] void throwTooSmall() {
     throw Velmar::Exception("Invalid file.  (file size too small)");
 }
 
+[[noreturn]] void throwTooMany() {
+    throw Velmar::Exception("Invalid file.  (too many triangles)");
+}
+
+bool isText(std::string_view content) {
+    constexpr std::string_view magic = "solid";
+    if (content.size() < magic.size()) throwTooSmall();
+    return content.starts_with(magic);
+}
+
+/// Between two lines of which the second begins with "facet".
+bool isBetweenFacets(std::string_view text, std::size_t offset) {
+    if (!isLineStart(text, offset)) return false;
+    const std::size_t word = text.find_first_not_of(" \t", offset);
+    return word != std::string_view::npos && text.substr(word).starts_with("facet");
+}
+
 /// 80 bytes of header and a count; then for each triangle a normal, three vertices and two bytes, all unaligned.
-void readBinary(std::span<const std::uint8_t> file, Mesh& mesh, float scale) {
+void readBinary(std::string_view file, Mesh& mesh, float scale) {
     constexpr std::size_t count_offset = 80;
     constexpr std::size_t header_size = 84;
     constexpr std::size_t record_size = 50;
@@ -37,14 +52,13 @@ void readBinary(std::span<const std::uint8_t> file, Mesh& mesh, float scale) {
     std::uint32_t count = 0;
     std::memcpy(&count, file.data() + count_offset, sizeof count);
     if (file.size() < header_size + std::uint64_t{count} * record_size) throwTooSmall();
-    if (count > std::numeric_limits<std::uint32_t>::max() / 3)
-        throw Velmar::Exception("Invalid file.  (too many triangles)");
+    if (count > std::numeric_limits<std::uint32_t>::max() / 3) throwTooMany();
 
     Vector<Vec3f> vertices;
     Vector<MeshTriangle> triangles;
     vertices.resizeUninitialized(std::size_t{3} * count);
     triangles.resizeUninitialized(count);
-    const std::uint8_t* record = file.data() + header_size;
+    const char* record = file.data() + header_size;
     Vec3f* vertex = vertices.data();
     MeshTriangle* triangle = triangles.data();
     for (std::uint32_t i = 0; i < count; ++i, record += record_size) {
@@ -94,10 +108,10 @@ class Separator {
     std::size_t size = 0;
 };
 
-class TextReader {
+class TextReader : TextInParts {
   public:
-    TextReader(Parser text, Mesh& filled_mesh, float position_scale)
-        : parser(text), mesh(filled_mesh, &parser), scale(position_scale) {}
+    TextReader(const TextInParts& text, Mesh& filled_mesh, float position_scale)
+        : TextInParts(text), mesh(filled_mesh, this), scale(position_scale) {}
     TextReader(const TextReader&) = delete;
     TextReader& operator=(const TextReader&) = delete;
 
@@ -106,17 +120,25 @@ class TextReader {
         parser.advancePastLineEnd();
         skipBlanks();
         Parser::Token keyword;
-        if (!parser.parseAlpha(keyword)) throw Velmar::Exception("Invalid file, expected 'facet' or 'endsolid'");
+        if (!parseKeyword(keyword)) throw Velmar::Exception("Invalid file, expected 'facet' or 'endsolid'");
         while (keyword == "facet") {
             readFacetsOfKnownForm();
             if (!readPlainFacet()) readFacet();
-            parser.parseAlpha(keyword);
+            parseKeyword(keyword);
         }
         if (!(keyword == "endsolid")) throwExpected("endsolid");
         mesh.build();
     }
 
   private:
+    bool parseKeyword(Parser::Token& keyword) {
+        if (nextPart()) {
+            if (mesh.numVertices() > max_vertices) throwTooMany();
+            skipBlanks();
+        }
+        return parser.parseAlpha(keyword);
+    }
+
     /// Reads facets, from after the first word of one, that have the separators of the last plain one. The cursor
     /// then is after that word of the next one.
     void readFacetsOfKnownForm() {
@@ -259,8 +281,9 @@ class TextReader {
     /// More than is read of a plain facet: words, numbers and whitespace.
     static constexpr std::uint32_t plain_reach = 128 + 4 * PlainFloats::reach + 7 * max_plain_whitespace;
     static constexpr char normal_word[] = " normal ";
+    /// The indices of those of the next part must have 32 bits too.
+    static constexpr std::size_t max_vertices = std::numeric_limits<std::uint32_t>::max() / 2;
 
-    Parser parser;
     MeshBuilder mesh;
     float scale;
     PlainFloats::LineShapes shapes;
@@ -276,11 +299,17 @@ class TextReader {
 
 void loadSTL(std::string_view path, Mesh& mesh, float scale) {
     const MappedFile file(path);
-    if (file.getSize() < text_magic.size()) throwTooSmall();
-    if (file.getText().starts_with(text_magic))
-        TextReader(parserOver(file), mesh, scale).read();
+    if (isText(file.getText()))
+        TextReader(TextInParts(parserOver(file)), mesh, scale).read();
     else
-        readBinary(file.getBytes(), mesh, scale);
+        readBinary(file.getText(), mesh, scale);
+}
+
+void readSTL(std::string_view content, Mesh& mesh, float scale, std::size_t part_size) {
+    if (isText(content))
+        TextReader(TextInParts(content, part_size, isBetweenFacets), mesh, scale).read();
+    else
+        readBinary(content, mesh, scale);
 }
 
 } // namespace Velmar

@@ -1,5 +1,5 @@
 #include "tests/fuzz/support/ReadMesh.h"
-#include "tests/support/PlyPaths.h"
+#include "tests/support/ReaderPaths.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using TestSupport::PlainPly;

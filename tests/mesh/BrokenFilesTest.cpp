@@ -6,7 +6,7 @@
 #include "mesh/MeshReaders.h"
 #include "mesh/VmmeshFile.h"
 #include "tests/support/MeshSupport.h"
-#include "tests/support/PlyPaths.h"
+#include "tests/support/ReaderPaths.h"
 #include "tests/support/SpecialFloats.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"

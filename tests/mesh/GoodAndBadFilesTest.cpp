@@ -6,11 +6,13 @@
 #include "mesh/MeshReaders.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/MeshSupport.h"
+#include "tests/support/ReaderPaths.h"
 
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -136,8 +138,27 @@ TEST_P(BadFile, IsRefusedWithTheErrorNextToIt) {
     EXPECT_EQ(load(GetParam(), mesh), readFileBytes(GetParam().string() + ".error"));
 }
 
+/// Those of which a reader takes the text in parts.
+std::vector<fs::path> filesInParts() {
+    std::vector<fs::path> files = filesWith("good", ".mesh");
+    std::ranges::copy(filesWith("bad", ".error"), std::back_inserter(files));
+    std::erase_if(files, [](const fs::path& file) { return file.extension() != ".obj" && file.extension() != ".stl"; });
+    return files;
+}
+
+class FileInParts : public testing::TestWithParam<fs::path> {};
+
+TEST_P(FileInParts, IsReadAsTheWholeOne) {
+    const std::string content = readFileBytes(GetParam().string());
+    const auto isSame =
+        GetParam().extension() == ".obj" ? TestSupport::isOBJSameInParts : TestSupport::isSTLSameInParts;
+    for (const std::size_t part_size : {1, 2, 3, 50, 200, 1000})
+        EXPECT_TRUE(isSame(content, part_size)) << part_size;
+}
+
 INSTANTIATE_TEST_SUITE_P(Files, GoodFile, testing::ValuesIn(filesWith("good", ".mesh")), caseName);
 INSTANTIATE_TEST_SUITE_P(Files, BadFile, testing::ValuesIn(filesWith("bad", ".error")), caseName);
+INSTANTIATE_TEST_SUITE_P(Files, FileInParts, testing::ValuesIn(filesInParts()), caseName);
 
 } // namespace
 

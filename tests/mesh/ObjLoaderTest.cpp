@@ -267,6 +267,16 @@ TEST(ObjLoader, EndsWithTheLibraryThatItsFileNamesLast) {
     EXPECT_EQ(library.materials[0].name, "a");
 }
 
+TEST(ObjLoader, CountsLinesThroughAllPartsOfAText) {
+    const std::string text = "v 1 2 3\r\n# a \\\r\nv 1 \\\r\n 2 3\r\n\r\nv 1 2\r\n";
+    for (std::size_t part_size = 1; part_size <= text.size(); ++part_size) {
+        Mesh mesh;
+        std::vector<std::string> library_names;
+        EXPECT_EQ(messageOf<Velmar::Exception>([&] { readOBJ(text, mesh, 1.0f, library_names, part_size); }),
+                  "Parse error while reading position on line 5");
+    }
+}
+
 TEST(ObjLoader, SurvivesEveryCutOfAFile) {
     const std::string text = "mtllib a.mtl\n" + four + seven_uvs + three_normals +
                              "usemtl m\nf 1/1/1 2/2/2 3/3/3\nf -1/-1/-1 -2/-2/-2 -3/-3/-3 \\\n 1/1/1\nf 1//3 2//2 3//1";

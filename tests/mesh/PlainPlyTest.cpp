@@ -1,6 +1,6 @@
 /// PLY files have a fast path for those of the usual form, and RPly for all others. Both must give the same.
 
-#include "tests/support/PlyPaths.h"
+#include "tests/support/ReaderPaths.h"
 
 #include <algorithm>
 #include <bit>

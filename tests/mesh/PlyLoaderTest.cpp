@@ -3,7 +3,7 @@
 #include "mesh/Mesh.h"
 #include "mesh/MeshReaders.h"
 #include "tests/support/MeshSupport.h"
-#include "tests/support/PlyPaths.h"
+#include "tests/support/ReaderPaths.h"
 #include "tests/support/System.h"
 #include "tests/support/TextFile.h"
 #include "tests/support/Throws.h"

@@ -134,6 +134,19 @@ TEST(StlLoader, SurvivesEveryCutOfAText) {
     }
 }
 
+TEST(StlLoader, ReadsATextInPartsOfWholeFacets) {
+    const std::string text = "solid facet\n" + facet + "\t" + facet + "\r\n" + facet + "endsolid s";
+    Mesh whole;
+    loadStlBytes(text, whole);
+    ASSERT_EQ(whole.triangles.size(), 3u);
+    for (std::size_t part_size = 1; part_size <= text.size(); ++part_size) {
+        Mesh mesh;
+        readSTL(text, mesh, 1.0f, part_size);
+        EXPECT_EQ(bytesOf(mesh.verts), bytesOf(whole.verts));
+        EXPECT_EQ(bytesOf(mesh.triangles), bytesOf(whole.triangles));
+    }
+}
+
 TEST(StlLoader, PassesTheMappingsFailureOn) {
     const TempDir dir;
     const std::string path = dir.file("missing.stl");

@@ -4,11 +4,13 @@
 #include "velmarstring.h"
 
 #include "mesh/Mesh.h"
+#include "mesh/MeshReaders.h"
 #include "mesh/PlyInput.h"
 
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace TestSupport {
 
@@ -69,6 +71,29 @@ inline PlainPly comparePlyPaths(std::string_view file, float scale) {
         Details::messageOfReading([&] { Velmar::readPlyByRPly(header, file, "a.ply", by_rply, scale); });
     return message == rply_message && Details::areSame(plain, by_rply) ? PlainPly::same_as_rply
                                                                        : PlainPly::different_from_rply;
+}
+
+/// Whether the content of an OBJ or STL file gives the same mesh or the same message in parts of about `part_size`
+/// bytes as at once.
+template <class Reader>
+bool isSameInParts(Reader read, std::size_t part_size) {
+    Velmar::Mesh whole;
+    Velmar::Mesh in_parts;
+    const std::string message = Details::messageOfReading([&] { read(whole, Velmar::TextInParts::default_part_size); });
+    return message == Details::messageOfReading([&] { read(in_parts, part_size); }) &&
+           Details::areSame(whole, in_parts);
+}
+inline bool isOBJSameInParts(std::string_view content, std::size_t part_size) {
+    return isSameInParts(
+        [&](Velmar::Mesh& mesh, std::size_t size) {
+            std::vector<std::string> library_names;
+            Velmar::readOBJ(content, mesh, 0.5f, library_names, size);
+        },
+        part_size);
+}
+inline bool isSTLSameInParts(std::string_view content, std::size_t part_size) {
+    return isSameInParts([&](Velmar::Mesh& mesh, std::size_t size) { Velmar::readSTL(content, mesh, 0.5f, size); },
+                         part_size);
 }
 
 } // namespace TestSupport

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "velmarexceptions.h"
+
+#include "utils/Parser.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace Velmar {
+
+/// The text of a mesh file, read by a parser. The offsets of a parser have 32 bits, so a large text is read in parts,
+/// one after another.
+class TextInParts {
+  public:
+    static constexpr std::size_t default_part_size = std::size_t{1} << 30U;
+
+    /// Whether a text may be cut at an offset that is neither its start nor its end, so that what precedes it is read
+    /// in the same way without what follows, and the other way round.
+    using CanBeCut = bool (*)(std::string_view text, std::size_t offset);
+
+    /// A text that one parser reaches.
+    explicit TextInParts(Parser whole) : parser(whole), all(whole.text, whole.size) {}
+
+    /// A text of any size, in parts of `part_size` bytes or the next size at which it can be cut.
+    /// Throws `Velmar::Exception` when it can't be cut for 4 GiB.
+    TextInParts(std::string_view whole, std::size_t size_of_parts, CanBeCut canBeCutAt)
+        : parser(nullptr, 0), all(whole), part_size(size_of_parts), canBeCut(canBeCutAt) {
+        startPart(0);
+    }
+
+    /// Lets the parser continue with the next part, if it is at the end of one and there is another.
+    bool nextPart() {
+        if (!parser.atEnd() || getRest() == 0) return false;
+        startPart(getPosition());
+        return true;
+    }
+
+    /// How many bytes of the whole text were read, and how many weren't.
+    std::uint64_t getPosition() const { return part_start + parser.pos; }
+    std::uint64_t getRest() const { return all.size() - getPosition(); }
+
+    /// Of the present part.
+    Parser parser;
+
+  private:
+    void startPart(std::size_t start) {
+        const std::size_t size = findPartEnd(start) - start;
+        if (size > std::numeric_limits<std::uint32_t>::max())
+            throw Velmar::Exception("A line is too long: " + std::to_string(size) + " bytes.");
+        part_start = start;
+        parser = parserOver(all.substr(start, size));
+    }
+
+    std::size_t findPartEnd(std::size_t start) const {
+        if (all.size() - start <= part_size) return all.size();
+        const std::size_t wanted = start + std::max<std::size_t>(part_size, 1);
+        for (std::size_t end = wanted; end > start; --end)
+            if (canBeCut(all, end)) return end;
+        for (std::size_t end = wanted + 1; end < all.size(); ++end)
+            if (canBeCut(all, end)) return end;
+        return all.size();
+    }
+
+    std::string_view all;
+    std::size_t part_start = 0;
+    std::size_t part_size = 0;
+    CanBeCut canBeCut = nullptr;
+};
+
+/// Whether a line begins at an offset that isn't the start of a text.
+inline bool isLineStart(std::string_view text, std::size_t offset) {
+    const char before = text[offset - 1];
+    return before == '\n' || (before == '\r' && text[offset] != '\n');
+}
+
+} // namespace Velmar
