@@ -29,13 +29,15 @@ namespace {
 
 constexpr std::uint32_t max_corners = 256;
 
-/// Between two lines, unless a backslash may join them.
-bool isBetweenLines(std::string_view text, std::size_t offset) {
-    if (!isLineStart(text, offset)) return false;
-    std::size_t line = offset - 1;
-    while (line > 0 && !isLineStart(text, line))
-        if (text[--line] == '\\') return false;
-    return true;
+/// Parts end between two lines, unless a backslash may join them.
+std::size_t findOBJPartEnd(std::string_view text, std::size_t start, std::size_t wanted) {
+    return findCut(text, start, wanted, [text](std::size_t offset) {
+        if (!isLineStart(text, offset)) return false;
+        std::size_t line = offset - 1;
+        while (line > 0 && !isLineStart(text, line))
+            if (text[--line] == '\\') return false;
+        return true;
+    });
 }
 
 class ObjReader : TextInParts {
@@ -529,7 +531,7 @@ void loadOBJ(std::string_view path, Mesh& mesh, float scale, bool parse_mtllib, 
 
 void readOBJ(std::string_view text, Mesh& mesh, float scale, std::vector<std::string>& library_names,
              std::size_t part_size) {
-    ObjReader reader({}, TextInParts(text, part_size, isBetweenLines), mesh, scale);
+    ObjReader reader({}, TextInParts(text, part_size, findOBJPartEnd), mesh, scale);
     reader.library_names = &library_names;
     reader.read();
 }

@@ -34,11 +34,13 @@ bool isText(std::string_view content) {
     return content.starts_with(magic);
 }
 
-/// Between two lines of which the second begins with "facet".
-bool isBetweenFacets(std::string_view text, std::size_t offset) {
-    if (!isLineStart(text, offset)) return false;
-    const std::size_t word = text.find_first_not_of(" \t", offset);
-    return word != std::string_view::npos && text.substr(word).starts_with("facet");
+/// Parts end between two lines of which the second begins with "facet".
+std::size_t findSTLPartEnd(std::string_view text, std::size_t start, std::size_t wanted) {
+    return findCut(text, start, wanted, [text](std::size_t offset) {
+        if (!isLineStart(text, offset)) return false;
+        const std::size_t word = text.find_first_not_of(" \t", offset);
+        return word != std::string_view::npos && text.substr(word).starts_with("facet");
+    });
 }
 
 /// 80 bytes of header and a count; then for each triangle a normal, three vertices and two bytes, all unaligned.
@@ -307,7 +309,7 @@ void loadSTL(std::string_view path, Mesh& mesh, float scale) {
 
 void readSTL(std::string_view content, Mesh& mesh, float scale, std::size_t part_size) {
     if (isText(content))
-        TextReader(TextInParts(content, part_size, isBetweenFacets), mesh, scale).read();
+        TextReader(TextInParts(content, part_size, findSTLPartEnd), mesh, scale).read();
     else
         readBinary(content, mesh, scale);
 }

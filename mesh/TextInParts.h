@@ -19,17 +19,18 @@ class TextInParts {
   public:
     static constexpr std::size_t default_part_size = std::size_t{1} << 30U;
 
-    /// Whether a text may be cut at an offset that is neither its start nor its end, so that what precedes it is read
-    /// in the same way without what follows, and the other way round.
-    using CanBeCut = bool (*)(std::string_view text, std::size_t offset);
+    /// Where a part ends that begins at `start`: near `wanted`, which is before the end of the text. What precedes it
+    /// must be read in the same way without what follows, and the other way round.
+    using FindPartEnd = std::size_t (*)(std::string_view text, std::size_t start, std::size_t wanted);
 
     /// A text that one parser reaches.
     explicit TextInParts(Parser whole) : parser(whole), all(whole.text, whole.size) {}
 
-    /// A text of any size, in parts of `part_size` bytes or the next size at which it can be cut.
-    /// Throws `Velmar::Exception` when it can't be cut for 4 GiB.
-    TextInParts(std::string_view whole, std::size_t size_of_parts, CanBeCut canBeCutAt)
-        : parser(nullptr, 0), all(whole), part_size(size_of_parts), canBeCut(canBeCutAt) {
+    /// A text of any size, in parts of about `size_of_parts` bytes.
+    /// Throws `Velmar::Exception` for a part of 4 GiB, and so does `nextPart`.
+    TextInParts(std::string_view whole, std::size_t size_of_parts, FindPartEnd findEndOfPart)
+        : parser(nullptr, 0), all(whole), part_size(std::max<std::size_t>(size_of_parts, 1)),
+          findPartEnd(findEndOfPart) {
         startPart(0);
     }
 
@@ -49,28 +50,29 @@ class TextInParts {
 
   private:
     void startPart(std::size_t start) {
-        const std::size_t size = findPartEnd(start) - start;
+        const bool is_last = all.size() - start <= part_size;
+        const std::size_t size = (is_last ? all.size() : findPartEnd(all, start, start + part_size)) - start;
         if (size > std::numeric_limits<std::uint32_t>::max())
             throw Velmar::Exception("A line is too long: " + std::to_string(size) + " bytes.");
         part_start = start;
         parser = parserOver(all.substr(start, size));
     }
 
-    std::size_t findPartEnd(std::size_t start) const {
-        if (all.size() - start <= part_size) return all.size();
-        const std::size_t wanted = start + std::max<std::size_t>(part_size, 1);
-        for (std::size_t end = wanted; end > start; --end)
-            if (canBeCut(all, end)) return end;
-        for (std::size_t end = wanted + 1; end < all.size(); ++end)
-            if (canBeCut(all, end)) return end;
-        return all.size();
-    }
-
     std::string_view all;
     std::size_t part_start = 0;
     std::size_t part_size = 0;
-    CanBeCut canBeCut = nullptr;
+    FindPartEnd findPartEnd = nullptr;
 };
+
+/// The end of a part of a text (see `TextInParts::FindPartEnd`) that may be cut where `canBeCut(offset)` is true.
+template <class CanBeCut>
+std::size_t findCut(std::string_view text, std::size_t start, std::size_t wanted, CanBeCut canBeCut) {
+    for (std::size_t end = wanted; end > start; --end)
+        if (canBeCut(end)) return end;
+    for (std::size_t end = wanted + 1; end < text.size(); ++end)
+        if (canBeCut(end)) return end;
+    return text.size();
+}
 
 /// Whether a line begins at an offset that isn't the start of a text.
 inline bool isLineStart(std::string_view text, std::size_t offset) {

@@ -118,11 +118,11 @@ def full_disk():
         mesh.write("mesh.vmmesh")
 
 
-def large_file():
-    with open("large.obj", "wb") as file:
+def large_material_library():
+    with open("large.mtl", "wb") as file:
         # Without content, which takes no space on a disk.
         file.truncate(2**32)
-    velmar.Mesh.load("large.obj")
+    load("large.obj", "mtllib large.mtl\n")()
 
 
 def name_that_is_too_long():
@@ -202,7 +202,7 @@ PROVOKED = {
 
     "Unsupported mesh format '<extension>'.": (MESH, load("mesh.xyz", "")),
     "Failed to open file '<path>': <system>": (FILE, lambda: velmar.Mesh.load("nowhere.obj")),
-    "File is too large to be parsed: <size> bytes, at most <size> are possible.": (MESH, large_file),
+    "File is too large to be parsed: <size> bytes, at most <size> are possible.": (MESH, large_material_library),
     "Triangle vertex index is out of bounds. (vertex index=<index>)": (MESH, mesh_with_faces([(0, 1, 9)])),
     "Quad uv index is out of bounds. (uv index=<index>)": (MESH, mesh_with_faces([(0, 1, 2, 3)], pairs=3)),
     "Invalid normal": (MESH, load("normal.obj", "v 0 0 0\nvn 1e39 0 0\nf 1//1 1//1 1//1\n")),
@@ -259,6 +259,7 @@ UNREACHABLE = {
         "fstat failed: <system>", "mmap failed: <system>"},
     "the kit reads PLY files by a reader with texts of its own": {
         "could not open file '<path>' for reading.", "could not read header.", "read of body failed."},
+    "a file of 4 GiB has to be searched for a line end": {"A line is too long: <size> bytes."},
     "a file of more than 71 GB is needed": {"Invalid file.  (too many triangles)"},
 }
 UNREACHABLE_SECTIONS = {

@@ -1,5 +1,6 @@
 #include "velmarexceptions.h"
 
+#include "mesh/TextInParts.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
 #include "utils/MappedFile.h"
@@ -22,6 +23,27 @@ TEST(ParserOver, RefusesAFileThatItsOffsetsCantReach) {
     } catch (const Velmar::Exception& failure) {
         EXPECT_EQ("File is too large to be parsed: 4294967296 bytes, at most 4294967295 are possible.",
                   failure.getMessage());
+    }
+}
+
+TEST(TextInParts, RefusesAPartThatNoParserReaches) {
+    const TestSupport::TempDir dir;
+    const std::string path = dir.file("large");
+    TestSupport::writeFileBytes(path, "v");
+    std::filesystem::resize_file(TestSupport::systemPath(path), std::uintmax_t{1} << 33);
+    const MappedFile file(path);
+    const auto findPartEnd = [](std::string_view, std::size_t start, std::size_t) {
+        return start == 0 ? (std::size_t{1} << 32) - 1 : std::size_t{1} << 33;
+    };
+    Velmar::TextInParts text(file.getText(), 1, findPartEnd);
+    EXPECT_EQ(text.parser.size, 0xFFFFFFFF);
+    EXPECT_FALSE(text.nextPart()) << "the first isn't read yet";
+    text.parser.pos = text.parser.size;
+    try {
+        text.nextPart();
+        FAIL() << "nothing was thrown";
+    } catch (const Velmar::Exception& failure) {
+        EXPECT_EQ("A line is too long: 4294967297 bytes.", failure.getMessage());
     }
 }
 
