@@ -5,11 +5,17 @@
 /// Prints a Markdown table of the shortest processor times of ROUNDS (10) rounds, in which each reader reads each file
 /// in turn, for the files whose names contain FILTER.
 
+#include "velmarbulkmemory.h"
+
 #include "bench/support/BenchMesh.h"
 #include "bench/support/MeshTexts.h"
 #include "mesh/Mesh.h"
 #include "mesh/MeshReaders.h"
 #include "mesh/PlyInput.h"
+#include "utils/MappedFile.h"
+#include "utils/numbers/Digits.h"
+#include "utils/numbers/LineShapes.h"
+#include "utils/numbers/PlainFloats.h"
 
 #ifdef VELMAR_BENCH_ASSIMP
 #include <assimp/Importer.hpp>
@@ -17,11 +23,14 @@
 #endif
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <limits>
+#include <new>
 #include <rply.h>
 #include <stdexcept>
 #include <string>
@@ -34,6 +43,7 @@
 #include <windows.h>
 #else
 #include <ctime>
+#include <sys/mman.h>
 #endif
 
 using namespace BenchSupport;
@@ -157,6 +167,117 @@ void readBytes(const std::string& path) {
     std::fclose(file);
 }
 
+volatile float kept_number;
+volatile std::uint32_t kept_sum;
+
+/// Only what takes the least: the numbers and indices of a text of `MeshTexts.h`, by the functions of our readers, and
+/// nothing made of them.
+class NumbersAlone {
+  public:
+    explicit NumbersAlone(std::string_view text)
+        : p(text.data()), end(p + text.size() - std::min<std::size_t>(text.size(), 2 * PlainFloats::reach)) {}
+
+    void readObj() {
+        while (p < end) {
+            if (*p == 'v' && p[1] == 't')
+                p = PlainFloats::scan(p + 3, pair);
+            else if (*p == 'v')
+                p = shapes.scan(p + (p[1] == 'n' ? 3 : 2), triple);
+            else if (*p == 'f')
+                passFace();
+            while (*p != '\n')
+                ++p;
+            ++p;
+        }
+        keep();
+    }
+
+    void readStl() {
+        p += std::string_view("solid mesh\n").size();
+        while (p < end) {
+            p += std::string_view("facet normal 0 0 0\n outer loop\n").size();
+            for (int corner = 0; corner < 3; ++corner) {
+                p = shapes.scan(p + std::string_view("  vertex ").size(), triple);
+                ++p;
+            }
+            p += std::string_view(" endloop\nendfacet\n").size();
+        }
+        keep();
+    }
+
+  private:
+    void passFace() {
+        ++p;
+        while (*p == ' ') {
+            ++p;
+            std::uint64_t stops = Digits::findOthers<32>(p);
+            const auto take = [&] {
+                const auto stop = static_cast<std::size_t>(Velmar::lowestBit(stops));
+                stops &= stops - 1;
+                return stop;
+            };
+            const std::size_t a = take();
+            if (p[a] != '/') {
+                sum += Digits::join(Digits::makePair(p, a, p, 0), Digits::makePair(p, 0, p, 0)).get<0>();
+                p += a;
+                continue;
+            }
+            const std::size_t b = take();
+            const std::size_t c = take();
+            const Digits::Four indices = Digits::join(Digits::makePair(p, a, p + a + 1, b - a - 1),
+                                                      Digits::makePair(p + b + 1, c - b - 1, p, 0));
+            sum += indices.get<0>() + indices.get<1>() + indices.get<2>();
+            p += c;
+        }
+    }
+
+    /// Otherwise the compiler might leave out all.
+    void keep() const {
+        kept_number = triple[0] + triple[1] + triple[2] + pair[0] + pair[1];
+        kept_sum = sum;
+    }
+
+    const char* p;
+    const char* end;
+    PlainFloats::LineShapes shapes;
+    float triple[3] = {};
+    float pair[2] = {};
+    std::uint32_t sum = 0;
+};
+
+Reader numbersOfObj() {
+    return {"numbers alone", [](const std::string& path) { NumbersAlone(MappedFile(path).getText()).readObj(); }};
+}
+
+Reader numbersOfStl() {
+    return {"numbers alone", [](const std::string& path) { NumbersAlone(MappedFile(path).getText()).readStl(); }};
+}
+
+/// What the system takes for so much new memory, which any mesh needs.
+Reader newMemory(std::size_t bytes) {
+    return {"new memory", [bytes](const std::string&) {
+#ifdef _WIN32
+                auto* const memory =
+                    static_cast<char*>(VirtualAlloc(nullptr, bytes, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+                if (memory == nullptr) throw std::bad_alloc();
+#else
+                void* const block =
+                    mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+                if (block == MAP_FAILED) throw std::bad_alloc();
+                Velmar::preferLargePages(block, bytes);
+                auto* const memory = static_cast<char*>(block);
+#endif
+                constexpr std::size_t page = 4096;
+                for (std::size_t at = 0; at < bytes; at += page)
+                    *const_cast<volatile char*>(memory + at) = 1;
+#ifdef _WIN32
+                VirtualFree(memory, 0, MEM_RELEASE);
+#else
+                munmap(block, bytes);
+#endif
+            }};
+}
+
 void compareOn(const std::string& mesh_name, const Mesh& mesh, std::string_view filter, int rounds) {
     const auto run = [&](const std::string& file, const auto& make, const char* extension,
                          std::vector<Reader> readers) {
@@ -164,12 +285,17 @@ void compareOn(const std::string& mesh_name, const Mesh& mesh, std::string_view 
         readers.push_back({"`fread`", readBytes});
         if (name.find(filter) != std::string::npos) compare(name, make(), extension, readers, rounds);
     };
+    const std::size_t points = mesh.verts.size() * sizeof(Velmar::Vec3f);
+    const std::size_t faces = mesh.triangles.size() * sizeof(Velmar::MeshTriangle);
+    const std::size_t uvs = mesh.verts.size() * sizeof(Velmar::Vec2f);
     run("OBJ, `v`, `f`", [&] { return makeObjText(mesh, ObjCorners::positions_only); }, ".obj",
-        {{"ours", readObj}, {"tinyobjloader", readByTinyObj}});
+        {{"ours", readObj}, {"tinyobjloader", readByTinyObj}, numbersOfObj(), newMemory(points + faces)});
     run("OBJ, `v`, `vt`, `vn`, `f`", [&] { return makeObjText(mesh, ObjCorners::positions_uvs_normals); }, ".obj",
-        {{"ours", readObj}, {"tinyobjloader", readByTinyObj}});
-    run("PLY, binary", [&] { return makeBinaryPly(mesh); }, ".ply", {{"ours", readPly}, {"RPly", readByRPly}});
-    run("PLY, text", [&] { return makePlyText(mesh); }, ".ply", {{"ours", readPly}, {"RPly", readByRPly}});
+        {{"ours", readObj}, {"tinyobjloader", readByTinyObj}, numbersOfObj(), newMemory(2 * points + uvs + faces)});
+    run("PLY, binary", [&] { return makeBinaryPly(mesh); }, ".ply",
+        {{"ours", readPly}, {"RPly", readByRPly}, newMemory(points + faces)});
+    run("PLY, text", [&] { return makePlyText(mesh); }, ".ply",
+        {{"ours", readPly}, {"RPly", readByRPly}, newMemory(points + faces)});
     std::vector<Reader> stl = {{"ours", readStl}};
 #ifdef VELMAR_BENCH_ASSIMP
     stl.push_back({"assimp", [](const std::string& path) {
@@ -177,6 +303,8 @@ void compareOn(const std::string& mesh_name, const Mesh& mesh, std::string_view 
                        if (importer.ReadFile(path, 0) == nullptr) throw std::runtime_error(importer.GetErrorString());
                    }});
 #endif
+    stl.push_back(numbersOfStl());
+    stl.push_back(newMemory(3 * mesh.triangles.size() * sizeof(Velmar::Vec3f) + faces));
     run(
         "STL, text", [&] { return makeStlText(mesh); }, ".stl", stl);
 }
