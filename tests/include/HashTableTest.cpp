@@ -118,4 +118,23 @@ TEST(HashTable, BucketsOfADoubledTableGrowAsAllVectors) {
     EXPECT_EQ(4U, bucketCapacity(table, 1));
 }
 
+TEST(HashTable, TheLastEntryOfTheBucketTakesThePlaceOfAnErasedOne) {
+    Table table;
+    for (const std::uint32_t key : {0U, 4U, 8U, 12U, 1U})
+        table.insert(key, static_cast<int>(key) * 10);
+    table.erase(4);
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 12, 8, 1}), keysInOrder(table));
+    EXPECT_EQ(4U, table.size());
+    EXPECT_EQ(nullptr, table.find(4));
+    ASSERT_NE(nullptr, table.find(12));
+    EXPECT_EQ(120, *table.find(12));
+}
+
+TEST(HashTable, ErasingAnAbsentKeyChangesNothing) {
+    Table table = tableOf(3);
+    table.erase(7);
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 1, 2}), keysInOrder(table));
+    EXPECT_EQ(3U, table.size());
+}
+
 } // namespace HashTableTests
