@@ -72,6 +72,20 @@ TEST(MeshCache, FindsAllEntriesAfterGrowingOftenAndHoldsEachOnce) {
     }
 }
 
+TEST(MeshCache, KeepsManyScalesOfOnePathApart) {
+    MeshCache cache;
+    std::vector<Reference<Mesh>> meshes;
+    // Ascending and descending, so that entries meet both smaller and larger scales on the way to their place.
+    for (int i = 0; i < 500; ++i) {
+        meshes.emplace_back(new Mesh);
+        cache.insert("a.obj", i % 2 == 0 ? 1000.0 - i : 1.0 + i, meshes.back());
+    }
+    EXPECT_EQ(cache.size(), 500u);
+    for (int i = 0; i < 500; ++i)
+        EXPECT_EQ(cache.find("a.obj", i % 2 == 0 ? 1000.0 - i : 1.0 + i),
+                  meshes[static_cast<std::size_t>(i)].getPointer());
+}
+
 TEST(MeshCache, ReleasesItsMeshesAtTheEnd) {
     const Reference<Mesh> mesh(new Mesh);
     {
