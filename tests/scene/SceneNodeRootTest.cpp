@@ -195,6 +195,18 @@ TEST_F(SceneNodeRootTest, ChangedNodesAreEnteredOnce) {
     EXPECT_EQ(node->getRefCount(), 2);
 }
 
+TEST_F(SceneNodeRootTest, ARemovedChildIsNoChangedNodeAnyMore) {
+    PlainNode* const removed = add(*root);
+    PlainNode* const kept = add(*root);
+    root->addChangedNode(removed);
+    root->addChangedNode(kept);
+    const Reference<PlainNode> held(removed);
+    EXPECT_TRUE(root->removeChildNode(*removed));
+    EXPECT_EQ(root->getChangedNodes().size(), 1u);
+    EXPECT_NE(root->getChangedNodes().find(Reference<SceneNode>(kept)), nullptr);
+    EXPECT_EQ(held->getRefCount(), 1);
+}
+
 TEST_F(SceneNodeRootTest, IsNeitherClonedNorTraversed) {
     EXPECT_EQ(root->clone().getPointer(), nullptr);
     TraversalState state(TraversalKind::OffsetUIDs, "", "");
