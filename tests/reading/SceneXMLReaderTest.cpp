@@ -6,6 +6,7 @@
 #include "scene/nodes/SceneNodeCamera.h"
 #include "scene/nodes/SceneNodeMesh.h"
 #include "scene/nodes/SceneNodeModel.h"
+#include "scene/nodes/SceneNodeSphere.h"
 #include "scene/reading/Markup.h"
 #include "tests/support/FileBytes.h"
 #include "tests/support/MemoryOStream.h"
@@ -60,6 +61,11 @@ std::vector<std::string> goldenDocuments() {
     for (const auto& entry : std::filesystem::directory_iterator(VELMAR_TEST_DATA "/golden"))
         if (entry.path().extension() == ".xml") texts.push_back(readFileBytes(entry.path().string()));
     return texts;
+}
+
+std::string sphereOf(int material_uid, int uid = 9) {
+    return "<sphere><uid>" + std::to_string(uid) + "</uid><name>s</name><radius>1</radius><material_uid>" +
+           std::to_string(material_uid) + "</material_uid></sphere>";
 }
 
 const std::string tonemapping =
@@ -221,6 +227,42 @@ TEST(SceneXMLReader, NodesOfOneUIDAllStay) {
     EXPECT_EQ(root->getNodeByUID(1), root->children()[1].getPointer());
 }
 
+TEST(SceneXMLReader, OfManyNodesWhoseUIDsCollideTheLastOfOneUIDIsBound) {
+    std::string nodes;
+    const auto addMaterial = [&](int uid, const std::string& name) {
+        nodes += "<material><uid>" + std::to_string(uid) + "</uid><name>" + name + "</name><diffuse/></material>";
+    };
+    for (int i = 1; i <= 200; ++i)
+        addMaterial(i * 65536, "first");
+    addMaterial(65536, "second");
+    addMaterial(3 * 65536, "third");
+    const auto root = parse(scene(nodes + sphereOf(65536) + sphereOf(2 * 65536) + sphereOf(3 * 65536) + sphereOf(7)));
+    const auto material_of = [&](std::size_t i) {
+        const auto& sphere = static_cast<const SceneNodeSphere&>(*root->children()[202 + i]);
+        return sphere.material ? toStdString(sphere.material->getName()) : "none";
+    };
+    EXPECT_EQ(material_of(0), "second");
+    EXPECT_EQ(material_of(1), "first");
+    EXPECT_EQ(material_of(2), "third");
+    EXPECT_EQ(material_of(3), "none");
+}
+
+TEST(SceneXMLReader, OnlyGeometryIsBoundAsTheGeometryOfAModel) {
+    const auto root =
+        parse(scene("<model2><uid>1</uid><name>m</name><geometry_uid>2</geometry_uid><pos>0 0 0</pos></model2>"
+                    "<material><uid>2</uid><name>a</name><diffuse/></material>"));
+    const auto& model = static_cast<const SceneNodeModel&>(*root->children()[0]);
+    EXPECT_FALSE(model.geometry);
+    EXPECT_EQ(model.geometry_uid, 2u);
+}
+
+TEST(SceneXMLReader, ANodeWithoutUIDGetsOneAboveAllThatWereGivenBefore) {
+    const std::string curve = "<curve1d><name>c</name><knots>0 1</knots><values>0 1</values></curve1d>";
+    const auto root = parse(scene(sphereOf(7, 5) + curve + sphereOf(7, 2) + curve));
+    EXPECT_EQ(root->children()[1]->getUID(), 6u);
+    EXPECT_EQ(root->children()[3]->getUID(), 7u);
+}
+
 TEST(SceneXMLReader, ErrorsNameLineAndColumn) {
     EXPECT_EQ(errorOf(""), "scene.xml:1:1: error: not a scene document: no element");
     EXPECT_EQ(errorOf("<html></html>"), "scene.xml:1:1: error: not a scene document: another root element");
@@ -240,6 +282,8 @@ TEST(SceneXMLReader, ErrorsNameLineAndColumn) {
     const std::string place = "scene.xml:3:16: error: ";
     EXPECT_EQ(error("<up>1 2</up>"), place + "'1 2' isn't a list of 3 numbers");
     EXPECT_EQ(error("<up>1 2 3 4</up>"), place + "'4' after the last number");
+    EXPECT_EQ(error("<up>1-2-3</up>"), place + "'1-2-3' isn't a list of 3 numbers");
+    EXPECT_EQ(error("<sensor_width>1,5</sensor_width>"), place + "'1,5' is no number, or out of range");
     EXPECT_EQ(error("<sensor_width>wide</sensor_width>"), place + "'wide' is no number, or out of range");
     EXPECT_EQ(error("<sensor_width>1e999</sensor_width>"), place + "'1e999' is no number, or out of range");
     EXPECT_EQ(error("<sensor_width><a/></sensor_width>"), "scene.xml:3:30: error: an element inside of a value");
