@@ -126,6 +126,14 @@ TEST(ForeignNodes, MoveTheirUIDsAndThoseThatTheyName) {
                              "<uids>8</uids><my_uid_list>9</my_uid_list><count>10</count><uid/></scatter>");
 }
 
+TEST(ForeignNodes, ACloneWritesTheSameElement) {
+    const std::string text = "<scatter><uid>7</uid><name>grass</name><density>3</density></scatter>";
+    const auto root = parse(text);
+    const Reference<SceneNode> copy = root->children()[0]->clone();
+    EXPECT_EQ(written(*copy), text);
+    EXPECT_EQ(copy->getType(), NodeType::Scatter);
+}
+
 TEST(ForeignNodes, AreNamedByMaterialsAfterAMove) {
     const auto root = parse(material("<diffuse/><scatter_uids><uid>2</uid></scatter_uids>") +
                             "<scatter><uid>2</uid><name/><material_uid>1</material_uid></scatter>");
