@@ -73,6 +73,24 @@ TEST(OrderedWork, DoesATaskThatExceedsTheMemoryAlone) {
         EXPECT_EQ(peakOf({1, 1, 50, 1, 1}, 4, 10), 50U);
 }
 
+TEST(OrderedWork, FinishesOneTaskAtATime) {
+    // The first is being finished while others are worked on, by a thread that must not finish any meanwhile.
+    std::atomic<std::size_t> worked = 0;
+    std::atomic<int> finishing = 0;
+    std::atomic<int> overlaps = 0;
+    const auto finish = [&](std::size_t) {
+        if (++finishing > 1) {
+            ++overlaps;
+        } else {
+            while (worked < 3)
+                std::this_thread::yield();
+        }
+        --finishing;
+    };
+    runInOrder({3, [](std::size_t) { return 0; }, [&](std::size_t) { ++worked; }, finish}, 2, unlimited);
+    EXPECT_EQ(overlaps, 0);
+}
+
 TEST(OrderedWork, IsDoneAtOnceWithoutTasks) {
     runInOrder({0, {}, {}, {}}, 4, unlimited);
 }
