@@ -4,6 +4,8 @@
 #include "tests/support/FileBytes.h"
 #include "tests/support/TempDir.h"
 
+#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <thread>
 
@@ -46,6 +48,16 @@ TEST(KitCalls, HandleOfAnotherKindIsRefused) {
     VelmarMesh* const mesh = newMesh();
     expectRefused(VelmarKit_Camera_SetUp(reinterpret_cast<VelmarCamera*>(mesh), 0, 0, 1), "camera isn't a camera");
     EXPECT_SUCCESS(VelmarKit_Mesh_Delete(mesh));
+}
+
+TEST(KitCalls, HandleWhoseCountCantBeOneIsRefused) {
+    // Memory that was freed and filled again: of the object only the reference count is looked at, its second word.
+    std::array<std::int64_t, 64> object = {};
+    auto* const camera = reinterpret_cast<VelmarCamera*>(object.data());
+    for (const std::int64_t count : {std::int64_t{-1}, std::int64_t{0x5555555555555555}, std::int64_t{1} << 41}) {
+        object[1] = count;
+        expectRefused(VelmarKit_Camera_SetUp(camera, 0, 0, 1), "camera was deleted");
+    }
 }
 
 TEST(KitCalls, NegativeCountsAndNullArraysAreRefused) {

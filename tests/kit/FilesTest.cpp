@@ -170,6 +170,20 @@ TEST(KitMeshFiles, ModelHasTheMaterialsAndColoursOfItsFile) {
     EXPECT_SUCCESS(VelmarKit_Scene_Delete(scene));
 }
 
+TEST(KitMeshFiles, FileWhoseFacesNameTooManyMaterialsIsNoModel) {
+    const TempDir dir;
+    VelmarMesh* const mesh = newTriangle();
+    constexpr std::uint32_t face[] = {0, 0, 1, 2, 0, 0, 0, 65536};
+    EXPECT_SUCCESS(VelmarKit_Mesh_AddFaces(mesh, 1, face));
+    EXPECT_SUCCESS(VelmarKit_Mesh_Build(mesh, nullptr));
+    EXPECT_SUCCESS(VelmarKit_Mesh_WriteToFile(mesh, dir.file("a.vmmesh").c_str()));
+    EXPECT_SUCCESS(VelmarKit_Mesh_Delete(mesh));
+    VelmarScene* const scene = newScene();
+    expectFailure(VelmarKit_Scene_LoadModel(scene, dir.file("a.vmmesh").c_str(), 1, nullptr), VELMARKIT_MESH_ERROR,
+                  "A face names material 65537");
+    EXPECT_SUCCESS(VelmarKit_Scene_Delete(scene));
+}
+
 TEST(KitMeshFiles, FailedModelLeavesTheSceneAsItWas) {
     VelmarScene* const scene = newScene();
     EXPECT_EQ(VelmarKit_Scene_LoadModel(scene, "no_such_file.obj", 1, nullptr), VELMARKIT_FILE_ERROR);

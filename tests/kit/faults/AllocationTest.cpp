@@ -1,6 +1,8 @@
 // Calls of the kit with each of their allocations failing, alone and with all that follow. Each call gives the status
 // of exhausted memory, and every handle is as it was.
 
+#include "api/Handles.h"
+#include "scene/nodes/SceneNodeMesh.h"
 #include "tests/faults/FailingAllocation.h"
 #include "tests/kit/Support.h"
 #include "tests/support/FileBytes.h"
@@ -8,6 +10,8 @@
 
 #include <functional>
 #include <memory>
+#include <string_view>
+#include <thread>
 
 using namespace TestSupport;
 using Faults::FailingAllocation;
@@ -171,6 +175,40 @@ TEST_P(EachAllocation, GivesItsStatusAndKeepsTheHandles) {
             ASSERT_LT(nth, 1000);
         }
     }
+}
+
+TEST(KitFaults, TextThatFoundNoMemoryIsForgottenWithTheNextFailure) {
+    Faults::prepareRuntime();
+    // A thread of its own, whose block for texts is still small.
+    std::thread([] {
+        EXPECT_NE(VelmarKit_create_plane(nullptr), VELMARKIT_SUCCESS);
+        const std::string long_path = std::string(400, 'x') + ".obj";
+        bool is_lost = false;
+        bool met = true;
+        for (std::int64_t nth = 1; met && !is_lost; ++nth) {
+            VelmarMesh* mesh = nullptr;
+            {
+                FailingAllocation fault(nth, Lasting::once);
+                EXPECT_NE(VelmarKit_Mesh_LoadFile(long_path.c_str(), 1, &mesh), VELMARKIT_SUCCESS);
+                met = fault.hasStruck();
+            }
+            is_lost = met && std::string_view(VelmarKit_LastError()).ends_with("also for the text of this failure.");
+        }
+        EXPECT_TRUE(is_lost);
+        expectRefused(VelmarKit_create_plane(nullptr), "scene is null");
+    }).join();
+}
+
+TEST(KitFaults, MeshNodeWithoutAMeshIsNamedBeforeAnythingIsWritten) {
+    const TempDir dir;
+    VelmarScene* const scene = newScene();
+    const Velmar::Reference<Velmar::SceneNodeMesh> node(new Velmar::SceneNodeMesh);
+    node->setName("Hollow");
+    Velmar::fromHandle(scene)->addChildNode(node);
+    expectFailure(VelmarKit_Scene_WriteToXML(scene, dir.file("a.xml").c_str()), VELMARKIT_DOCUMENT_ERROR,
+                  "Mesh node 'Hollow' has no mesh.");
+    EXPECT_TRUE(dir.names().empty());
+    EXPECT_SUCCESS(VelmarKit_Scene_Delete(scene));
 }
 
 INSTANTIATE_TEST_SUITE_P(KitFaults, EachAllocation, testing::ValuesIn(calls),
