@@ -207,6 +207,22 @@ TEST(PreviewMotion, TurningModelStaysOnItsCircle) {
     EXPECT_GT(nearest, 16 - 2.5) << "a chord would cut through at 11.3";
 }
 
+TEST(PreviewMotion, TurningModelTakesTheShorterWay) {
+    PreviewScene scene(64, 64);
+    SceneNodeModel* const model = scene.addSquare(0, 4, 0, 0.1, scene.addEmitter(1.0));
+    for (Vec3f& vertex : static_cast<SceneNodeMesh&>(*model->geometry).mesh->verts)
+        vertex.x += 1;
+    // Three quarters of a turn from the right over the top to below are one quarter the other way round.
+    KeyFrame frame = model->keyframes[0];
+    frame.axis = {0, 1, 0};
+    frame.angle = 1.5 * pi;
+    frame.time = 1;
+    model->keyframes.push_back(frame);
+    const RenderedPicture picture = renderPreview(scene, 64);
+    EXPECT_EQ(picture.mean(0, 0, 64, 30), 0.0);
+    EXPECT_GT(picture.mean(32, 32, 64, 64), 0.0);
+}
+
 TEST(PreviewMotion, RotationAndScaleOfAModelComeBeforeItsPlace) {
     PreviewScene scene(64, 64);
     SceneNodeModel* const model = scene.addSquare(0.5, 4, 0, 0.1, scene.addEmitter(1.0));

@@ -194,6 +194,11 @@ TEST(PreviewToneMapping, LinearScalesAndEncodesForSRGB) {
     EXPECT_EQ(shownOf(scene), sRGB(0.5));
     scene.tone_mapping->scale = 100;
     EXPECT_EQ(shownOf(scene), 255);
+    PreviewScene dark(4, 4);
+    dark.setUniformBackground(0.008);
+    EXPECT_EQ(shownOf(dark), sRGB(0.008));
+    dark.tone_mapping->scale = 0.25;
+    EXPECT_EQ(shownOf(dark), sRGB(0.002)) << "where the encoding is linear";
 }
 
 TEST(PreviewToneMapping, ReinhardMapsTheMeanOfThePictureToItsKey) {
@@ -253,6 +258,23 @@ TEST(PreviewToneMapping, CameraTakesItsCurveFromAFile) {
     const std::string path = dir.file("curve.txt");
     scene.tone_mapping->response_function_path = path.c_str();
     EXPECT_EQ(shownOf(scene), std::lround(0.8 * 255)) << "an exposure of one half";
+}
+
+TEST(PreviewToneMapping, ThreeCurvesOfAFileAreThoseOfTheColours) {
+    PreviewScene scene(4, 4);
+    scene.tone_mapping->tone_mapper_kind = 1002;
+    scene.tone_mapping->film_iso = 1e9;
+    scene.camera->aperture_radius = scene.camera->lens_sensor_dist;
+    scene.setUniformBackground(1.0);
+    const TempDir dir;
+    const std::string path = dir.file("curves.txt");
+    std::ofstream(systemPath(path)) << "red\ngraph\nI =\n0 1\nB =\n0 0.2\ngreen\ngraph\nI =\n0 1\nB =\n0 0.4\n"
+                                       "blue\ngraph\nI =\n0 1\nB =\n0 0.6\n";
+    scene.tone_mapping->response_function_path = path.c_str();
+    const RenderedPicture picture = renderPreview(scene, 1);
+    EXPECT_EQ(picture.bytes[0], 51);
+    EXPECT_EQ(picture.bytes[1], 102);
+    EXPECT_EQ(picture.bytes[2], 153);
 }
 
 TEST(PreviewToneMapping, CurvesThatAreNotFiniteAreNotTaken) {

@@ -118,14 +118,28 @@ TEST(PreviewShading, LightOfADiscIsItsFormFactor) {
     EXPECT_NEAR(renderPreview(scene, 256).mean(), 0.2, 0.002);
 }
 
+TEST(PreviewShading, LightOfAQuadIsThatOfItsTwoHalves) {
+    const auto lightOf = [](const std::vector<std::vector<std::uint32_t>>& faces) {
+        PreviewScene scene(8, 8);
+        lookDown(scene, 0.01);
+        scene.camera->setPosition({0, 0, 0.1});
+        scene.addFloor(0, 0, 0, 4, scene.addMaterial(1.0));
+        // One half is four times as large as the other.
+        scene.addModel(scene.addMesh({{-1, 1, 1}, {0, 1, 1}, {3, -1, 1}, {-1, -1, 1}}, faces), scene.addEmitter(1.0));
+        return renderPreview(scene, 512).mean();
+    };
+    EXPECT_NEAR(lightOf({{0, 1, 2, 3}}), lightOf({{0, 1, 3}, {1, 2, 3}}), 0.005);
+}
+
 TEST(PreviewShading, EmissionScaleGivesThePhotometricAmountOfItsMeasure) {
     // A small emitter of 1 cm^2 facing down from 2 m; below it, E = I / d^2, and a white surface has E / pi.
-    const auto luminanceBelow = [](EmissionScale::Measure measure, double value) {
+    const auto luminanceBelow = [](EmissionScale::Measure measure, double value, bool two_sided = false) {
         PreviewScene scene(4, 4);
         lookDown(scene, 0.001);
         scene.camera->setPosition({0, 0, 0.1});
         scene.addFloor(0, 0, 0, 4, scene.addMaterial(1.0));
         SceneNodeMaterial* const emitter = scene.addEmitter(0.1);
+        PreviewScene::diffuse(emitter).backface_emit = two_sided;
         SceneNodeModel* const model = scene.addQuad({-0.005f, 0.005f, 2}, {0.005f, 0.005f, 2}, {0.005f, -0.005f, 2},
                                                     {-0.005f, -0.005f, 2}, emitter);
         auto* const scale = new EmissionScale;
@@ -139,6 +153,8 @@ TEST(PreviewShading, EmissionScaleGivesThePhotometricAmountOfItsMeasure) {
     const double area = 1e-4;
     const auto expected = [](double intensity) { return intensity / 4 / pi; };
     EXPECT_NEAR(luminanceBelow(EmissionScale::luminous_flux, 1000), expected(1000 / pi), expected(1000 / pi) * 0.005);
+    EXPECT_NEAR(luminanceBelow(EmissionScale::luminous_flux, 1000, true), expected(500 / pi),
+                expected(500 / pi) * 0.005);
     EXPECT_NEAR(luminanceBelow(EmissionScale::luminous_intensity, 300), expected(300), expected(300) * 0.005);
     EXPECT_NEAR(luminanceBelow(EmissionScale::luminance, 1e6), expected(1e6 * area), expected(1e6 * area) * 0.005);
     EXPECT_NEAR(luminanceBelow(EmissionScale::luminous_emittance, 1e6), expected(1e6 * area / pi),

@@ -100,6 +100,17 @@ TEST_F(PreviewTexture, ValuesAreShapedByExponentAndCoefficients) {
     EXPECT_NEAR(renderPreview(scene, 4).mean(), 0.5 * v * v + 2 * v + 0.1, 1e-4);
 }
 
+TEST_F(PreviewTexture, ImageOfLinearLightIsNotDecoded) {
+    path = dir.file("image.hdr");
+    std::string content = "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X 2\n";
+    // 128 / 256 * 2^(128 - 128) in each colour.
+    content.append(16, '\x80');
+    writeFileBytes(path, content);
+    param->texture.path = path.c_str();
+    param->texture.has_exponent = false;
+    EXPECT_NEAR(renderPreview(scene, 4).mean(), 0.5, 1e-4);
+}
+
 TEST_F(PreviewTexture, SetOfCoordinatesIsChosenByItsIndex) {
     Mesh& mesh = *static_cast<SceneNodeMesh&>(*model->geometry).mesh;
     mesh.num_uv_mappings = 2;
