@@ -49,6 +49,10 @@ class Text(ToolTest):
         colour = self.read_document().findtext("material/diffuse/albedo/constant/rgb/rgb")
         self.assertEqual(colour.split(), ["0", "1", "0"])
 
+    def test_characters_of_more_bytes_than_they_need_are_no_utf_8(self):
+        self.write("a.obj", b"v 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl \xe0\x80\xaf\nf 1 2 3\n")
+        self.assertEqual(self.names("a.obj")[0], ["à€¯"])
+
     def test_an_ordinary_name_is_no_reason_for_a_note(self):
         self.assertEqual(self.names("triangle.obj")[1], "")
 
@@ -109,6 +113,41 @@ class Models(ToolTest):
             self.assertEqual((info["quads"], info["bounds"], info["UVs"]),
                              ("1", "(0, 0, 7) to (2, 2, 7)", "1 set of 4"))
 
+    def obj_lines(self, keyword):
+        self.expect(["convert", "-q", "a.ply", "a.obj"])
+        lines = (self.folder / "a.obj").read_text().splitlines()
+        return [line.removeprefix(keyword + " ") for line in lines if line.startswith(keyword + " ")]
+
+    def test_every_strip_of_a_ply_file_begins_with_the_winding_of_its_corners(self):
+        self.write("a.ply", "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\nproperty float z\n"
+                            "element tristrips 1\nproperty list int int vertex_indices\nend_header\n"
+                            "0 0 0\n1 0 0\n0 1 0\n1 1 0\n9 0 1 2 3 -1 3 2 1 0\n")
+        self.assertEqual(self.obj_lines("f"), ["1 2 3", "3 2 4", "4 3 2", "2 3 1"])
+
+    def test_faces_of_a_ply_file_may_come_before_their_vertices(self):
+        self.write("a.ply", "ply\nformat ascii 1.0\nelement face 1\nproperty list uchar int vertex_indices\n"
+                            "element vertex 3\nproperty float x\nproperty float y\nproperty float z\nend_header\n"
+                            "3 2 0 1\n0 0 0\n1 0 0\n0 1 0\n")
+        self.assertEqual(self.obj_lines("f"), ["3 1 2"])
+
+    def test_a_ply_normal_that_is_not_finite_is_none(self):
+        self.write("a.ply", PLY_VERTICES.replace("element face", "property float nx\nproperty float ny\nproperty float nz\n"
+                                                 "element face") % ("", "vertex_indices") +
+                   "0 0 0 0 0 1\n1 0 0 0 nan 1\n1 1 0 0 0 inf\n0 1 0 0 0 2\n9 9 9 0 0 1\n3 0 1 2\n")
+        self.assertEqual(self.obj_lines("vn"), ["0 1 0", "0 0 0", "0 0 0", "0 1 0", "0 1 0"])
+
+    def test_a_ply_file_is_scaled_in_all_directions(self):
+        self.write("a.ply", PLY_VERTICES % ("", "vertex_indices") + "0 0 0\n1 0 0\n1 2 0\n0 1 3\n0 0 0\n4 0 1 2 3\n")
+        self.expect(["convert", "-q", "--scale", "2", "a.ply", "a.vmmesh"])
+        self.assertEqual(self.bounds("a.vmmesh"), [(0, 0, 0), (2, 4, 6)])
+
+    def test_of_two_ply_properties_of_one_meaning_the_first_counts(self):
+        self.write("a.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+                            "property float u\nproperty float v\nproperty float s\nproperty float t\n"
+                            "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
+                            "0 0 0 0.25 0.5 7 7\n1 0 0 0.5 0.5 8 8\n0 1 0 1 0.5 9 9\n3 0 1 2\n")
+        self.assertEqual(self.obj_lines("vt"), ["0.25 0.5", "0.5 0.5", "1 0.5"])
+
     def test_a_damaged_ply_file_is_reported(self):
         whole = PLY_VERTICES % ("", "vertex_indices") + "0 0 0\n1 0 0\n2 1 0\n1 2 0\n0 1 0\n3 0 1 2\n"
         for content, fault in ((whole[:-7], r"PLY file ends too early \(line 1\d\)"),
@@ -130,6 +169,15 @@ class Models(ToolTest):
         self.write("b.obj", mark + TRIANGLE.encode())
         self.assertEqual(self.info("b.obj")["vertices"], "3")
 
+    def test_a_material_library_may_have_an_absolute_path(self):
+        for folder in ("library", "meshes"):
+            (self.folder / folder).mkdir()
+        self.write("library/a.mtl", "newmtl m\nKd 1 0 0\n")
+        path = (self.folder / "library/a.mtl").as_posix()
+        self.write("meshes/a.obj", f"mtllib {path}\n" + TRIANGLE.replace("f 1", "usemtl m\nf 1"))
+        self.expect(["export", "-q", "meshes/a.obj", "scene.xml"])
+        self.assertEqual(self.read_document().findtext("material/diffuse/albedo/constant/rgb/rgb").split(), ["1", "0", "0"])
+
     def test_a_vertex_that_is_not_finite_is_refused(self):
         for number in ("nan", "inf"):
             self.write("a.ply", PLY_VERTICES % ("", "vertex_indices") + f"0 0 0\n1 0 0\n1 1 0\n0 1 0\n{number} 0 0\n4 0 1 2 3\n")
@@ -145,11 +193,11 @@ class Models(ToolTest):
 
     def test_what_a_material_library_says_in_vain_is_noted(self):
         self.write("a.obj", "mtllib a.mtl\nmtllib gone.mtl\n" + TRIANGLE)
-        self.write("a.mtl", "newmtl m\nKd 1 0 0\nKe 1 1 1\nd 0.5\nmap_Kd a.png\nnewmtl n\nKe 0 0 0\nd 1\n")
+        self.write("a.mtl", "newmtl m\nKd 1 0 0\nKe 1 1 1\nd 0.5\nTr 0.5\nmap_Kd a.png\nnewmtl n\nKe 0 0 0\nd 1\n")
         self.assertEqual(self.run_tool("export", "a.obj", "scene.xml")[2],
-                         "velmar: note: a.obj: left out of the material library a.mtl: Ke, d, map_Kd\n"
+                         "velmar: note: a.obj: left out of the material library a.mtl: Ke, Tr, d, map_Kd\n"
                          "velmar: note: a.obj: the material library gone.mtl doesn't exist\n")
-        self.write("a.mtl", "newmtl n\nKe 0 0 0\nd 1.0\n")
+        self.write("a.mtl", "newmtl n\nKe 0 0 0\nd 1.0\nTr 0.0\n")
         self.assertNotIn("left out", self.run_tool("export", "a.obj", "scene.xml")[2])
 
     def test_the_height_is_turned_up(self):
