@@ -84,6 +84,18 @@ class Formats(ToolTest):
         self.assertEqual([rows[name] for name in ("area", "faces", "unused")], ["2", "1 degenerate, 1 duplicate", "1 vertex"])
         self.assertEqual(self.rows("triangle.obj")["edges"], "3 open")
 
+    def test_a_face_that_names_a_corner_twice_is_degenerate_whatever_its_area(self):
+        self.write("a.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty float z\n"
+                            "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
+                            "0 0 0\n1 0 0\n1 1 0\n4 0 1 1 2\n")
+        rows = self.rows("a.ply")
+        self.assertEqual((rows["area"], rows["faces"]), ("0.5", "1 degenerate, 0 duplicate"))
+
+    def test_a_closed_mesh_with_a_face_turned_over_has_no_volume(self):
+        self.write("cube.obj", CUBE.replace("f 5 6 7 8", "f 8 7 6 5"))
+        rows = self.rows("cube.obj")
+        self.assertEqual((rows["volume"], rows["edges"]), ("none: not closed", "0 open"))
+
     def test_a_mesh_of_separate_triangles_is_closed_where_their_corners_meet(self):
         self.write("cube.obj", CUBE)
         self.run_tool("convert", "-q", "cube.obj", "cube.stl")
