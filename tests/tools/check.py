@@ -80,6 +80,11 @@ class Check(ToolTest):
         for code in catalogue:
             self.assertIn(f"[{code}]", (BAD / f"{code}.xml.findings").read_text(encoding="utf-8"))
 
+    def test_directions_are_to_be_of_unit_length(self):
+        for up, found in (("0 0 2", True), ("0 0 0.5", True), ("0 0 1.0005", False), ("0 0 0.9995", False)):
+            self.write_scene(CAMERA.replace("</camera>", f"<up>{up}</up><forwards>0 1 0</forwards></camera>"), LIGHT, BALL)
+            self.assertEqual(self.codes("scene.xml"), (0, [("camera[uid=1]/up", "not-unit-length")] if found else []))
+
     # ---- clean documents
 
     def test_a_clean_document_gives_no_output(self):

@@ -189,6 +189,12 @@ class Diff(ToolTest):
         self.expect_same("a.xml", "b.xml", "--tolerance", "0.001")
         self.assertNotEqual(self.lines("a.xml", "b.xml", "--tolerance", "0.00001"), [])
 
+    def test_nodes_of_one_name_are_matched_by_numbers_within_the_tolerance(self):
+        # In the other order, and with each other's uids.
+        self.write_scene("a.xml", MATERIAL, MESH.format("triangle.obj"), model(10, "1 0 0"), model(11, "5 0 0"))
+        self.write_scene("b.xml", MATERIAL, MESH.format("triangle.obj"), model(10, "5.009 0 0"), model(11, "1.009 0 0"))
+        self.expect_same("a.xml", "b.xml", "--tolerance", "0.01")
+
     # ---- JSON
 
     def test_json_has_old_and_new_values(self):

@@ -83,6 +83,11 @@ class Edit(DocumentTest):
             root = self.edit("--set", f"sphere{choice}.radius=2")
             self.assertEqual([radius.text for radius in root.findall("sphere/radius")], radii)
 
+    def test_a_choice_among_several_nodes_is_left_to_the_user(self):
+        for change in (("--set", "sphere.radius=2"), ("--remove", "sphere")):
+            self.refuse(r"lamps\.xml: 2 nodes fit 'sphere'; choose one by \[name=\.\.\.\] or \[uid=\.\.\.\], or all by "
+                        r"sphere\[\*\]", *change)
+
     def test_changes_are_made_in_their_order(self):
         root = self.edit("--remove", "model2.keyframe[0]", "--remove", "model2.keyframe", "--set", "model2.pos=1 2 3",
                          "--set", "model2.pos=4 5 6")

@@ -49,6 +49,14 @@ class Merge(DocumentTest):
         self.assertEqual([node.findtext("name") for node in root], ["s", "a", "a", "a", "a"])
         self.assertEqual([node.findtext("uid") for node in root], ["1", "2", "3", "4", "5"])
 
+    def test_a_document_that_has_several_cameras_keeps_them(self):
+        camera = "<camera><uid>%d</uid><name>%s</name></camera>"
+        self.write("a.xml", f"<scene>{camera % (1, 'left')}{camera % (2, 'right')}</scene>")
+        self.write("b.xml", f"<scene>{camera % (1, 'other')}</scene>")
+        root = self.merge("a.xml", "b.xml", "out.xml",
+                          notes=["b.xml: left out, because a document before it has one: camera"])
+        self.assertEqual([node.findtext("name") for node in root], ["left", "right"])
+
     def test_documents_of_several_folders_keep_their_meshes(self):
         for folder in ("a", "b", "c"):
             (self.folder / folder).mkdir()
