@@ -172,6 +172,9 @@ class Unpack(ToolTest):
         self.assertLess((self.folder / "a.zip").stat().st_size, 20_000)
         self.refuse(r"a\.zip: its files have more than 1\.0 MB, so nothing is unpacked; --max-size allows more",
                     "--max-size", "0.001")
+        # Each is within the limit, but not all together.
+        self.archive("a", "b", content=bytes(600_000))
+        self.refuse(r"a\.zip: its files have more than 1\.0 MB, .*", "--max-size", "0.001")
         self.archive(*(f"{i}.txt" for i in range(11)))
         self.refuse(r"a\.zip: holds 11 files, and the limit is 10", "--max-files", "10")
         self.expect(["unpack", "-q", "a.zip", "out", "--max-files", "11"])

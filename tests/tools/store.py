@@ -56,6 +56,13 @@ class Store(ToolTest):
         self.write("in/a.obj", TRIANGLE.replace("1 0 0", "3 0 0"))
         self.assertRegex(self.fill()[1], r"\A1 file converted, 2 unchanged, 0 failed; 1 mesh added; ")
 
+    def test_of_several_lines_of_a_source_the_one_converted_last_counts(self):
+        self.fill()
+        old = [{**entry, "size": 1, "converted": entry["converted"] - 1} for entry in self.manifest()]
+        # Its name is after those of the other files.
+        self.write("store/manifest/zzz.jsonl", "".join(json.dumps(entry) + "\n" for entry in old))
+        self.assertRegex(self.fill()[1], r"\A0 files converted, 3 unchanged, ")
+
     def test_other_options_are_another_conversion(self):
         self.fill()
         self.assertRegex(self.fill("--scale", "3")[1], r"\A3 files converted, 0 unchanged, ")
