@@ -1,8 +1,8 @@
 """Converts mesh files that are larger than the offsets of a parser reach, and checks what was read of them.
 
-Usage: large_meshes.py TOOL GIGABYTES [FOLDER [EMULATOR]]; the files are made in FOLDER (the system's for temporary files).
 Takes about three times the size of a file in memory, and as much on the disk as one file.
 """
+import argparse
 import json
 import os
 import pathlib
@@ -78,7 +78,7 @@ def convert(command, folder, name):
     if os.waitstatus_to_exitcode(status) != 0:
         sys.exit(f"{name}: not converted")
     entries = [json.loads(line) for path in (folder / "store/manifest").iterdir() for line in path.open(encoding="utf-8")]
-    return next(entry for entry in entries if pathlib.PurePath(entry.get("source", "")).name == name), seconds, usage.ru_maxrss * 1024
+    return next(entry for entry in entries if pathlib.PureWindowsPath(entry.get("source", "")).name == name), seconds, usage.ru_maxrss * 1024
 
 
 def check_long_line(command, folder):
@@ -94,17 +94,22 @@ def check_long_line(command, folder):
 
 
 def main():
-    tool, size = os.path.abspath(sys.argv[1]), int(float(sys.argv[2]) * 1e9)
-    command = [os.path.abspath(sys.argv[4])] if len(sys.argv) > 4 else []
-    command.append(tool)
-    with tempfile.TemporaryDirectory(dir=sys.argv[3] if len(sys.argv) > 3 else None) as name:
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("tool", type=os.path.abspath)
+    parser.add_argument("gigabytes", type=float, help="size of each file")
+    parser.add_argument("formats", nargs="*", default=list(FORMATS), metavar="FORMAT", help=f"of {', '.join(FORMATS)}")
+    parser.add_argument("--folder", help="for the files, in place of the system's for temporary files")
+    parser.add_argument("--emulator", type=os.path.abspath, help="runs the tool")
+    options = parser.parse_args()
+    command = [options.emulator, options.tool] if options.emulator else [options.tool]
+    with tempfile.TemporaryDirectory(dir=options.folder) as name:
         folder = pathlib.Path(name)
         check_long_line(command, folder)
-        for file, write in FORMATS.items():
-            vertices, triangles = write(folder / file, size)
+        for file in options.formats:
+            vertices, triangles = FORMATS[file](folder / file, int(options.gigabytes * 1e9))
             bytes_written = (folder / file).stat().st_size
             entry, seconds, memory = convert(command, folder, file)
-            if (entry["vertices"], entry["triangles"]) != (vertices, triangles) or sorted(entry["bounds"]) != [0, 0, 0, 0, 1, 1]:
+            if (entry["vertices"], entry["triangles"], sorted(entry["bounds"])) != (vertices, triangles, [0, 0, 0, 0, 1, 1]):
                 sys.exit(f"{file}: {entry}")
             print(f"{file}: {bytes_written / 1e9:.2f} GB, {triangles} triangles: {seconds:.1f} s, "
                   f"{memory / 1e6:.0f} MB at most", flush=True)

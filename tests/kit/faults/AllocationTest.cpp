@@ -179,24 +179,24 @@ TEST_P(EachAllocation, GivesItsStatusAndKeepsTheHandles) {
 
 TEST(KitFaults, TextThatFoundNoMemoryIsForgottenWithTheNextFailure) {
     Faults::prepareRuntime();
-    // A thread of its own, whose block for texts is still small.
-    std::thread([] {
+    const std::string long_path = std::string(400, 'x') + ".obj";
+    bool is_lost = false;
+    bool met = true;
+    // A new thread each, whose block for texts is still small.
+    const auto failAtAllocation = [&](std::int64_t nth) {
         EXPECT_NE(VelmarKit_create_plane(nullptr), VELMARKIT_SUCCESS);
-        const std::string long_path = std::string(400, 'x') + ".obj";
-        bool is_lost = false;
-        bool met = true;
-        for (std::int64_t nth = 1; met && !is_lost; ++nth) {
-            VelmarMesh* mesh = nullptr;
-            {
-                FailingAllocation fault(nth, Lasting::once);
-                EXPECT_NE(VelmarKit_Mesh_LoadFile(long_path.c_str(), 1, &mesh), VELMARKIT_SUCCESS);
-                met = fault.hasStruck();
-            }
-            is_lost = met && std::string_view(VelmarKit_LastError()).ends_with("also for the text of this failure.");
+        VelmarMesh* mesh = nullptr;
+        {
+            FailingAllocation fault(nth, Lasting::once);
+            EXPECT_NE(VelmarKit_Mesh_LoadFile(long_path.c_str(), 1, &mesh), VELMARKIT_SUCCESS);
+            met = fault.hasStruck();
         }
-        EXPECT_TRUE(is_lost);
+        is_lost = met && std::string_view(VelmarKit_LastError()).ends_with("also for the text of this failure.");
         expectRefused(VelmarKit_create_plane(nullptr), "scene is null");
-    }).join();
+    };
+    for (std::int64_t nth = 1; met && !is_lost; ++nth)
+        std::thread(failAtAllocation, nth).join();
+    EXPECT_TRUE(is_lost);
 }
 
 TEST(KitFaults, MeshNodeWithoutAMeshIsNamedBeforeAnythingIsWritten) {
