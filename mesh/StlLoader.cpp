@@ -151,7 +151,8 @@ class TextReader : TextInParts {
             if (!passPlainWord(p, normal_word) || (p = normal_shapes.pass(p)) == nullptr) return;
             for (std::size_t i = 0; i < 3; ++i)
                 if (!separators[i].pass(p) || !scanPlain(p, corners[i])) return;
-            if (!separators[3].pass(p)) return;
+            // The word at its end may be the beginning of another one.
+            if (!separators[3].pass(p) || Parser::isLetter(*p)) return;
             addFacet(corners);
             parser.pos = static_cast<std::uint32_t>(p - parser.text);
         }

@@ -39,7 +39,7 @@ std::string outcomeOf(const std::string& text) {
 }
 
 /// Lines are read on the fast path when they are of the usual form. A blank in front changes nothing of what they mean,
-/// but takes them off that road.
+/// but keeps the fast path from reading them.
 std::string indented(const std::string& text) {
     std::string result = " ";
     for (std::size_t i = 0; i < text.size(); ++i) {

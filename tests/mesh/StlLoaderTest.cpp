@@ -163,8 +163,8 @@ std::string stlOutcome(const std::string& text) {
 }
 
 /// Facets are read on the fast path when they are of the usual form. Two blanks before "normal" change nothing of what
-/// they mean, but take them off that road.
-std::string offTheQuickRoad(std::string text) {
+/// they mean, but keep the fast path from reading them.
+std::string withoutFastPath(std::string text) {
     for (std::size_t at = 0; (at = text.find("facet normal", at)) != std::string::npos; at += 12)
         text.insert(at + 5, " ");
     return text;
@@ -195,8 +195,15 @@ TEST(StlLoader, ReadsFacetsOfTheUsualFormAsAnyOthers) {
         if (random() % 4 != 0) text += "endsolid x\n";
         // The last facets of a file are too near to its end for the fast path.
         if (random() % 2 == 0) text += std::string(200, ' ');
-        ASSERT_EQ(stlOutcome(text), stlOutcome(offTheQuickRoad(text))) << text;
+        ASSERT_EQ(stlOutcome(text), stlOutcome(withoutFastPath(text))) << text;
     }
+}
+
+TEST(StlLoader, RefusesAWordThatOnlyBeginsWithFacet) {
+    const std::string plain = " normal 0.5 0.5 0.5\nouter loop\nvertex 1.5 2.5 3.5\nvertex 2.5 3.5 4.5\n"
+                              "vertex 1.5 3.5 2.5\nendloop\nendfacet\nfacet";
+    const std::string text = "solid x\nfacet" + plain + plain + plain + plain + 's' + plain + std::string(1000, ' ');
+    EXPECT_EQ(stlMessage(text), "Invalid file, expected 'endsolid'");
 }
 
 TEST(StlLoader, ReadsLargeTexts) {

@@ -180,23 +180,24 @@ TEST_P(EachAllocation, GivesItsStatusAndKeepsTheHandles) {
 TEST(KitFaults, TextThatFoundNoMemoryIsForgottenWithTheNextFailure) {
     Faults::prepareRuntime();
     const std::string long_path = std::string(400, 'x') + ".obj";
-    bool is_lost = false;
-    bool met = true;
+    enum class Outcome { none_failed, text_kept, text_lost };
     // A new thread each, whose block for texts is still small.
-    const auto failAtAllocation = [&](std::int64_t nth) {
+    const auto failAtAllocation = [&](std::int64_t nth, Outcome& outcome) {
         EXPECT_NE(VelmarKit_create_plane(nullptr), VELMARKIT_SUCCESS);
         VelmarMesh* mesh = nullptr;
         {
             FailingAllocation fault(nth, Lasting::once);
             EXPECT_NE(VelmarKit_Mesh_LoadFile(long_path.c_str(), 1, &mesh), VELMARKIT_SUCCESS);
-            met = fault.hasStruck();
+            outcome = fault.hasStruck() ? Outcome::text_kept : Outcome::none_failed;
         }
-        is_lost = met && std::string_view(VelmarKit_LastError()).ends_with("also for the text of this failure.");
+        if (std::string_view(VelmarKit_LastError()).ends_with("also for the text of this failure."))
+            outcome = Outcome::text_lost;
         expectRefused(VelmarKit_create_plane(nullptr), "scene is null");
     };
-    for (std::int64_t nth = 1; met && !is_lost; ++nth)
-        std::thread(failAtAllocation, nth).join();
-    EXPECT_TRUE(is_lost);
+    Outcome outcome = Outcome::text_kept;
+    for (std::int64_t nth = 1; outcome == Outcome::text_kept; ++nth)
+        std::thread(failAtAllocation, nth, std::ref(outcome)).join();
+    EXPECT_EQ(outcome, Outcome::text_lost);
 }
 
 TEST(KitFaults, MeshNodeWithoutAMeshIsNamedBeforeAnythingIsWritten) {
