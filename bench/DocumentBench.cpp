@@ -1,8 +1,8 @@
 /// Writing a document of many small nodes with three doubles each, compared with pugixml, which builds a tree and saves
 /// the same text. It gets its numbers from double-conversion.
 
+#include "bench/support/ModelDocument.h"
 #include "bench/support/PeakMemory.h"
-#include "bench/support/PeerNumberText.h"
 #include "bench/support/TempFile.h"
 #include "scene/SceneNodeTonemapping.h"
 #include "scene/SceneXMLWriter.h"

@@ -4,8 +4,8 @@
 
 #include "velmarapi.h"
 
+#include "bench/support/ModelDocument.h"
 #include "bench/support/PeakMemory.h"
-#include "bench/support/PeerNumberText.h"
 #include "bench/support/SilentOutput.h"
 #include "bench/support/TempFile.h"
 

@@ -30,9 +30,9 @@ struct ImportedMesh {
 };
 
 /// Reads the mesh file `path` (UTF-8) of any format that the library knows, by its extension, and the material
-/// libraries that it names. A byte order mark is passed over, files may have any size, and of PLY files everything is read. `scale` multiplies the
-/// positions of all but vmmesh files. Throws an exception of the library; of a material library that can't be read
-/// `Velmar::Exception` with its path.
+/// libraries that it names. A byte order mark is passed over, files may have any size, and of PLY files everything is
+/// read. `scale` multiplies the positions of all but vmmesh files. Throws an exception of the library; of a material
+/// library that can't be read `Velmar::Exception` with its path.
 ImportedMesh importMesh(const std::string& path, float scale);
 
 /// The extension in lower case: it alone decides the format.

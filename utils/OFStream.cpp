@@ -27,7 +27,8 @@ void OFStream::writeString(const String& text) {
             return;
         }
     }
-    std::memcpy(buffer.get() + used, text.data(), size);
+    // An empty text may have no address.
+    if (size != 0) std::memcpy(buffer.get() + used, text.data(), size);
     used += size;
 }
 

@@ -182,16 +182,25 @@ TEST(PreviewMotion, KeyFramesTurnAroundTheirAxis) {
     EXPECT_NEAR(y, 32 - 16, 0.5);
 }
 
-TEST(PreviewMotion, TurningModelStaysOnItsCircle) {
-    PreviewScene scene(64, 64);
+namespace {
+
+/// A small light, right of the middle at first, that turns around it by `angle` in radians.
+void addTurningLight(PreviewScene& scene, double angle) {
     SceneNodeModel* const model = scene.addSquare(0, 4, 0, 0.1, scene.addEmitter(1.0));
     for (Vec3f& vertex : static_cast<SceneNodeMesh&>(*model->geometry).mesh->verts)
         vertex.x += 1;
     KeyFrame frame = model->keyframes[0];
     frame.axis = {0, 1, 0};
-    frame.angle = pi / 2;
+    frame.angle = angle;
     frame.time = 1;
     model->keyframes.push_back(frame);
+}
+
+} // namespace
+
+TEST(PreviewMotion, TurningModelStaysOnItsCircle) {
+    PreviewScene scene(64, 64);
+    addTurningLight(scene, pi / 2);
     const RenderedPicture picture = renderPreview(scene, 64);
     double furthest = 0;
     double nearest = 64;
@@ -209,15 +218,8 @@ TEST(PreviewMotion, TurningModelStaysOnItsCircle) {
 
 TEST(PreviewMotion, TurningModelTakesTheShorterWay) {
     PreviewScene scene(64, 64);
-    SceneNodeModel* const model = scene.addSquare(0, 4, 0, 0.1, scene.addEmitter(1.0));
-    for (Vec3f& vertex : static_cast<SceneNodeMesh&>(*model->geometry).mesh->verts)
-        vertex.x += 1;
     // Three quarters of a turn from the right over the top to below are one quarter the other way round.
-    KeyFrame frame = model->keyframes[0];
-    frame.axis = {0, 1, 0};
-    frame.angle = 1.5 * pi;
-    frame.time = 1;
-    model->keyframes.push_back(frame);
+    addTurningLight(scene, 1.5 * pi);
     const RenderedPicture picture = renderPreview(scene, 64);
     EXPECT_EQ(picture.mean(0, 0, 64, 30), 0.0);
     EXPECT_GT(picture.mean(32, 32, 64, 64), 0.0);

@@ -1,8 +1,9 @@
 #include "scene/NumberText.h"
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <double-conversion/double-conversion.h>
 #include <gtest/gtest.h>
 #include <limits>
@@ -10,6 +11,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace NumberTextTests {
 
@@ -30,6 +32,14 @@ std::string expectedText(Float value) {
     else
         converter.ToShortestSingle(value, &builder);
     return builder.Finalize();
+}
+
+std::vector<double> doublesOfAnyBits() {
+    std::mt19937_64 random(7);
+    std::vector<double> doubles(100000);
+    for (double& value : doubles)
+        value = std::bit_cast<double>(std::uint64_t{random()});
+    return doubles;
 }
 
 void expectSameText(double value) {
@@ -74,24 +84,15 @@ TEST(DoubleToString, AWidenedFloatShowsAllDigitsOfTheDouble) {
 }
 
 TEST(DoubleToString, ReadsBackAsTheSameDouble) {
-    std::mt19937_64 random(7);
-    for (int i = 0; i < 100000; ++i) {
-        const std::uint64_t bits = random();
-        double value = 0.0;
-        std::memcpy(&value, &bits, sizeof value);
+    for (const double value : doublesOfAnyBits()) {
         if (!std::isfinite(value)) continue;
         ASSERT_EQ(std::strtod(doubleToString(value).c_str(), nullptr), value);
     }
 }
 
 TEST(DoubleToString, AnyBitsHaveTheTextOfDoubleConversion) {
-    std::mt19937_64 random(11);
-    for (int i = 0; i < 100000; ++i) {
-        const std::uint64_t bits = random();
-        double value = 0.0;
-        std::memcpy(&value, &bits, sizeof value);
+    for (const double value : doublesOfAnyBits())
         ASSERT_NO_FATAL_FAILURE(expectSameText(value));
-    }
 }
 
 TEST(DoubleToString, NumbersOfAllLengthsHaveTheTextOfDoubleConversion) {

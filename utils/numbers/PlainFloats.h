@@ -278,6 +278,28 @@ VELMAR_NEVER_INLINE inline const char* scanLongWithExponents(const char* p, floa
     return walk.place();
 }
 
+template <Exponents exponents>
+VELMAR_ALWAYS_INLINE const char* scanThree(const char* p, float (&numbers)[3]) {
+    constexpr bool has_factors = exponents == Exponents::taken;
+    Walk<exponents> walk(p, Digits::findOthers<48>(p));
+    ShortNumber x;
+    ShortNumber y;
+    ShortNumber z;
+    if (!takeThree(walk, x, y, z)) return has_factors ? scanLongWithExponents(p, numbers) : scanLong(p, numbers);
+    Integers integers = join(x, y, z);
+    if constexpr (has_factors) {
+        integers.first_two = _mm_mul_pd(integers.first_two, _mm_unpacklo_pd(x.factor, y.factor));
+        integers.last = _mm_mul_sd(integers.last, z.factor);
+    }
+    const __m128d first_two = _mm_div_pd(integers.first_two, _mm_unpacklo_pd(x.divisor, y.divisor));
+    const __m128d third = _mm_div_sd(integers.last, z.divisor);
+    // Of product and quotient only one rounds.
+    if (has_factors && (isNearMiddle(first_two) || isNearMiddle(third))) return nullptr;
+    storeTwo(_mm_cvtpd_ps(first_two), numbers);
+    _mm_store_ss(numbers + 2, _mm_cvtpd_ps(third));
+    return walk.place();
+}
+
 } // namespace Details
 
 /// Reads two numbers without exponents.
@@ -294,35 +316,12 @@ VELMAR_ALWAYS_INLINE const char* scan(const char* p, float (&numbers)[2]) {
 
 /// Reads three numbers without exponents.
 VELMAR_ALWAYS_INLINE const char* scan(const char* p, float (&numbers)[3]) {
-    using namespace Details;
-    Walk<Exponents::refused> walk(p, Digits::findOthers<48>(p));
-    ShortNumber x;
-    ShortNumber y;
-    ShortNumber z;
-    if (!takeThree(walk, x, y, z)) return scanLong(p, numbers);
-    const Integers integers = join(x, y, z);
-    storeTwo(_mm_cvtpd_ps(_mm_div_pd(integers.first_two, _mm_unpacklo_pd(x.divisor, y.divisor))), numbers);
-    _mm_store_ss(numbers + 2, _mm_cvtsd_ss(_mm_setzero_ps(), _mm_div_sd(integers.last, z.divisor)));
-    return walk.place();
+    return Details::scanThree<Details::Exponents::refused>(p, numbers);
 }
 
 /// Reads three numbers that may have exponents of two digits.
 VELMAR_ALWAYS_INLINE const char* scanWithExponents(const char* p, float (&numbers)[3]) {
-    using namespace Details;
-    Walk<Exponents::taken> walk(p, Digits::findOthers<48>(p));
-    ShortNumber x;
-    ShortNumber y;
-    ShortNumber z;
-    if (!takeThree(walk, x, y, z)) return scanLongWithExponents(p, numbers);
-    const Integers integers = join(x, y, z);
-    // Of product and quotient only one rounds.
-    const __m128d first_two = _mm_div_pd(_mm_mul_pd(integers.first_two, _mm_unpacklo_pd(x.factor, y.factor)),
-                                         _mm_unpacklo_pd(x.divisor, y.divisor));
-    const __m128d third = _mm_div_sd(_mm_mul_sd(integers.last, z.factor), z.divisor);
-    if (isNearMiddle(first_two) || isNearMiddle(third)) return nullptr;
-    storeTwo(_mm_cvtpd_ps(first_two), numbers);
-    _mm_store_ss(numbers + 2, _mm_cvtpd_ps(third));
-    return walk.place();
+    return Details::scanThree<Details::Exponents::taken>(p, numbers);
 }
 
 /// Skips three numbers that may have exponents of two digits.
