@@ -47,6 +47,14 @@ bool isElement(const xml_node& node) {
     return node.type() == pugi::node_element;
 }
 
+/// The number of nodes from `node` to the last one beside it.
+std::size_t countFrom(xml_node node) {
+    std::size_t result = 0;
+    for (; node; node = node.next_sibling())
+        ++result;
+    return result;
+}
+
 } // namespace
 
 // ---- texts
@@ -102,39 +110,53 @@ std::string_view ElementSource::getValue(const xml_node& element) {
 
 // ---- elements
 
-xml_node ElementReader::find(std::string_view name) const {
+ElementReader::ElementReader(ElementSource& source_, const xml_node& element_)
+    : source(source_), element(element_), first(source_.inner_elements.size()), first_unread(first) {
+    std::vector<InnerElement>& list = source.inner_elements;
+    constexpr std::size_t max_uncounted = 1024;
+    std::size_t number = 0;
+    for (xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (!isElement(child)) continue;
+        // Beside very many elements there is no memory to spare.
+        if (++number == max_uncounted) list.reserve(list.size() + countFrom(child));
+        list.push_back({child, child.name()});
+    }
+    end = list.size();
+}
+
+std::size_t ElementReader::find(std::string_view name) const {
     if (source.wants_names) source.noteName(element, name, ElementForm::plain);
     // Elements are only ever taken away, so the search for the next of many goes on from the last.
-    xml_node child = name == last_name ? last_found : first_unread;
-    while (child && (!isElement(child) || name != child.name()))
-        child = child.next_sibling();
+    std::size_t place = name == last_name ? last_found : first_unread;
+    while (place != end && nameAt(place) != name)
+        ++place;
     last_name = name;
-    last_found = child;
-    return child;
+    last_found = place;
+    return place;
 }
 
 std::size_t ElementReader::count(std::string_view name) const {
     if (source.wants_names) source.noteName(element, name, ElementForm::plain);
     std::size_t result = 0;
-    for (xml_node child = first_unread; child; child = child.next_sibling())
-        if (isElement(child) && name == child.name()) ++result;
+    for (std::size_t place = first_unread; place != end; ++place)
+        if (nameAt(place) == name) ++result;
     return result;
 }
 
-void ElementReader::markRead(xml_node child) {
-    child.set_name("");
-    while (first_unread && (!isElement(first_unread) || *first_unread.name() == '\0'))
-        first_unread = first_unread.next_sibling();
+void ElementReader::markRead(std::size_t place) {
+    source.inner_elements[place].name = {};
+    while (first_unread != end && nameAt(first_unread).empty())
+        ++first_unread;
 }
 
 void ElementReader::markAllRead() {
-    first_unread = {};
-    last_found = {};
+    first_unread = end;
+    last_found = end;
 }
 
 void ElementReader::finish() {
-    for (xml_node child = first_unread; child; child = child.next_sibling())
-        if (isElement(child) && *child.name() != '\0') source.noteUnknown(child);
+    for (std::size_t place = first_unread; place != end; ++place)
+        if (!nameAt(place).empty()) source.noteUnknown(nodeAt(place));
 }
 
 void ElementReader::failWithout(std::string_view name) {
@@ -210,17 +232,17 @@ bool ElementReader::signedValue(std::string_view name, std::uint32_t& field) {
 
 void ElementReader::flag(std::string_view name, bool& field) {
     if (source.wants_names) source.noteName(element, name, ElementForm::flag);
-    const xml_node found = find(name);
-    field = static_cast<bool>(found);
-    if (found) markRead(found);
+    const std::size_t found = find(name);
+    field = isThere(found);
+    if (field) markRead(found);
 }
 
 void ElementReader::word(std::string_view name, std::uint32_t& code, std::span<const std::string_view> words) {
     if (source.wants_names) source.noteName(element, name, ElementForm::word);
     constexpr std::uint32_t unknown_code = 0xFFFFFFFF;
-    const xml_node found = find(name);
-    if (!found) return;
-    const std::string_view text = trimmed(source.getValue(found));
+    const std::size_t found = find(name);
+    if (!isThere(found)) return;
+    const std::string_view text = trimmed(source.getValue(nodeAt(found)));
     const auto match = std::ranges::find(words, text);
     if (match != words.end()) {
         code = static_cast<std::uint32_t>(match - words.begin());
@@ -230,7 +252,7 @@ void ElementReader::word(std::string_view name, std::uint32_t& code, std::span<c
         std::string fault = quoted(text) + " is none of";
         for (const std::string_view known : words)
             fault.append(" ").append(known);
-        source.fail(found, fault);
+        source.fail(nodeAt(found), fault);
     }
     markRead(found);
 }
@@ -240,12 +262,12 @@ void ElementReader::verbatim(std::string_view name, String& field) {
 }
 
 void ElementReader::numbers(std::string_view name, Vector<float>& field) {
-    const xml_node found = find(name);
-    if (!found) return;
-    const std::string_view text = trimmed(source.getValue(found));
+    const std::size_t found = find(name);
+    if (!isThere(found)) return;
+    const std::string_view text = trimmed(source.getValue(nodeAt(found)));
     for (std::string_view rest = text; !rest.empty();) {
         float number = 0.0f;
-        if (!takeNumber(rest, number)) source.fail(found, quoted(text) + " isn't a list of numbers");
+        if (!takeNumber(rest, number)) source.fail(nodeAt(found), quoted(text) + " isn't a list of numbers");
         field.push_back(number);
     }
     markRead(found);
@@ -285,17 +307,16 @@ void ElementReader::identity(SceneNode& node) {
 
 std::string_view ElementReader::takeTextAfterIdentity(SceneNode& node) {
     materialUID(node);
-    const xml_node name_element = find("name");
-    if (!name_element) failWithout("name");
-    const std::string_view rest = source.getTextAfter(name_element);
+    const std::size_t name_element = find("name");
+    if (!isThere(name_element)) failWithout("name");
+    const std::string_view rest = source.getTextAfter(nodeAt(name_element));
     name(node);
     markAllRead();
     return rest;
 }
 
 void ElementReader::node(Reference<SceneNodeCurve1D>& node) {
-    const xml_node found = find(element_of<SceneNodeCurve1D>);
-    if (!found) failWithout(element_of<SceneNodeCurve1D>);
+    if (!has(element_of<SceneNodeCurve1D>)) failWithout(element_of<SceneNodeCurve1D>);
     node = new SceneNodeCurve1D({}, {});
     group(element_of<SceneNodeCurve1D>, [&](ElementReader& inside) { describe(inside, *node); });
 }
@@ -349,20 +370,20 @@ void ElementReader::part(Reference<Rotation>& part) {
 /// Reads a part whose element names the family, with an element inside that names the class.
 template <class Object, class Foreign, class Base>
 void ElementReader::readFamily(Reference<Base>& part) {
-    const xml_node found = find(element_of<Object>);
-    if (!found) return;
-    if (found.child(kind_of<Object>.data())) {
+    const std::size_t found = find(element_of<Object>);
+    if (!isThere(found)) return;
+    if (nodeAt(found).child(kind_of<Object>.data())) {
         const Reference<Object> made(new Object);
         describeWhole(*this, *made);
         part = made.getPointer();
     } else {
-        part = new Foreign(source.getOuterText(found));
+        part = new Foreign(source.getOuterText(nodeAt(found)));
         markRead(found);
     }
 }
 
 void ElementReader::kind(std::string_view name) {
-    markRead(find(name));
+    if (has(name)) markRead(find(name));
 }
 
 void ElementReader::part(Reference<ApertureShape>& part) {
@@ -378,10 +399,10 @@ void ElementReader::part(Reference<DownsizeFilter>& part) {
 }
 
 void ElementReader::part(Reference<WhitePoint>& part) {
-    const xml_node found = find(element_of<WhitePoint>);
-    if (!found) return;
+    const std::size_t found = find(element_of<WhitePoint>);
+    if (!isThere(found)) return;
     double xy[2];
-    parseNumbers(found, std::span<double>(xy));
+    parseNumbers(nodeAt(found), std::span<double>(xy));
     part = new WhitePoint(xy[0], xy[1]);
     markRead(found);
 }
@@ -393,26 +414,24 @@ void ElementReader::part(Reference<SharedShaderInfo>& part) {
 void ElementReader::parts(Vector<Reference<ShaderParameter>>& parts) {
     // Of more, those that follow each other are kept as one: an object is larger than the shortest element.
     constexpr std::size_t max_alone = 100;
-    const char* first = nullptr;
+    const char* first_of_run = nullptr;
     std::string_view last;
     const auto add = [&] {
-        if (first == nullptr) return;
-        const auto size = static_cast<std::size_t>(last.data() + last.size() - first);
-        parts.push_back(new ForeignShaderParameter({first, size}));
-        first = nullptr;
+        if (first_of_run == nullptr) return;
+        const auto size = static_cast<std::size_t>(last.data() + last.size() - first_of_run);
+        parts.push_back(new ForeignShaderParameter({first_of_run, size}));
+        first_of_run = nullptr;
     };
-    for (xml_node child = first_unread; child;) {
-        const xml_node next = child.next_sibling();
-        const std::string_view name = child.name();
-        if (isElement(child) && !name.empty() && name != "include" && name != element_of<Texture> && name != "shader") {
-            last = source.getOuterText(child);
-            if (first == nullptr) first = last.data();
+    for (std::size_t place = first_unread; place != end; ++place) {
+        const std::string_view name = nameAt(place);
+        if (!name.empty() && name != "include" && name != element_of<Texture> && name != "shader") {
+            last = source.getOuterText(nodeAt(place));
+            if (first_of_run == nullptr) first_of_run = last.data();
             if (parts.size() < max_alone) add();
-            markRead(child);
+            markRead(place);
         } else {
             add();
         }
-        child = next;
     }
     add();
 }
@@ -435,17 +454,17 @@ void ElementReader::part(Reference<Material>& part) {
     // Another kind: what is there beside the elements that every material has.
     const Reference<DiffuseMaterial> settings(new DiffuseMaterial);
     describeSettings(*this, *settings);
-    for (xml_node child = first_unread; child; child = child.next_sibling()) {
-        const std::string_view name = child.name();
-        if (!isElement(child) || name.empty() || name == "name" || name == "scatter_uids") continue;
-        const Reference<ForeignMaterial> made(new ForeignMaterial(name, source.getInnerText(child)));
+    for (std::size_t place = first_unread; place != end; ++place) {
+        const std::string_view name = nameAt(place);
+        if (name.empty() || name == "name" || name == "scatter_uids") continue;
+        const Reference<ForeignMaterial> made(new ForeignMaterial(name, source.getInnerText(nodeAt(place))));
         made->backface_emit = settings->backface_emit;
         made->shadow_catcher = settings->shadow_catcher;
         made->delta_emission = settings->delta_emission;
         made->emission_sampling_factor = settings->emission_sampling_factor;
         made->mask_name = settings->mask_name;
         part = made.getPointer();
-        markRead(child);
+        markRead(place);
         return;
     }
     part = nullptr;

@@ -8,9 +8,11 @@
 #include "scene/nodes/SceneNodeCurve1D.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace Velmar {
 
@@ -24,6 +26,13 @@ enum class ElementForm {
     flag,
     /// One of a few words.
     word,
+};
+
+/// An element inside of one that is being read.
+struct InnerElement {
+    pugi::xml_node node;
+    /// Empty once the element was read.
+    std::string_view name;
 };
 
 /// What the readers of a document's elements share: the text that they come from, and what becomes of faults.
@@ -56,6 +65,9 @@ class ElementSource {
 
     bool wants_names = false;
 
+    /// The elements inside of those that are being read: first those of the outermost reader.
+    std::vector<InnerElement> inner_elements;
+
   protected:
     ~ElementSource() = default;
 
@@ -64,20 +76,24 @@ class ElementSource {
 };
 
 /// Reads what a description lists from an element, in whatever order it is there. An element that was read loses its
-/// name in the tree, so that those that remain are the ones that nothing knows.
+/// name in the list, so that those that remain are the ones that nothing knows. Readers of one source end in the
+/// reverse order of their making.
 class ElementReader {
   public:
     static constexpr bool reads = true;
     static constexpr bool writes = false;
 
-    ElementReader(ElementSource& source_, const pugi::xml_node& element_)
-        : source(source_), element(element_), first_unread(element_.first_child()) {}
+    ElementReader(ElementSource& source_, const pugi::xml_node& element_);
+    ~ElementReader() { source.inner_elements.resize(first); }
+    ElementReader(const ElementReader&) = delete;
+    ElementReader& operator=(const ElementReader&) = delete;
+
     /// Reports what wasn't read.
     void finish();
     /// Throws `SceneDocumentError` for the place of the element.
     [[noreturn]] void fail(const std::string& fault) { source.fail(element, fault); }
 
-    bool has(std::string_view name, bool = false) { return static_cast<bool>(find(name)); }
+    bool has(std::string_view name, bool = false) { return isThere(find(name)); }
 
     void identity(SceneNode& node);
     void name(SceneNode& node);
@@ -85,9 +101,9 @@ class ElementReader {
 
     template <class Field>
     bool value(std::string_view name, Field& field) {
-        const pugi::xml_node found = find(name);
-        if (!found) return false;
-        parse(found, field);
+        const std::size_t found = find(name);
+        if (!isThere(found)) return false;
+        parse(nodeAt(found), field);
         markRead(found);
         return true;
     }
@@ -142,11 +158,13 @@ class ElementReader {
 
     template <class Describe>
     void group(std::string_view name, Describe describeContent) {
-        const pugi::xml_node found = find(name);
-        if (!found) return;
-        ElementReader inside(source, found);
-        describeContent(inside);
-        inside.finish();
+        const std::size_t found = find(name);
+        if (!isThere(found)) return;
+        {
+            ElementReader inside(source, nodeAt(found));
+            describeContent(inside);
+            inside.finish();
+        }
         markRead(found);
     }
 
@@ -199,9 +217,13 @@ class ElementReader {
     std::string_view takeTextAfterIdentity(SceneNode& node);
 
   private:
-    pugi::xml_node find(std::string_view name) const;
+    /// The place of an unread element, or `end`.
+    std::size_t find(std::string_view name) const;
+    bool isThere(std::size_t place) const { return place != end; }
     std::size_t count(std::string_view name) const;
-    void markRead(pugi::xml_node child);
+    std::string_view nameAt(std::size_t place) const { return source.inner_elements[place].name; }
+    pugi::xml_node nodeAt(std::size_t place) const { return source.inner_elements[place].node; }
+    void markRead(std::size_t place);
     void markAllRead();
     [[noreturn]] void failWithout(std::string_view name);
     void readUIDs(std::string_view name, Vector<UID>& uids);
@@ -227,10 +249,13 @@ class ElementReader {
 
     ElementSource& source;
     pugi::xml_node element;
-    pugi::xml_node first_unread;
+    /// The places of its elements in the source's list.
+    const std::size_t first;
+    std::size_t end;
+    std::size_t first_unread;
     /// What `find` looked for last, and what it found: there is no unread element of this name before.
     mutable std::string_view last_name;
-    mutable pugi::xml_node last_found;
+    mutable std::size_t last_found = 0;
 };
 
 } // namespace Velmar

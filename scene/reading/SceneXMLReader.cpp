@@ -200,6 +200,7 @@ class DocumentReader final : public ElementSource {
         }
         // Not needed any more, while the scene still grows.
         tree.reset();
+        std::vector<InnerElement>().swap(inner_elements);
         std::vector<char>().swap(buffer);
         std::string().swap(plain_part);
         return makeScene();
