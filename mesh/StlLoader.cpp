@@ -204,12 +204,8 @@ class TextReader : TextInParts {
     }
 
     VELMAR_ALWAYS_INLINE bool scanPlain(const char*& p, float (&numbers)[3]) {
-        const char* after = has_exponents ? PlainFloats::scanWithExponents(p, numbers) : shapes.scan(p, numbers);
-        if (after == nullptr) [[unlikely]] {
-            // Programs write all numbers in the same way, or those with exponents among others.
-            if (has_exponents || (after = PlainFloats::scanWithExponents(p, numbers)) == nullptr) return false;
-            has_exponents = true;
-        }
+        const char* const after = shapes.scan(p, numbers);
+        if (after == nullptr) return false;
         p = after;
         return true;
     }
@@ -291,8 +287,6 @@ class TextReader : TextInParts {
     float scale;
     PlainFloats::LineShapes shapes;
     PlainFloats::LineShapes normal_shapes;
-    /// Whether numbers had exponents so far.
-    bool has_exponents = false;
     /// Between the normal, the three vertices and the next facet.
     Separator separators[4];
     bool knows_form = false;

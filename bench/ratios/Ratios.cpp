@@ -195,7 +195,8 @@ class NumbersAlone {
     void readStl() {
         p += std::string_view("solid mesh\n").size();
         while (p < end) {
-            p += std::string_view("facet normal 0 0 0\n outer loop\n").size();
+            p = normal_shapes.pass(p + std::string_view("facet normal ").size());
+            p += std::string_view("\n outer loop\n").size();
             for (int corner = 0; corner < 3; ++corner) {
                 p = shapes.scan(p + std::string_view("  vertex ").size(), triple);
                 ++p;
@@ -240,6 +241,7 @@ class NumbersAlone {
     const char* p;
     const char* end;
     PlainFloats::LineShapes shapes;
+    PlainFloats::LineShapes normal_shapes;
     float triple[3] = {};
     float pair[2] = {};
     std::uint32_t sum = 0;
@@ -306,7 +308,9 @@ void compareOn(const std::string& mesh_name, const Mesh& mesh, std::string_view 
     stl.push_back(numbersOfStl());
     stl.push_back(newMemory(3 * mesh.triangles.size() * sizeof(Velmar::Vec3f) + faces));
     run(
-        "STL, text", [&] { return makeStlText(mesh); }, ".stl", stl);
+        "STL, text, `%.6f`", [&] { return makeStlText(mesh, StlNumbers::decimals); }, ".stl", stl);
+    run(
+        "STL, text, `%.6e`", [&] { return makeStlText(mesh, StlNumbers::exponents); }, ".stl", stl);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "bench/support/BenchMesh.h"
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <random>
@@ -12,11 +13,23 @@ namespace BenchSupport {
 
 namespace {
 
-void appendNumbers(std::string& text, const char* keyword, const Vec3f& numbers) {
+void appendLine(std::string& text, const char* format, const Vec3f& numbers) {
     char line[128];
-    const int length = std::snprintf(line, sizeof line, "%s%.6f %.6f %.6f\n", keyword, static_cast<double>(numbers.x),
+    const int length = std::snprintf(line, sizeof line, format, static_cast<double>(numbers.x),
                                      static_cast<double>(numbers.y), static_cast<double>(numbers.z));
     text.append(line, static_cast<std::size_t>(length));
+}
+
+void appendNumbers(std::string& text, const std::string& keyword, const Vec3f& numbers) {
+    appendLine(text, (keyword + "%.6f %.6f %.6f\n").c_str(), numbers);
+}
+
+Vec3f normalOf(const Vec3f& a, const Vec3f& b, const Vec3f& c) {
+    const Vec3f u = {b.x - a.x, b.y - a.y, b.z - a.z};
+    const Vec3f v = {c.x - a.x, c.y - a.y, c.z - a.z};
+    const Vec3f product = {u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x};
+    const float length = std::sqrt(product.x * product.x + product.y * product.y + product.z * product.z);
+    return length > 0.0f ? Vec3f{product.x / length, product.y / length, product.z / length} : product;
 }
 
 std::string plyHeader(const Mesh& mesh, const std::string& format) {
@@ -59,12 +72,17 @@ std::string makeObjText(const Mesh& mesh, ObjCorners corners) {
     return text;
 }
 
-std::string makeStlText(const Mesh& mesh) {
+std::string makeStlText(const Mesh& mesh, StlNumbers numbers) {
+    const bool decimals = numbers == StlNumbers::decimals;
+    const char* const normal = decimals ? "facet normal %.6f %.6f %.6f\n" : "facet normal %.6e %.6e %.6e\n";
+    const char* const vertex = decimals ? "  vertex %.6f %.6f %.6f\n" : "  vertex %.6e %.6e %.6e\n";
     std::string text = "solid mesh\n";
     for (const MeshTriangle& triangle : mesh.triangles) {
-        text += "facet normal 0 0 0\n outer loop\n";
-        for (const std::uint32_t index : triangle.vertex_indices)
-            appendNumbers(text, "  vertex ", mesh.verts[index]);
+        const auto corner = [&](std::size_t i) -> const Vec3f& { return mesh.verts[triangle.vertex_indices[i]]; };
+        appendLine(text, normal, normalOf(corner(0), corner(1), corner(2)));
+        text += " outer loop\n";
+        for (std::size_t i = 0; i < 3; ++i)
+            appendLine(text, vertex, corner(i));
         text += " endloop\nendfacet\n";
     }
     return text + "endsolid mesh\n";

@@ -11,8 +11,10 @@ namespace BenchSupport {
 
 /// With `positions_uvs_normals` each position has a UV and a normal of its own.
 std::string makeObjText(const Velmar::Mesh& mesh, ObjCorners corners);
-/// With normals of length 0.
-std::string makeStlText(const Velmar::Mesh& mesh);
+/// `%.6f` or `%.6e`.
+enum class StlNumbers { decimals, exponents };
+
+std::string makeStlText(const Velmar::Mesh& mesh, StlNumbers numbers);
 std::string makePlyText(const Velmar::Mesh& mesh);
 std::string makeBinaryPly(const Velmar::Mesh& mesh);
 

@@ -33,7 +33,8 @@ std::vector<ExactBlock> linesOf(std::string_view text) {
 void requireAgreement(PlainFloats::LineShapes& shapes, const ExactBlock& line) {
     float expected[3] = {};
     float numbers[3] = {};
-    const char* const end = PlainFloats::scan(line.data(), expected);
+    const char* end = PlainFloats::scan(line.data(), expected);
+    if (end == nullptr) end = PlainFloats::scanWithExponents(line.data(), expected);
     if (shapes.scan(line.data(), numbers) != end) std::abort();
     for (std::size_t i = 0; end != nullptr && i < 3; ++i)
         if (std::bit_cast<std::uint32_t>(numbers[i]) != std::bit_cast<std::uint32_t>(expected[i])) std::abort();

@@ -30,7 +30,8 @@ testing::AssertionResult agrees(LineShapes& shapes, const std::string& line) {
     const ExactBlock block = blockOf(line);
     float expected[3] = {};
     float numbers[3] = {};
-    const char* const expected_end = PlainFloats::scan(block.data(), expected);
+    const char* expected_end = PlainFloats::scan(block.data(), expected);
+    if (expected_end == nullptr) expected_end = PlainFloats::scanWithExponents(block.data(), expected);
     const char* const end = shapes.scan(block.data(), numbers);
     if (end != expected_end) return testing::AssertionFailure() << "'" << line << "' has another end";
     if (end == nullptr) return testing::AssertionSuccess();
@@ -65,16 +66,42 @@ TEST(LineShapes, ReadLinesOfAllShapesAsPlainFloats) {
     }
 }
 
-TEST(LineShapes, ALineWithOtherBytesInThePlacesOfAShapeIsAnother) {
+TEST(LineShapes, ReadExponentsAsPlainFloats) {
     LineShapes shapes;
-    const std::string line = "-0.125000 12.500000 -3.000000\n";
-    learn(shapes, line);
-    for (std::size_t i = 0; i < line.size(); ++i)
-        for (int byte = 0; byte < 256; ++byte) {
-            std::string other = line;
-            other[i] = static_cast<char>(byte);
-            ASSERT_TRUE(agrees(shapes, other)) << i << " " << byte;
-        }
+    std::mt19937_64 random(32);
+    std::uniform_real_distribution<double> unit(-1, 1);
+    const auto number = [&] {
+        static const std::array<const char*, 5> formats = {"%.6e", "%.6e", "%.7E", "%.0e", "%.3f"};
+        const double magnitude = std::pow(10.0, static_cast<double>(random() % 60) - 30);
+        return format(formats[random() % formats.size()], unit(random) * (random() % 8 == 0 ? magnitude : 1.0));
+    };
+    for (int i = 0; i < 60000; ++i)
+        ASSERT_TRUE(agrees(shapes, number() + " " + number() + " " + number() + "\n"));
+}
+
+TEST(LineShapes, RefuseExponentsWhoseResultsAreNotExact) {
+    LineShapes shapes;
+    learn(shapes, "1.0000000e+00 1.0e-01 0\n");
+    for (const char* beyond : {"1.0000000e+30 1.0e-01 0\n", "1.0000000e+00 1.0e-22 0\n",
+                               // In the middle of two floats.
+                               "1.6777217e+07 1.0e-01 0\n"}) {
+        const ExactBlock block = blockOf(beyond);
+        float numbers[3];
+        EXPECT_EQ(shapes.scan(block.data(), numbers), nullptr) << beyond;
+    }
+}
+
+TEST(LineShapes, ALineWithOtherBytesInThePlacesOfAShapeIsAnother) {
+    for (const std::string line : {"-0.125000 12.500000 -3.000000\n", "-1.250000e-01 1.25E+01 -3\n"}) {
+        LineShapes shapes;
+        learn(shapes, line);
+        for (std::size_t i = 0; i < line.size(); ++i)
+            for (int byte = 0; byte < 256; ++byte) {
+                std::string other = line;
+                other[i] = static_cast<char>(byte);
+                ASSERT_TRUE(agrees(shapes, other)) << i << " " << byte;
+            }
+    }
 }
 
 TEST(LineShapes, WhatIsAfterTheLineDoesNotMatter) {

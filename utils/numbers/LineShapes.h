@@ -14,12 +14,12 @@
 
 namespace PlainFloats {
 
-/// `PlainFloats::scan` of three numbers for many lines, in half the instructions. The lines of a file have few shapes:
-/// where the signs, the points, the spaces and the line's end are. What follows from a shape is remembered with it, so
-/// another line of the shape is only compared, shifted and divided.
+/// Scans three numbers for many lines, in half the instructions of `PlainFloats::scan`. The lines of a file have few
+/// shapes: where the signs, the points, the exponents, the spaces and the line's end are. What follows from a shape is
+/// remembered with it, so another line of the shape is only compared, shifted and divided.
 class LineShapes {
   public:
-    /// Reads three numbers without exponents. As `PlainFloats::scan`.
+    /// Reads three numbers that may have exponents. As `PlainFloats::scan`, or else `PlainFloats::scanWithExponents`.
     VELMAR_ALWAYS_INLINE const char* scan(const char* p, float (&numbers)[3]) {
         if (shapes.empty()) [[unlikely]]
             return scanBeforeTable(p, numbers);
@@ -29,10 +29,12 @@ class LineShapes {
             return scanOther(p, numbers);
         using namespace Details;
         const __m128i xy = _mm_unpacklo_epi64(digitsOf(p, shape.parts[0]), digitsOf(p, shape.parts[1]));
-        const Digits::Four integers = Digits::join({xy}, {digitsOf(p, shape.parts[2])});
-        const __m128d first_two = _mm_div_pd(_mm_cvtepi32_pd(integers.numbers), _mm_loadu_pd(shape.divisors));
-        const __m128d third =
-            _mm_div_sd(_mm_cvtepi32_pd(_mm_srli_si128(integers.numbers, 8)), _mm_load_sd(shape.divisors + 2));
+        const Digits::Four digits = Digits::join({xy}, {digitsOf(p, shape.parts[2])});
+        const ThreeDoubles integers = {_mm_cvtepi32_pd(digits.numbers),
+                                       _mm_cvtepi32_pd(_mm_srli_si128(digits.numbers, 8))};
+        if (shape.has_exponents) return scaleByExponents(p, shape, integers, numbers);
+        const __m128d first_two = _mm_div_pd(integers.first_two, _mm_loadu_pd(shape.divisors));
+        const __m128d third = _mm_div_sd(integers.last, _mm_load_sd(shape.divisors + 2));
         storeTwo(_mm_cvtpd_ps(first_two), numbers);
         _mm_store_ss(numbers + 2, _mm_cvtpd_ps(third));
         return p + shape.end;
@@ -52,6 +54,8 @@ class LineShapes {
   private:
     static constexpr std::size_t window = 48;
     static constexpr std::size_t block_size = 16;
+    /// Between the indices of two exponents of one sign.
+    static constexpr std::int32_t scale_step = Details::scaleIndex(1, 0) - Details::scaleIndex(0, 0);
 
     /// Where the digits of a number are, and how far they move to be the last ones of eight.
     struct Part {
@@ -60,6 +64,10 @@ class LineShapes {
         std::uint64_t fraction_left;
         std::uint32_t whole;
         std::uint32_t fraction;
+        /// Where the exponent's two digits are, and the index of the scale as far as they don't change it.
+        std::uint32_t exponent;
+        std::int32_t scale;
+        std::int32_t scale_step;
     };
 
     struct Shape {
@@ -73,7 +81,9 @@ class LineShapes {
         std::uint8_t text[window] = {};
         std::uint8_t mask[window] = {};
         Part parts[3] = {};
+        /// Without exponents.
         double divisors[3] = {};
+        bool has_exponents = false;
     };
 
     static __m128i load(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
@@ -124,16 +134,46 @@ class LineShapes {
         return static_cast<std::size_t>(key * 0x9E3779B97F4A7C15 >> (64 - slot_bits));
     }
 
+    VELMAR_ALWAYS_INLINE static const char*
+    scaleByExponents(const char* p, const Shape& shape, const Details::ThreeDoubles& integers, float (&numbers)[3]) {
+        using namespace Details;
+        const Scale* scales_of[3];
+        for (std::size_t i = 0; i < 3; ++i) {
+            const Part& part = shape.parts[i];
+            const int magnitude = (p[part.exponent] - '0') * 10 + (p[part.exponent + 1] - '0');
+            const auto index = static_cast<std::size_t>(part.scale + part.scale_step * magnitude);
+            if (index >= scales.size()) return nullptr;
+            scales_of[i] = &scales[index];
+        }
+        const auto first_two = [&](double Scale::*member) {
+            return _mm_loadh_pd(_mm_load_sd(&(scales_of[0]->*member)), &(scales_of[1]->*member));
+        };
+        return storeScaled({first_two(&Scale::factor), _mm_load_sd(&scales_of[2]->factor)},
+                           {first_two(&Scale::divisor), _mm_load_sd(&scales_of[2]->divisor)}, integers, numbers)
+                   ? p + shape.end
+                   : nullptr;
+    }
+
     /// For few lines a table doesn't pay.
     VELMAR_NEVER_INLINE const char* scanBeforeTable(const char* p, float (&numbers)[3]) {
         constexpr std::uint32_t min_lines = 256;
         if (!is_of_no_use && ++num_lines == min_lines) shapes.resize(std::size_t{1} << slot_bits);
-        return PlainFloats::scan(p, numbers);
+        return scanAny(p, numbers);
+    }
+
+    VELMAR_ALWAYS_INLINE const char* scanAny(const char* p, float (&numbers)[3]) {
+        // Programs write all numbers in the same way, or those with exponents among others.
+        const char* end = had_exponents ? PlainFloats::scanWithExponents(p, numbers) : PlainFloats::scan(p, numbers);
+        if (end == nullptr) [[unlikely]] {
+            end = had_exponents ? PlainFloats::scan(p, numbers) : PlainFloats::scanWithExponents(p, numbers);
+            had_exponents = had_exponents || end != nullptr;
+        }
+        return end;
     }
 
     /// A line of a shape that isn't in the table.
     VELMAR_NEVER_INLINE const char* scanOther(const char* p, float (&numbers)[3]) {
-        const char* const end = PlainFloats::scan(p, numbers);
+        const char* const end = scanAny(p, numbers);
         if (end != nullptr && (*end == '\n' || *end == '\r')) learn(p, static_cast<std::size_t>(end - p));
         // Files that write numbers as short as they can have too many shapes.
         constexpr std::uint32_t sample = 1024;
@@ -177,10 +217,22 @@ class LineShapes {
             const std::size_t decimals = p[at] == '.' ? countDigits(p + fraction) : 0;
             at = fraction + decimals;
             if (whole_digits + decimals > Details::ShortNumber::max_digits) return;
-            shape.parts[i] = {Digits::shifts_to_end[whole_digits], Digits::shifts_from_end[decimals],
-                              Digits::shifts_to_end[decimals], static_cast<std::uint32_t>(whole),
-                              static_cast<std::uint32_t>(fraction)};
-            shape.divisors[i] = Details::scales[Details::scaleIndex(-static_cast<int>(decimals), negative)].divisor;
+            Part& part = shape.parts[i];
+            part = {Digits::shifts_to_end[whole_digits],
+                    Digits::shifts_from_end[decimals],
+                    Digits::shifts_to_end[decimals],
+                    static_cast<std::uint32_t>(whole),
+                    static_cast<std::uint32_t>(fraction),
+                    0,
+                    static_cast<std::int32_t>(Details::scaleIndex(-static_cast<int>(decimals), negative)),
+                    0};
+            shape.divisors[i] = Details::scales[static_cast<std::size_t>(part.scale)].divisor;
+            if ((p[at] | 0x20) == 'e') {
+                shape.has_exponents = true;
+                part.scale_step = p[at + 1] == '-' ? -scale_step : scale_step;
+                part.exponent = static_cast<std::uint32_t>(at + 2);
+                at += 4;
+            }
         }
         shapes[slotOf(shape.key)] = shape;
     }
@@ -200,6 +252,8 @@ class LineShapes {
     /// Of the line that was the last one of the last sample of others.
     std::uintptr_t last_place = 0;
     bool is_of_no_use = false;
+    /// Whether lines had exponents so far.
+    bool had_exponents = false;
 };
 
 } // namespace PlainFloats

@@ -228,13 +228,26 @@ VELMAR_ALWAYS_INLINE bool takeThree(Walk<exponents>& walk, AnyNumber& x, AnyNumb
     return walk.take(x) && walk.takeAfterSpace(y) && walk.takeAfterSpace(z) && walk.atBlankOrLineEnd();
 }
 
-/// The three numbers as they are written without point and exponent.
-struct Integers {
+struct ThreeDoubles {
     __m128d first_two;
     __m128d last;
 };
 
-VELMAR_ALWAYS_INLINE Integers join(const ShortNumber& x, const ShortNumber& y, const ShortNumber& z) {
+/// Integers times factors, or by divisors. False when one of them may lie so near to the middle of two floats that its
+/// double doesn't determine to which it rounds.
+VELMAR_ALWAYS_INLINE bool storeScaled(const ThreeDoubles& factors, const ThreeDoubles& divisors,
+                                      const ThreeDoubles& integers, float (&numbers)[3]) {
+    // Of product and quotient only one rounds.
+    const __m128d first_two = _mm_div_pd(_mm_mul_pd(integers.first_two, factors.first_two), divisors.first_two);
+    const __m128d third = _mm_div_sd(_mm_mul_sd(integers.last, factors.last), divisors.last);
+    if (isNearMiddle(first_two) || isNearMiddle(third)) return false;
+    storeTwo(_mm_cvtpd_ps(first_two), numbers);
+    _mm_store_ss(numbers + 2, _mm_cvtpd_ps(third));
+    return true;
+}
+
+/// The numbers as they are written without point and exponent.
+VELMAR_ALWAYS_INLINE ThreeDoubles join(const ShortNumber& x, const ShortNumber& y, const ShortNumber& z) {
     const Digits::Four integers = Digits::join({_mm_unpacklo_epi64(x.digits, y.digits)}, {z.digits});
     return {_mm_cvtepi32_pd(integers.numbers), _mm_cvtepi32_pd(_mm_srli_si128(integers.numbers, 8))};
 }
@@ -286,17 +299,14 @@ VELMAR_ALWAYS_INLINE const char* scanThree(const char* p, float (&numbers)[3]) {
     ShortNumber y;
     ShortNumber z;
     if (!takeThree(walk, x, y, z)) return has_factors ? scanLongWithExponents(p, numbers) : scanLong(p, numbers);
-    Integers integers = join(x, y, z);
+    const ThreeDoubles integers = join(x, y, z);
+    const ThreeDoubles divisors = {_mm_unpacklo_pd(x.divisor, y.divisor), z.divisor};
     if constexpr (has_factors) {
-        integers.first_two = _mm_mul_pd(integers.first_two, _mm_unpacklo_pd(x.factor, y.factor));
-        integers.last = _mm_mul_sd(integers.last, z.factor);
+        if (!storeScaled({_mm_unpacklo_pd(x.factor, y.factor), z.factor}, divisors, integers, numbers)) return nullptr;
+    } else {
+        storeTwo(_mm_cvtpd_ps(_mm_div_pd(integers.first_two, divisors.first_two)), numbers);
+        _mm_store_ss(numbers + 2, _mm_cvtpd_ps(_mm_div_sd(integers.last, divisors.last)));
     }
-    const __m128d first_two = _mm_div_pd(integers.first_two, _mm_unpacklo_pd(x.divisor, y.divisor));
-    const __m128d third = _mm_div_sd(integers.last, z.divisor);
-    // Of product and quotient only one rounds.
-    if (has_factors && (isNearMiddle(first_two) || isNearMiddle(third))) return nullptr;
-    storeTwo(_mm_cvtpd_ps(first_two), numbers);
-    _mm_store_ss(numbers + 2, _mm_cvtpd_ps(third));
     return walk.place();
 }
 
@@ -309,7 +319,7 @@ VELMAR_ALWAYS_INLINE const char* scan(const char* p, float (&numbers)[2]) {
     ShortNumber x;
     ShortNumber y;
     if (!walk.take(x) || !walk.takeAfterSpace(y) || !walk.atBlankOrLineEnd()) return scanLong(p, numbers);
-    const Integers integers = join(x, y, y);
+    const ThreeDoubles integers = join(x, y, y);
     storeTwo(_mm_cvtpd_ps(_mm_div_pd(integers.first_two, _mm_unpacklo_pd(x.divisor, y.divisor))), numbers);
     return walk.place();
 }
