@@ -16,11 +16,6 @@ namespace Velmar {
 
 namespace {
 
-std::string_view withoutByteOrderMark(std::string_view text) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    return text.starts_with(mark) ? text.substr(mark.size()) : text;
-}
-
 /// Whether a line "keyword values" says something: of opacity and light the usual values say nothing.
 bool hasEffect(std::string_view keyword, std::string_view values) {
     const bool all_zero = values.find_first_not_of("0. \t\r") == std::string_view::npos;
@@ -57,7 +52,7 @@ void importLibrary(const std::string& path, ImportedMesh& result) {
     std::set<std::string> dropped;
     try {
         const MappedFile file(path);
-        const std::string_view text = withoutByteOrderMark(file.getText());
+        const std::string_view text = FileUtils::withoutByteOrderMark(file.getText());
         readMTL(text, library);
         dropped = findDropped(text);
     } catch (const Velmar::Exception& e) {
@@ -75,7 +70,7 @@ void importLibrary(const std::string& path, ImportedMesh& result) {
 void importOBJ(const std::string& path, float scale, ImportedMesh& result) {
     const MappedFile file(path);
     std::vector<std::string> libraries;
-    readOBJ(withoutByteOrderMark(file.getText()), *result.mesh, scale, libraries);
+    readOBJ(FileUtils::withoutByteOrderMark(file.getText()), *result.mesh, scale, libraries);
     const std::string folder = path.substr(0, path.find_last_of("/\\") + 1);
     std::set<std::string> known;
     for (const std::string& name : libraries) {
@@ -117,7 +112,7 @@ ImportedMesh importMesh(const std::string& path, float scale) {
         importOBJ(path, scale, result);
     } else if (format == "ply") {
         const MappedFile file(path);
-        readWholePLY(withoutByteOrderMark(file.getText()), *result.mesh, scale);
+        readWholePLY(FileUtils::withoutByteOrderMark(file.getText()), *result.mesh, scale);
     } else if (format == "stl") {
         const MappedFile file(path);
         readSTL(file.getText(), *result.mesh, scale);

@@ -114,11 +114,11 @@ int32_t VelmarKit_Node_Release(void* node) {
     });
 }
 
-int32_t VelmarKit_Background_Delete(void* background) {
+int32_t VelmarKit_Background_Delete(void* record) {
     return guarded(Subject::background, [&] {
-        const auto* const handle = static_cast<VelmarBackground*>(background);
-        checkUnowned(handle);
-        if (background != nullptr) fromHandle(static_cast<VelmarBackground*>(background))->destroy(1);
+        auto* const background = static_cast<VelmarBackground*>(record);
+        checkUnowned(background);
+        if (background != nullptr) fromHandle(background)->destroy(1);
     });
 }
 

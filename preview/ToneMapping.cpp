@@ -34,7 +34,8 @@ float hable(float x) {
 
 /// A value of 0 to 1 as a byte; 0 for what isn't a number.
 unsigned char toByte(float value) {
-    return value > 0.0f ? static_cast<unsigned char>(std::min(value, 1.0f) * 255.0f + 0.5f) : 0;
+    const float rounded = std::min(value, 1.0f) * 255.0f + 0.5f;
+    return value > 0.0f ? static_cast<unsigned char>(rounded) : 0;
 }
 
 /// Whether values at ascending places can be mixed.

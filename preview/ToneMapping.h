@@ -83,7 +83,7 @@ class ToneMapping {
 };
 
 /// The sRGB encoding of a linear value, from 0 to 1.
-float encodeForDisplay(float linear);
+float encodeForDisplay(float value);
 
 /// The geometric mean of the luminance of a picture's pixels that aren't black; 1 if all are.
 float meanLuminance(const Picture& picture);

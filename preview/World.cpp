@@ -246,7 +246,7 @@ void World::attachInstances(const std::vector<Instance>& former) {
         const bool known = i < former.size();
         if (known && former[i].path < 0 && instance.path < 0 && former[i].geometry == instance.geometry) {
             if (former[i].placement.to_world == instance.placement.to_world) continue;
-            const RTCGeometry geometry = rtcGetGeometry(scene.get(), id);
+            auto* const geometry = rtcGetGeometry(scene.get(), id);
             setTransform(geometry, 0, instance.placement.to_world);
             rtcCommitGeometry(geometry);
             continue;

@@ -183,7 +183,7 @@ class World {
     bool tryToBuild(const SceneNodes& nodes, std::vector<std::string> material_masks,
                     const std::vector<std::string>& object_masks, const std::atomic<bool>& cancelled);
     void readModel(const Velmar::SceneNodeModel& model, const std::vector<std::string>& object_masks);
-    void readSphere(const Velmar::SceneNodeSphere& sphere);
+    void readSphere(const Velmar::SceneNodeSphere& node);
     void readSurfaces(const Velmar::SceneNodeModel& model, Instance& instance);
     double areaOf(const Instance& instance, std::uint32_t material) const;
     const MeshGeometry* geometryOf(const Velmar::SceneNodeModel& model);

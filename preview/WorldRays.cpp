@@ -101,9 +101,9 @@ bool World::isSphereHit(unsigned index, const RTCRay& ray, float& t, Vec3& norma
     const double ox = double{ray.org_x} - double{centre.x};
     const double oy = double{ray.org_y} - double{centre.y};
     const double oz = double{ray.org_z} - double{centre.z};
-    const double dx = double{ray.dir_x};
-    const double dy = double{ray.dir_y};
-    const double dz = double{ray.dir_z};
+    const auto dx = double{ray.dir_x};
+    const auto dy = double{ray.dir_y};
+    const auto dz = double{ray.dir_z};
     const double a = dx * dx + dy * dy + dz * dz;
     const double b = ox * dx + oy * dy + oz * dz;
     const double c = ox * ox + oy * oy + oz * oz - double{sphere.radius} * double{sphere.radius};

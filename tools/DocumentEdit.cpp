@@ -10,6 +10,7 @@
 #include "tools/Console.h"
 #include "tools/DocumentReferences.h"
 #include "tools/Manual.h"
+#include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
 #include <algorithm>
@@ -183,12 +184,10 @@ class DocumentEdit::NodeCollector final : public ReadingListener {
 
 DocumentEdit::DocumentEdit(const std::string& path_) : path(path_) {
     try {
-        text = MappedFile(path).getText();
+        text = FileUtils::withoutByteOrderMark(MappedFile(path).getText());
     } catch (...) {
         throw makeFailureOf(path);
     }
-    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-    if (text.starts_with(byte_order_mark)) text.erase(0, byte_order_mark.size());
     // As the reader has it: a document of Windows has no other line ends.
     if (const std::size_t line_end = text.find('\n');
         line_end != std::string::npos && line_end > 0 && text[line_end - 1] == '\r') {

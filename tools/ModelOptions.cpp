@@ -3,6 +3,7 @@
 #include "import/MeshImport.h"
 
 #include "tools/Console.h"
+#include "utils/FileUtils.h"
 #include "utils/MappedFile.h"
 
 #include <algorithm>
@@ -134,12 +135,10 @@ std::vector<ModelRequest> readPlacementFile(const std::string& path, const Model
     std::vector<ModelRequest> models;
     std::string text;
     try {
-        text = MappedFile(path).getText();
+        text = FileUtils::withoutByteOrderMark(MappedFile(path).getText());
     } catch (...) {
         throw makeFailureOf(path);
     }
-    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-    if (text.starts_with(byte_order_mark)) text.erase(0, byte_order_mark.size());
     std::size_t number = 0;
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());

@@ -75,9 +75,8 @@ class MarkupReader {
     explicit MarkupReader(const std::string& document_path)
         : path(document_path), file(System::openFile(document_path), &std::fclose) {
         if (!file) throw Failure("Failed to open file '" + path + "': " + PlatformUtils::getLastErrorText());
-        constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
         fill();
-        if (std::string_view(buffer).starts_with(byte_order_mark)) at = byte_order_mark.size();
+        at = buffer.size() - FileUtils::withoutByteOrderMark(buffer).size();
     }
 
     /// The next piece. A text may come in several.

@@ -62,6 +62,11 @@ std::string trimTrailingWhitespace(std::string_view text) {
     return std::string(text.substr(0, text.find_last_not_of(" \t\n\r") + 1));
 }
 
+std::string_view withoutByteOrderMark(std::string_view text) {
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    return text.substr(text.starts_with(mark) ? mark.size() : 0);
+}
+
 std::string toLowerCase(std::string_view text) {
     std::string result(text);
     for (char& c : result)

@@ -38,6 +38,9 @@ void replaceChar(std::string& text, char from, char to);
 /// Without the trailing run of spaces, tabs, line feeds and carriage returns.
 std::string trimTrailingWhitespace(std::string_view text);
 
+/// Without the mark that some editors of Windows write before UTF-8.
+std::string_view withoutByteOrderMark(std::string_view text);
+
 /// Only the bytes A to Z change.
 std::string toLowerCase(std::string_view text);
 

@@ -91,7 +91,6 @@ void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
     struct Missing {
         UID uid;
         std::size_t order;
-        auto operator<=>(const Missing&) const = default;
     };
     std::vector<Missing> named;
     for (const Reference<SceneNode>& node : nodes) {
@@ -100,7 +99,7 @@ void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
             named.push_back({uid, named.size()});
     }
     if (named.empty()) return;
-    std::ranges::sort(named);
+    std::ranges::sort(named, {}, [](const Missing& one) { return std::pair(one.uid, one.order); });
     const auto of_one_node = [](const Missing& a, const Missing& b) { return a.uid == b.uid; };
     named.erase(std::unique(named.begin(), named.end(), of_one_node), named.end());
     std::vector<UID> known{root_uid};
@@ -237,8 +236,7 @@ class DocumentReader final : public ElementSource {
     static constexpr std::size_t part_size = 128 * 1024;
 
     void readScene() {
-        constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-        std::size_t at = text.starts_with(byte_order_mark) ? byte_order_mark.size() : 0;
+        std::size_t at = text.size() - FileUtils::withoutByteOrderMark(text).size();
         // Such is the line end of a stream of Windows, which precedes every line feed, also those in texts.
         const std::size_t line_end = text.find('\n');
         has_line_pairs = line_end != std::string_view::npos && line_end > 0 && text[line_end - 1] == '\r';

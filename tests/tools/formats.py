@@ -1,23 +1,7 @@
 """`velmar convert` to OBJ, PLY and STL, and what `velmar info` says of meshes."""
 import json
 
-from support import SQUARE, TRIANGLE, ToolTest
-
-CUBE = """v 0 0 0
-v 1 0 0
-v 1 1 0
-v 0 1 0
-v 0 0 1
-v 1 0 1
-v 1 1 1
-v 0 1 1
-f 4 3 2 1
-f 5 6 7 8
-f 1 2 6 5
-f 3 4 8 7
-f 2 3 7 6
-f 4 1 5 8
-"""
+from support import BOX, SQUARE, TRIANGLE, ToolTest
 
 
 class Formats(ToolTest):
@@ -52,7 +36,7 @@ class Formats(ToolTest):
         self.assertTrue((self.folder / "a.ply").read_bytes().startswith(b"ply\nformat ascii"))
 
     def test_stl_round_trip_keeps_the_triangles(self):
-        self.write("cube.obj", CUBE)
+        self.write("cube.obj", BOX)
         for options, start in (([], b"binary STL"), (["--text"], b"solid")):
             self.expect(["convert", "-q", *options, "cube.obj", "a.stl"])
             self.assertTrue((self.folder / "a.stl").read_bytes().startswith(start))
@@ -71,7 +55,7 @@ class Formats(ToolTest):
         self.assertTrue((self.folder / "out/a.ply").read_bytes().startswith(b"ply\n"))
 
     def test_measures_of_a_closed_mesh(self):
-        self.write("cube.obj", CUBE)
+        self.write("cube.obj", BOX)
         rows = self.rows("cube.obj")
         self.assertEqual([rows[name] for name in ("area", "volume", "edges", "faces", "unused")],
                          ["6", "1", "0 open", "0 degenerate, 0 duplicate", "0 vertices"])
@@ -92,12 +76,12 @@ class Formats(ToolTest):
         self.assertEqual((rows["area"], rows["faces"]), ("0.5", "1 degenerate, 0 duplicate"))
 
     def test_a_closed_mesh_with_a_face_turned_over_has_no_volume(self):
-        self.write("cube.obj", CUBE.replace("f 5 6 7 8", "f 8 7 6 5"))
+        self.write("cube.obj", BOX.replace("f 5 6 7 8", "f 8 7 6 5"))
         rows = self.rows("cube.obj")
         self.assertEqual((rows["volume"], rows["edges"]), ("none: not closed", "0 open"))
 
     def test_a_mesh_of_separate_triangles_is_closed_where_their_corners_meet(self):
-        self.write("cube.obj", CUBE)
+        self.write("cube.obj", BOX)
         self.run_tool("convert", "-q", "cube.obj", "cube.stl")
         self.assertEqual(self.rows("cube.stl")["edges"], "0 open")
 
@@ -113,7 +97,7 @@ class Json(ToolTest):
         return document["files"]
 
     def test_a_mesh(self):
-        self.write("cube.obj", CUBE)
+        self.write("cube.obj", BOX)
         cube, = self.read("cube.obj")
         self.assertRegex(cube.pop("checksum"), r"\A\d+\Z")
         self.assertEqual(cube, {

@@ -2,25 +2,7 @@
 import struct
 
 from png import read_png
-from support import SQUARE, TRIANGLE, ToolTest
-
-# Edges of 1 in an OBJ file: x to the right, y up, z towards the viewer.
-BOX = """v 0 0 0
-v 1 0 0
-v 1 1 0
-v 0 1 0
-v 0 0 1
-v 1 0 1
-v 1 1 1
-v 0 1 1
-f 4 3 2 1
-f 5 6 7 8
-f 1 2 6 5
-f 3 4 8 7
-f 2 3 7 6
-f 4 1 5 8
-"""
-
+from support import BOX, SQUARE, TRIANGLE, ToolTest
 
 # A value of 0.8 as sRGB encodes it.
 BACKGROUND = 231

@@ -37,6 +37,22 @@ f 1/1 3/3 4/2
 usemtl blue
 f 5/1 6/2 7/3 8/1
 """
+# Edges of 1 in an OBJ file: x to the right, y up, z towards the viewer.
+BOX = """v 0 0 0
+v 1 0 0
+v 1 1 0
+v 0 1 0
+v 0 0 1
+v 1 0 1
+v 1 1 1
+v 0 1 1
+f 4 3 2 1
+f 5 6 7 8
+f 1 2 6 5
+f 3 4 8 7
+f 2 3 7 6
+f 4 1 5 8
+"""
 TRIANGLE = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n"
 
 

@@ -125,6 +125,13 @@ TEST(TrimTrailingWhitespace, CutsTheFinalRun) {
     EXPECT_EQ("a\v", FileUtils::trimTrailingWhitespace("a\v"));
 }
 
+TEST(WithoutByteOrderMark, CutsTheWholeMarkAtTheBeginningOnly) {
+    EXPECT_EQ("v 1", FileUtils::withoutByteOrderMark("\xEF\xBB\xBFv 1"));
+    EXPECT_EQ("v\xEF\xBB\xBF", FileUtils::withoutByteOrderMark("v\xEF\xBB\xBF"));
+    EXPECT_EQ("\xEF\xBB", FileUtils::withoutByteOrderMark("\xEF\xBB"));
+    EXPECT_EQ("", FileUtils::withoutByteOrderMark(""));
+}
+
 TEST(ToLowerCase, ChangesAsciiLettersOnly) {
     EXPECT_EQ("azaz09@[`{\xC3\x84", FileUtils::toLowerCase("AZaz09@[`{\xC3\x84"));
 }
