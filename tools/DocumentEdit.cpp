@@ -182,7 +182,7 @@ class DocumentEdit::NodeCollector final : public ReadingListener {
     DocumentEdit& edit;
 };
 
-DocumentEdit::DocumentEdit(const std::string& path_) : path(path_) {
+DocumentEdit::DocumentEdit(std::string path_) : path(std::move(path_)) {
     try {
         text = FileUtils::withoutByteOrderMark(MappedFile(path).getText());
     } catch (...) {

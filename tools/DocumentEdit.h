@@ -17,7 +17,7 @@
 class DocumentEdit {
   public:
     /// Throws `Failure`.
-    explicit DocumentEdit(const std::string& path);
+    explicit DocumentEdit(std::string path);
 
     /// Sets the value of an element, which is added where it isn't there. Throws `Failure`.
     void set(const ElementPath& element, const std::string& value);

@@ -18,6 +18,8 @@ struct Digest {
     std::uint64_t low = 0;
     std::uint64_t high = 0;
 
+    // The checker takes the 0 of the comparison for a pointer.
+    // NOLINTNEXTLINE(modernize-use-nullptr)
     auto operator<=>(const Digest&) const = default;
 
     /// Of bytes.

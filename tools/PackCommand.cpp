@@ -192,9 +192,9 @@ void copyFile(const PackedFile& file, OutputFile& output) {
 }
 
 bool isCompressed(const std::string& name) {
-    for (const std::string_view extension : {".vmmesh", ".png", ".jpg", ".jpeg", ".zip", ".gz"})
-        if (FileUtils::toLowerCase(name).ends_with(extension)) return true;
-    return false;
+    constexpr std::string_view extensions[] = {".vmmesh", ".png", ".jpg", ".jpeg", ".zip", ".gz"};
+    const std::string lower = FileUtils::toLowerCase(name);
+    return std::ranges::any_of(extensions, [&](std::string_view extension) { return lower.ends_with(extension); });
 }
 
 class PackProgress {

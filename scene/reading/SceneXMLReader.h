@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Velmar {
@@ -14,8 +15,8 @@ namespace Velmar {
 /// A document that isn't one of a scene, with the place.
 class SceneDocumentError {
   public:
-    SceneDocumentError(const std::string& path_, std::size_t line_, std::size_t column_, const std::string& fault_)
-        : path(path_), fault(fault_), line(line_), column(column_) {}
+    SceneDocumentError(std::string path_, std::size_t line_, std::size_t column_, std::string fault_)
+        : path(std::move(path_)), fault(std::move(fault_)), line(line_), column(column_) {}
 
     /// `PATH:LINE:COLUMN: error: FAULT`.
     std::string getMessage() const;

@@ -130,7 +130,8 @@ def main(arguments: Optional[List[str]] = None) -> int:
         parser.error("a SOURCE or --list is needed")
     if not chosen.verbose:
         # What matters is in the report; the rest is Dask's account of how it got over it.
-        logging.getLogger("distributed").setLevel(logging.CRITICAL)
+        for name in ("distributed", "asyncio"):
+            logging.getLogger(name).setLevel(logging.CRITICAL)
     bar = _Bar(chosen.quiet)
     try:
         report = convert(_sources(chosen), chosen.store, scheduler=chosen.scheduler, local=chosen.local,
