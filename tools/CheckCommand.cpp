@@ -37,7 +37,7 @@ void print(const std::string& path, const CheckReport& report, bool quiet) {
     for (const Finding& finding : report.findings)
         if (finding.is_error || !quiet) printFinding(path, finding);
     for (const auto& [code, count] : report.omitted)
-        printNote(path + ": " + std::to_string(count) + " more of " + code);
+        printNote(std::string(path).append(": ").append(std::to_string(count)).append(" more of ").append(code));
 }
 
 void add(JsonWriter& json, const CheckReport& report) {

@@ -20,6 +20,7 @@ using Velmar::Reference;
 using Velmar::Vec3d;
 using Velmar::Vec3f;
 
+// NOLINTNEXTLINE(misc-unused-using-decls)
 using Vec::operator-;
 
 namespace {

@@ -141,7 +141,7 @@ class LineShapes {
         for (std::size_t i = 0; i < 3; ++i) {
             const Part& part = shape.parts[i];
             const int magnitude = (p[part.exponent] - '0') * 10 + (p[part.exponent + 1] - '0');
-            const auto index = static_cast<std::size_t>(part.scale + part.scale_step * magnitude);
+            const auto index = static_cast<std::uint32_t>(part.scale + part.scale_step * magnitude);
             if (index >= scales.size()) return nullptr;
             scales_of[i] = &scales[index];
         }
