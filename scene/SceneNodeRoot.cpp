@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <functional>
+#include <numeric>
 #include <vector>
 
 namespace Velmar {
@@ -45,37 +47,39 @@ void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
         uid_to_node.insert(node_uid, node.getPointer());
 }
 
-void SceneNodeRoot::addFirstChildNodes(std::span<const Reference<SceneNode>> nodes) {
+void SceneNodeRoot::addFirstChildNodes(Vector<Reference<SceneNode>>& nodes) {
     assertThat(child_nodes.empty() && uid_to_node.size() == 0, "child_nodes.empty()");
-    // The first node of a UID has the place in the table, and the last one is found there.
-    struct Numbered {
-        UID uid;
-        std::size_t index;
-        auto operator<=>(const Numbered&) const = default;
-    };
-    std::vector<Numbered> first_of;
-    first_of.reserve(nodes.size());
-    for (const Reference<SceneNode>& node : nodes)
-        first_of.push_back({node->getUID(), first_of.size()});
-    std::vector<SceneNode*> found(nodes.size());
-    const auto isBefore = [](const Numbered& a, const Numbered& b) { return a.uid < b.uid; };
-    if (!std::ranges::is_sorted(first_of, isBefore)) std::ranges::sort(first_of);
-    for (std::size_t i = 0, kept = 0; i < first_of.size(); ++i) {
-        if (i == 0 || first_of[i].uid != first_of[i - 1].uid) kept = first_of[i].index;
-        found[kept] = nodes[first_of[i].index].getPointer();
-    }
-    std::vector<Numbered>().swap(first_of);
-
-    for (std::size_t i = 0; i < nodes.size(); ++i)
-        if (found[i] != nullptr) uid_to_node.insert(nodes[i]->getUID(), found[i]);
-    growChildList(nodes.size());
+    std::vector<UID> uids;
+    uids.reserve(nodes.size());
     for (const Reference<SceneNode>& node : nodes) {
-        child_nodes.push_back(node);
         node->setParent(this);
+        uids.push_back(node->getUID());
         next_uid = std::max(next_uid, node->getUID() + 1);
     }
+    uid_to_node.reserveBuckets(nodes.size());
+    if (std::ranges::is_sorted(uids, std::ranges::less_equal())) {
+        for (std::size_t i = 0; i < nodes.size(); ++i)
+            uid_to_node.insert(uids[i], nodes[i].getPointer());
+    } else {
+        insertAnyUIDs(nodes, uids);
+    }
+    child_nodes.swap(nodes);
     child_nodes_begin = child_nodes.begin();
     child_nodes_end = child_nodes.end();
+}
+
+void SceneNodeRoot::insertAnyUIDs(const Vector<Reference<SceneNode>>& nodes, const std::vector<UID>& uids) {
+    std::vector<std::size_t> by_uid(uids.size());
+    std::iota(by_uid.begin(), by_uid.end(), std::size_t{0});
+    std::ranges::stable_sort(by_uid, {}, [&](std::size_t i) { return uids[i]; });
+    // The first node of a UID has the place in the table, and the last one is found there.
+    std::vector<SceneNode*> found(uids.size());
+    for (std::size_t i = 0, first = 0; i < by_uid.size(); ++i) {
+        if (i == 0 || uids[by_uid[i]] != uids[by_uid[i - 1]]) first = by_uid[i];
+        found[first] = nodes[by_uid[i]].getPointer();
+    }
+    for (std::size_t i = 0; i < uids.size(); ++i)
+        if (found[i] != nullptr) uid_to_node.insert(uids[i], found[i]);
 }
 
 void SceneNodeRoot::reserveNewChildren(std::size_t count) {

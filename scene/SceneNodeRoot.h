@@ -4,7 +4,7 @@
 #include "utils/System.h"
 
 #include <cstddef>
-#include <span>
+#include <vector>
 
 namespace Velmar {
 
@@ -25,10 +25,10 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     /// Throws `BadAlloc`; root and node are then as they were.
     void addChildNode(Reference<SceneNode> node);
 
-    /// Adds nodes that have UIDs to a scene that has none yet, as `addChildNode` does one by one, but in a time in
+    /// Moves nodes that have UIDs into a scene that has none yet, as `addChildNode` does one by one, but in a time in
     /// proportion to their number even when the UIDs share buckets of the table. Throws `BadAlloc`; the scene can then
     /// only be destroyed.
-    void addFirstChildNodes(std::span<const Reference<SceneNode>> nodes);
+    void addFirstChildNodes(Vector<Reference<SceneNode>>& nodes);
 
     /// Makes room for `count` nodes without UIDs: adding them next can't fail. Throws `BadAlloc`.
     void reserveNewChildren(std::size_t count);
@@ -62,6 +62,7 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     struct Layout;
 
     void growChildList(std::size_t count);
+    void insertAnyUIDs(const Vector<Reference<SceneNode>>& nodes, const std::vector<UID>& uids);
 
     Vector<Reference<SceneNode>> child_nodes;
     NodeUIDMap uid_to_node;

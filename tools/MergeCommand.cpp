@@ -87,7 +87,7 @@ class MergedScene {
     }
 
     Reference<SceneNodeRoot> merged{new SceneNodeRoot};
-    std::vector<Reference<SceneNode>> nodes;
+    Vector<Reference<SceneNode>> nodes;
     UID last_uid = root_uid;
     /// Of the kinds that there is one of: the document that it is from.
     std::map<NodeType, std::size_t> owners;

@@ -40,6 +40,9 @@ class HashTable {
         ++entry_count;
     }
 
+    /// Makes as many buckets as `count` more entries need.
+    void reserveBuckets(std::size_t count) { growFor(count); }
+
     /// Makes room for entries of `keys`, which must be absent: inserting them next allocates nothing but what the
     /// copies of keys and values themselves need.
     void reserveFor(std::span<const Key> keys) {

@@ -87,7 +87,7 @@ NodeType getForeignType(std::string_view element) {
 // ---- references
 
 /// Adds a `MissingNode` for each scatter node that materials name and that isn't there.
-void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
+void addMissingScatterNodes(Vector<Reference<SceneNode>>& nodes) {
     struct Missing {
         UID uid;
         std::size_t order;
@@ -98,7 +98,6 @@ void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
         for (const UID uid : static_cast<const SceneNodeMaterial&>(*node).scatter_uids)
             named.push_back({uid, named.size()});
     }
-    if (named.empty()) return;
     std::ranges::sort(named, {}, [](const Missing& one) { return std::pair(one.uid, one.order); });
     const auto of_one_node = [](const Missing& a, const Missing& b) { return a.uid == b.uid; };
     named.erase(std::unique(named.begin(), named.end(), of_one_node), named.end());
@@ -110,7 +109,7 @@ void addMissingScatterNodes(std::vector<Reference<SceneNode>>& nodes) {
     std::ranges::sort(named, {}, &Missing::order);
     nodes.reserve(nodes.size() + named.size());
     for (const Missing& one : named)
-        nodes.emplace_back(new MissingNode(one.uid));
+        nodes.push_back(Reference<SceneNode>(new MissingNode(one.uid)));
 }
 
 /// Binds the references of a scene that was read, as far as their nodes are there. Unlike a `BindReferences` pass it
@@ -298,8 +297,11 @@ class DocumentReader final : public ElementSource {
         if (!result)
             throw makeErrorAt(getOffsetInFile(static_cast<std::size_t>(std::max<std::ptrdiff_t>(result.offset, 0))),
                               FileUtils::toLowerCase(result.description()));
+        const bool is_first = nodes.empty();
         for (const pugi::xml_node element : tree.children())
             if (element.type() == pugi::node_element) readElement(element);
+        // A list that grows visits all its nodes, so the first part's number is the measure for the whole.
+        if (is_first) nodes.reserve(nodes.size() * (text.size() / part.size() + 1));
     }
 
     void readElement(const pugi::xml_node& element) {
@@ -311,10 +313,14 @@ class DocumentReader final : public ElementSource {
         } else {
             const Reference<ForeignNode> node(new ForeignNode(getForeignType(name), name, {}));
             node->content.text = String(elements.takeTextAfterIdentity(*node));
-            nodes.emplace_back(node.getPointer());
+            nodes.push_back(Reference<SceneNode>(node.getPointer()));
         }
         elements.finish();
-        if (request.listener != nullptr) request.listener->onNode(*nodes.back(), getOffset(element));
+        SceneNode& node = *nodes[nodes.size() - 1];
+        all_have_uids = all_have_uids && node.getUID() != invalid_uid;
+        names_scatter_nodes = names_scatter_nodes || (node.getType() == NodeType::Material &&
+                                                      !static_cast<SceneNodeMaterial&>(node).scatter_uids.empty());
+        if (request.listener != nullptr) request.listener->onNode(node, getOffset(element));
     }
 
     /// Copies the part with line feeds as its only line ends. Returns the size.
@@ -376,8 +382,8 @@ class DocumentReader final : public ElementSource {
     // ---- the scene
 
     Reference<SceneNodeRoot> makeScene() {
-        nameCurves();
-        addMissingScatterNodes(nodes);
+        if (!all_have_uids) nameCurves();
+        if (names_scatter_nodes) addMissingScatterNodes(nodes);
         const Reference<SceneNodeRoot> root(new SceneNodeRoot);
         root->addFirstChildNodes(nodes);
         ReferenceBinder(*root).bind();
@@ -386,10 +392,9 @@ class DocumentReader final : public ElementSource {
 
     /// Gives nodes that have no UID in the document the one that they had in the scene: the next free one.
     void nameCurves() {
-        const auto getUID = [](const Reference<SceneNode>& node) { return node->getUID(); };
-        if (std::ranges::find(nodes, invalid_uid, getUID) == nodes.end()) return;
         std::vector<UID> used{root_uid};
-        std::ranges::transform(nodes, std::back_inserter(used), getUID);
+        for (const Reference<SceneNode>& node : nodes)
+            used.push_back(node->getUID());
         std::ranges::sort(used);
         UID last = root_uid;
         UID last_given = root_uid;
@@ -420,7 +425,9 @@ class DocumentReader final : public ElementSource {
     std::string plain_part;
     std::vector<char> buffer;
     pugi::xml_document tree;
-    std::vector<Reference<SceneNode>> nodes;
+    Vector<Reference<SceneNode>> nodes;
+    bool all_have_uids = true;
+    bool names_scatter_nodes = false;
 };
 
 } // namespace

@@ -136,11 +136,12 @@ std::vector<std::pair<UID, std::size_t>> tableOf(const SceneNodeRoot& root) {
     return entries;
 }
 
-std::vector<Reference<SceneNode>> nodesOf(const std::vector<UID>& uids) {
-    std::vector<Reference<SceneNode>> nodes;
+Vector<Reference<SceneNode>> nodesOf(const std::vector<UID>& uids) {
+    Vector<Reference<SceneNode>> nodes;
     for (const UID uid : uids) {
-        nodes.emplace_back(new PlainNode(NodeType::Metadata));
-        nodes.back()->setUID(uid);
+        const Reference<SceneNode> node(new PlainNode(NodeType::Metadata));
+        node->setUID(uid);
+        nodes.push_back(node);
     }
     return nodes;
 }
@@ -157,7 +158,8 @@ TEST(FirstChildren, AddedAtOnceAreInTheTableAsIfAddedOneByOne) {
         for (const Reference<SceneNode>& node : nodesOf(uids))
             one_by_one->addChildNode(node);
         const Reference<SceneNodeRoot> at_once(new SceneNodeRoot);
-        at_once->addFirstChildNodes(nodesOf(uids));
+        Vector<Reference<SceneNode>> nodes = nodesOf(uids);
+        at_once->addFirstChildNodes(nodes);
         EXPECT_EQ(tableOf(*at_once), tableOf(*one_by_one));
         EXPECT_EQ(at_once->getNextUID(), one_by_one->getNextUID());
         ASSERT_EQ(at_once->children().size(), uids.size());
