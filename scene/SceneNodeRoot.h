@@ -71,7 +71,7 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     /// For the renderer library; never locked on this side.
     OwnedMutex mutex;
     std::uint64_t changed_node_count = 0;
-    bool changes_pending = false;
+    [[maybe_unused]] bool changes_pending = false;
 };
 
 struct SceneNodeRoot::Layout {
