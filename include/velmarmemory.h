@@ -71,7 +71,7 @@ inline void sdkAlignedFree(void* aligned) {
 /// bytes are the same in every run and either side of the seam may free the object by `sdkFree`.
 class SdkAllocated {
   public:
-    static void* operator new(std::size_t size) { return std::memset(sdkMalloc(size), 0, size); }
+    static void* operator new(std::size_t size) { return std::memset(hideOrigin(sdkMalloc(size)), 0, size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void operator delete(void* block) noexcept { sdkFree(block); }
     static void operator delete(void*, void*) noexcept {}

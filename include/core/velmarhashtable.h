@@ -93,9 +93,18 @@ class HashTable {
         Vector<Vector<Entry>> grown;
         grown.resize(buckets.size() * 2);
         const std::uint64_t grown_mask = grown.size() - 1;
-        forEach([&](const Key& key, const Value& value) {
-            grown[Traits::hash(key) & grown_mask].push_back(Entry{key, value});
-        });
+        for (std::size_t i = 0; i < buckets.size(); ++i) {
+            // The entries of a bucket go to two.
+            Vector<Entry>& first = grown[i];
+            Vector<Entry>& second = grown[i + buckets.size()];
+            const auto isSecond = [&](const Entry& entry) { return (Traits::hash(entry.key) & grown_mask) != i; };
+            const auto second_count =
+                static_cast<std::size_t>(std::count_if(buckets[i].begin(), buckets[i].end(), isSecond));
+            first.reserve(buckets[i].size() - second_count);
+            second.reserve(second_count);
+            for (const Entry& entry : buckets[i])
+                (isSecond(entry) ? second : first).push_back(entry);
+        }
         buckets.swap(grown);
         mask = grown_mask;
     }
