@@ -62,7 +62,8 @@ bool findShortDecimal(double value, Decimal& decimal) {
     static_assert(max_exponent - min_exponent < static_cast<int>(powers_of_ten.size()));
     const double power = powers_of_ten[static_cast<std::size_t>(max_exponent - exponent)];
     // At least 10^14, less than 2 * 10^15.
-    auto integer = static_cast<std::uint64_t>(value * power + 0.5);
+    const double shifted = value * power + 0.5;
+    auto integer = static_cast<std::uint64_t>(shifted);
     // Both operands are exact, so this is the double that readers get.
     if (static_cast<double>(integer) / power != value) return false;
 

@@ -69,7 +69,7 @@ class MergedScene {
 
   private:
     /// Moves them after those that are there already.
-    void moveUIDs(SceneNodeRoot& scene, const std::string& path) {
+    void moveUIDs(SceneNodeRoot& scene, const std::string& path) const {
         UID first = invalid_uid;
         UID last = 0;
         for (const Reference<SceneNode>& node : scene.children()) {

@@ -8,6 +8,7 @@
 #include "utils/PlatformUtils.h"
 
 #include <algorithm>
+#include <ranges>
 #include <set>
 #include <utility>
 
@@ -85,8 +86,8 @@ void makeFolders(const std::string& folder) {
     std::vector<std::size_t> missing;
     for (std::string part = folder; !part.empty() && !System::isDirectory(part); part = FileUtils::getDirectory(part))
         missing.push_back(part.size());
-    for (auto size = missing.rbegin(); size != missing.rend(); ++size) {
-        const std::string part = folder.substr(0, *size);
+    for (const std::size_t size : std::views::reverse(missing)) {
+        const std::string part = folder.substr(0, size);
         // A separator at the end makes no other folder.
         if (System::isDirectory(part)) continue;
         try {

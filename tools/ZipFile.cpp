@@ -10,6 +10,7 @@
 #include <limits>
 #include <minizip/unzip.h>
 #include <minizip/zip.h>
+#include <utility>
 #include <zlib.h>
 
 namespace {
@@ -137,7 +138,7 @@ struct ZipReader::Stream {
     static int getError(void*, void* stream) { return of(stream).is_short ? -1 : 0; }
 };
 
-ZipReader::ZipReader(const std::string& path_, std::uint64_t max_entries) : path(path_) {
+ZipReader::ZipReader(std::string path_, std::uint64_t max_entries) : path(std::move(path_)) {
     try {
         stream = std::make_unique<Stream>(path);
     } catch (...) {

@@ -56,7 +56,7 @@ struct ZipEntry {
 class ZipReader {
   public:
     /// Reads the directory. Throws `Failure` when there is none or it has more than `max_entries`.
-    ZipReader(const std::string& path, std::uint64_t max_entries);
+    ZipReader(std::string path, std::uint64_t max_entries);
     ~ZipReader();
     ZipReader(const ZipReader&) = delete;
     ZipReader& operator=(const ZipReader&) = delete;
