@@ -8,7 +8,6 @@
 #include "utils/PlatformUtils.h"
 
 #include <algorithm>
-#include <ranges>
 #include <set>
 #include <utility>
 
@@ -86,7 +85,8 @@ void makeFolders(const std::string& folder) {
     std::vector<std::size_t> missing;
     for (std::string part = folder; !part.empty() && !System::isDirectory(part); part = FileUtils::getDirectory(part))
         missing.push_back(part.size());
-    for (const std::size_t size : std::views::reverse(missing)) {
+    std::ranges::reverse(missing);
+    for (const std::size_t size : missing) {
         const std::string part = folder.substr(0, size);
         // A separator at the end makes no other folder.
         if (System::isDirectory(part)) continue;
