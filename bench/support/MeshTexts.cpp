@@ -1,8 +1,8 @@
 #include "bench/support/MeshTexts.h"
 
 #include "bench/support/BenchMesh.h"
+#include "mesh/MeshBuilder.h"
 
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <random>
@@ -27,9 +27,7 @@ void appendNumbers(std::string& text, const std::string& keyword, const Vec3f& n
 Vec3f normalOf(const Vec3f& a, const Vec3f& b, const Vec3f& c) {
     const Vec3f u = {b.x - a.x, b.y - a.y, b.z - a.z};
     const Vec3f v = {c.x - a.x, c.y - a.y, c.z - a.z};
-    const Vec3f product = {u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x};
-    const float length = std::sqrt(product.x * product.x + product.y * product.y + product.z * product.z);
-    return length > 0.0f ? Vec3f{product.x / length, product.y / length, product.z / length} : product;
+    return normalised({u.y * v.z - u.z * v.y, u.z * v.x - u.x * v.z, u.x * v.y - u.y * v.x});
 }
 
 std::string plyHeader(const Mesh& mesh, const std::string& format) {
