@@ -65,7 +65,7 @@ fi
 
 # ---- Embree, minizip and zlib for Windows --------------------------------------------------------------------------------
 
-# Embree takes some minutes, so they are built beside the rest, and whoever waits for this script waits for them too.
+# Embree takes a minute or two, so they are built beside the rest, and whoever waits for this script waits for them too.
 wait_for_others() {
     local status=$?
     wait "$others" || exit 1
