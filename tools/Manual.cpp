@@ -1,5 +1,6 @@
 #include "tools/Manual.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <numeric>
 #include <set>

@@ -1,8 +1,11 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 /// Texts made of the descriptions of commands and options that `--help` prints.
 

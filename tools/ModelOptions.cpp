@@ -2,6 +2,7 @@
 
 #include "import/MeshImport.h"
 
+#include "tools/Command.h"
 #include "tools/Console.h"
 #include "utils/FileUtils.h"
 #include "utils/MappedFile.h"

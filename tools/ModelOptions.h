@@ -1,11 +1,15 @@
 #pragma once
 
-#include "tools/Command.h"
 #include "tools/Placement.h"
 #include "tools/SceneBuilder.h"
 
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
 
 /// What the user says about models and the scene around them: the options that the commands share which make a scene.
 
