@@ -3,7 +3,8 @@
 find_program(VELMAR_CCACHE ccache)
 if(VELMAR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set(CMAKE_C_COMPILER_LAUNCHER "${VELMAR_CCACHE}")
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${VELMAR_CCACHE}")
+    # Without these it doesn't cache what includes a precompiled header.
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${VELMAR_CCACHE}")
 endif()
 
 if(MINGW)
@@ -83,7 +84,7 @@ function(velmar_hardened)
     endforeach()
 endfunction()
 
-set(VELMAR_COMPILED_TOGETHER 6 CACHE STRING "How many sources are compiled at a time")
+set(VELMAR_COMPILED_TOGETHER 9 CACHE STRING "How many sources are compiled at a time")
 
 # velmar_compile_together(<target>): compiles several sources at a time, because the headers that they include take longest.
 # Each still includes what it needs; with CMAKE_UNITY_BUILD=OFF each is compiled alone, as for clang-tidy.
@@ -129,33 +130,24 @@ endfunction()
 # velmar_failing_allocations(<program>): adds tests/faults/FailingAllocation.h. The exports are linked statically, because only
 # calls of these go through the linker's wrappers.
 function(velmar_failing_allocations target)
-    set(faults "${PROJECT_SOURCE_DIR}/tests/faults")
-    target_sources(${target} PRIVATE "${faults}/FailingAllocation.cpp" "${faults}/MallocOperators.cpp"
-                   $<TARGET_OBJECTS:velmar_exports>)
     set(functions malloc calloc realloc free)
     if(NOT WIN32)
-        target_sources(${target} PRIVATE "${faults}/FailingAllocation_posix.cpp")
         list(APPEND functions realpath)
     endif()
+    if(NOT TARGET failing_allocations)
+        set(sources FailingAllocation.cpp MallocOperators.cpp)
+        if(NOT WIN32)
+            list(APPEND sources FailingAllocation_posix.cpp)
+        endif()
+        list(TRANSFORM sources PREPEND "${PROJECT_SOURCE_DIR}/tests/faults/")
+        add_library(failing_allocations OBJECT ${sources})
+        velmar_own_code(failing_allocations)
+        target_link_libraries(failing_allocations PRIVATE velmar_core)
+    endif()
+    target_sources(${target} PRIVATE $<TARGET_OBJECTS:failing_allocations> $<TARGET_OBJECTS:velmar_exports>)
     list(TRANSFORM functions PREPEND LINKER:--wrap=)
     target_link_options(${target} PRIVATE ${functions})
     velmar_link_aliases(${target} "${PROJECT_SOURCE_DIR}/api/VelmarAPI.def")
-endfunction()
-
-# velmar_fuzzes_tool(<fuzzer>): adds what the fuzzers of the command line tool test.
-function(velmar_fuzzes_tool target)
-    if(NOT TARGET velmar_zip)
-        include(VelmarZip)
-    endif()
-    set(sources Console OutputFile SafeNames Unpacking ZipFile)
-    if(WIN32)
-        list(APPEND sources System_win)
-    else()
-        list(APPEND sources System_posix)
-    endif()
-    list(TRANSFORM sources REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/tools/\\1.cpp")
-    target_sources(${target} PRIVATE ${sources})
-    target_link_libraries(${target} PRIVATE velmar_import velmar_zip)
 endfunction()
 
 # velmar_exports(<library> <file.def>): the library exports the names of the file, on every system. A line "Name = target"
