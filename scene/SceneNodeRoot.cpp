@@ -31,9 +31,8 @@ SceneNodeRoot::~SceneNodeRoot() {
 void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
     const bool is_new = node->getUID() == invalid_uid;
     const UID node_uid = is_new ? next_uid : node->getUID();
-    SceneNode** const known = uid_to_node.find(node_uid);
     growChildList(1);
-    if (known == nullptr) uid_to_node.reserveFor({&node_uid, 1});
+    uid_to_node.set(node_uid, node.getPointer());
 
     // Nothing can fail from here on.
     child_nodes.push_back(node);
@@ -41,10 +40,6 @@ void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
     node->setParent(this);
     node->setUID(node_uid);
     next_uid = is_new ? next_uid + 1 : std::max(next_uid, node_uid + 1);
-    if (known != nullptr)
-        *known = node.getPointer();
-    else
-        uid_to_node.insert(node_uid, node.getPointer());
 }
 
 void SceneNodeRoot::addFirstChildNodes(Vector<Reference<SceneNode>>& nodes) {
@@ -138,10 +133,7 @@ SceneNode* SceneNodeRoot::getRenderSettingsNode() const {
 }
 
 void SceneNodeRoot::addChangedNode(const Reference<SceneNode>& node) {
-    if (std::uint32_t* const known = changed_nodes.find(node))
-        *known = 0;
-    else
-        changed_nodes.insert(node, 0);
+    changed_nodes.set(node, 0);
 }
 
 Reference<SceneNode>* SceneNodeRoot::cloneInto(Reference<SceneNode>* result) const {

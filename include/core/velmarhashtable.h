@@ -40,6 +40,14 @@ class HashTable {
         ++entry_count;
     }
 
+    /// Gives `key` the value, in its entry or in a new one.
+    void set(const Key& key, const Value& value) {
+        if (Value* const known = find(key))
+            *known = value;
+        else
+            insert(key, value);
+    }
+
     /// Makes as many buckets as `count` more entries need.
     void reserveBuckets(std::size_t count) { growFor(count); }
 

@@ -77,6 +77,18 @@ TEST(HashTable, FindsEveryEntryAfterGrowth) {
     EXPECT_EQ(nullptr, table.find(1000));
 }
 
+TEST(HashTable, ValueIsSetForAKeyThatIsThereOrNot) {
+    Table table = tableOf(32);
+    table.set(7, -1);
+    EXPECT_EQ(32U, table.size());
+    EXPECT_EQ(4U, table.bucketCount());
+    EXPECT_EQ(-1, *table.find(7));
+    table.set(32, -2);
+    EXPECT_EQ(33U, table.size());
+    EXPECT_EQ(8U, table.bucketCount());
+    EXPECT_EQ(-2, *table.find(32));
+}
+
 TEST(HashTable, ValuesCanBeChangedInPlace) {
     Table table = tableOf(3);
     *table.find(1) = 7;
