@@ -9,9 +9,7 @@ VelmarScene* VelmarScene_Create() {
 
 void VelmarScene_AddModel(VelmarScene* scene, VelmarModel* model) {
     // Any node may be added by this name too.
-    auto* const node = reinterpret_cast<SceneNode*>(model);
-    const HeldForCall held(node);
-    fromHandle(scene)->addChildNode(Reference<SceneNode>(node));
+    fromHandle(scene)->addChildNode(*reinterpret_cast<SceneNode*>(model));
 }
 
 void VelmarScene_WriteToXML(VelmarScene* scene, const char* path) {

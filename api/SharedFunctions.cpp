@@ -28,8 +28,7 @@ extern "C" void velmarDeleteHandle(Velmar::ThreadSafeRefCounted* object) {
 }
 
 extern "C" void velmarAddNode(SceneNodeRoot* scene, SceneNode* node) {
-    const HeldForCall held(node);
-    scene->addChildNode(Reference<SceneNode>(node));
+    scene->addChildNode(*node);
 }
 
 extern "C" void velmarSetScaleOrLensRadius(void* node, double value) {

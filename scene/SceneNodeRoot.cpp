@@ -26,19 +26,17 @@ SceneNodeRoot::~SceneNodeRoot() {
         if (child->getParent() == this) child->setParent(nullptr);
 }
 
-// By value: the caller's may be in the list that grows.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
-void SceneNodeRoot::addChildNode(Reference<SceneNode> node) {
-    const bool is_new = node->getUID() == invalid_uid;
-    const UID node_uid = is_new ? next_uid : node->getUID();
+void SceneNodeRoot::addChildNode(SceneNode& node) {
+    const bool is_new = node.getUID() == invalid_uid;
+    const UID node_uid = is_new ? next_uid : node.getUID();
     growChildList(1);
-    uid_to_node.set(node_uid, node.getPointer());
+    uid_to_node.set(node_uid, &node);
 
     // Nothing can fail from here on.
-    child_nodes.push_back(node);
+    child_nodes.push_back(Reference<SceneNode>(&node));
     child_nodes_end = child_nodes.end();
-    node->setParent(this);
-    node->setUID(node_uid);
+    node.setParent(this);
+    node.setUID(node_uid);
     next_uid = is_new ? next_uid + 1 : std::max(next_uid, node_uid + 1);
 }
 

@@ -20,10 +20,11 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     SceneNodeRoot(const SceneNodeRoot&) = delete;
     SceneNodeRoot& operator=(const SceneNodeRoot&) = delete;
 
-    /// Appends `node`, which must not be null, as the last child. A node without a UID receives the next free one; of
+    /// Appends `node` as the last child. A node without a UID receives the next free one; of
     /// two nodes with one UID the later is found by it, and both stay children. A node may be added several times.
-    /// Throws `BadAlloc`; root and node are then as they were.
-    void addChildNode(Reference<SceneNode> node);
+    /// Throws `BadAlloc`; root and node are then as they were, also a node that has no references yet.
+    void addChildNode(SceneNode& node);
+    void addChildNode(const Reference<SceneNode>& node) { addChildNode(*node); }
 
     /// Moves nodes that have UIDs into a scene that has none yet, as `addChildNode` does one by one, but in a time in
     /// proportion to their number even when the UIDs share buckets of the table. Throws `BadAlloc`; the scene can then

@@ -11,6 +11,8 @@ namespace Velmar {
 template <class T>
 class Reference {
   public:
+    using Relocatable = void;
+
     Reference() = default;
     Reference(T* object) : ob(object) { incrementIfSet(); }
     Reference(const Reference& other) : ob(other.ob) { incrementIfSet(); }

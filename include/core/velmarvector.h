@@ -15,8 +15,15 @@
 
 namespace Velmar {
 
-/// A growing array on the SDK's allocation entry points. Elements are copied, never moved. Its layout is shared with
-/// the renderer library.
+/// Whether a value may be moved by copying its bytes, without a call of its constructors and destructor: plain types,
+/// and classes that say so by a type `Relocatable`.
+template <class T>
+inline constexpr bool is_relocatable = std::is_trivially_copyable_v<T> || requires {
+    typename T::Relocatable;
+};
+
+/// A growing array on the SDK's allocation entry points. Elements are copied, never moved, but for relocatable ones.
+/// Its layout is shared with the renderer library.
 template <class T>
 class Vector {
   public:
@@ -94,7 +101,12 @@ class Vector {
         assertThat(capacity_ >= size_, "capacity_ >= size_");
         if (n > capacity_) {
             Vector grown(ExactCapacity{n});
-            grown.copyConstruct(e, size_);
+            if constexpr (is_relocatable<T>) {
+                if (size_ != 0) std::memcpy(static_cast<void*>(grown.e), static_cast<void*>(e), size_ * sizeof(T));
+                std::swap(grown.size_, size_);
+            } else {
+                grown.copyConstruct(e, size_);
+            }
             swap(grown);
         }
         assertInvariants();
