@@ -8,7 +8,6 @@ list(FILTER tool_parts INCLUDE REGEX "/(Console|OrderedWork|OutputFile|SafeNames
 list(REMOVE_ITEM tool_sources ${tool_parts})
 add_library(velmar_tool_parts STATIC EXCLUDE_FROM_ALL ${tool_parts})
 velmar_own_code(velmar_tool_parts)
-velmar_compile_together(velmar_tool_parts)
 velmar_hardened(velmar_tool_parts)
 target_link_libraries(velmar_tool_parts PUBLIC velmar_import velmar_zip)
 
