@@ -131,7 +131,8 @@ class SamplerRow {
 /// differ in the last bit. The error is below 1e-7.
 inline void sinCosOfTurn(float x, float& sine, float& cosine) {
     const float quarter = x * 4.0f;
-    const int quadrant = static_cast<int>(quarter + 0.5f);
+    // Between two quadrants either does, and compilers can't compute lround for several samples at once.
+    const int quadrant = static_cast<int>(quarter + 0.5f); // NOLINT(bugprone-incorrect-roundings)
     // Within half a quadrant of an axis: Taylor's series needs few terms there.
     const float a = (quarter - static_cast<float>(quadrant)) * 1.57079632679f;
     const float a2 = a * a;
