@@ -20,8 +20,8 @@ class SceneNodeRoot : public Destroyable<SceneNodeRoot, PlainSceneNode> {
     SceneNodeRoot(const SceneNodeRoot&) = delete;
     SceneNodeRoot& operator=(const SceneNodeRoot&) = delete;
 
-    /// Appends `node` as the last child. A node without a UID receives the next free one; of
-    /// two nodes with one UID the later is found by it, and both stay children. A node may be added several times.
+    /// Appends `node` as the last child. A node without a UID receives the next free one; of two nodes with one UID the
+    /// later is found by it, and both stay children. A node may be added several times.
     /// Throws `BadAlloc`; root and node are then as they were, also a node that has no references yet.
     void addChildNode(SceneNode& node);
     void addChildNode(const Reference<SceneNode>& node) { addChildNode(*node); }

@@ -96,11 +96,6 @@ class HashTable {
             grow();
     }
 
-    /// Room for `count` entries, and for what a bucket holds on average before the table grows again.
-    static void reserveUntilNextGrowth(Vector<Entry>& bucket, std::size_t count) {
-        if (count != 0) bucket.reserve(std::max<std::size_t>(count, max_entries_per_bucket));
-    }
-
     /// Builds the larger table beside the old one, so that exhausted memory leaves all entries in place.
     void grow() {
         Vector<Vector<Entry>> grown;
@@ -113,8 +108,9 @@ class HashTable {
             const auto isSecond = [&](const Entry& entry) { return (Traits::hash(entry.key) & grown_mask) != i; };
             const auto second_count =
                 static_cast<std::size_t>(std::count_if(buckets[i].begin(), buckets[i].end(), isSecond));
-            reserveUntilNextGrowth(first, buckets[i].size() - second_count);
-            reserveUntilNextGrowth(second, second_count);
+            // The capacities are those of single pushes: the renderer library reads them.
+            first.growFor(buckets[i].size() - second_count);
+            second.growFor(second_count);
             for (const Entry& entry : buckets[i])
                 (isSecond(entry) ? second : first).push_back(entry);
         }

@@ -130,6 +130,20 @@ TEST(HashTable, BucketsOfADoubledTableGrowAsAllVectors) {
     EXPECT_EQ(4U, bucketCapacity(table, 1));
 }
 
+TEST(HashTable, BucketsOfADoubledTableHaveTheCapacitiesOfSinglePushes) {
+    Table table;
+    // Three entries for the first of eight buckets, five for the fifth, and the rest for the second.
+    for (const std::uint32_t key : {0U, 8U, 16U, 4U, 12U, 20U, 28U, 36U})
+        table.insert(key, 0);
+    for (std::uint32_t i = 0; i < 25; ++i)
+        table.insert(1 + i * 8, 0);
+    ASSERT_EQ(8U, table.bucketCount());
+    EXPECT_EQ(4U, bucketCapacity(table, 0));
+    EXPECT_EQ(8U, bucketCapacity(table, 4));
+    EXPECT_EQ(32U, bucketCapacity(table, 1));
+    EXPECT_EQ(0U, bucketCapacity(table, 5));
+}
+
 TEST(HashTable, TheLastEntryOfTheBucketTakesThePlaceOfAnErasedOne) {
     Table table;
     for (const std::uint32_t key : {0U, 4U, 8U, 12U, 1U})
